@@ -1,0 +1,418 @@
+/*
+ * liborn_min_render: burns overlays straight into video frames held in memory.
+ *
+ * The caller owns the frame. Every call draws synchronously into its planes, on the calling thread,
+ * and forgets it on return: nothing is converted, copied or kept, and only creating a context,
+ * loading a font and decoding a glyph for the first time allocate memory.
+ *
+ * Layouts. The suffix of a call names the planes that it writes:
+ *   Y8        one byte of luma per pixel;
+ *   YUV420SP  (NV12) the same luma, and a chroma plane of half the resolution: one U,V byte pair
+ * for every 2 x 2 block of pixels, U first. Luma pixel (x, y) belongs to chroma sample (x / 2, y /
+ * 2).
+ *
+ * Coordinates are luma pixels, x to the right and y downward, (0, 0) the first pixel. Unless a call
+ * says otherwise, every int32 value is legal: what lies outside the frame is clipped, sums saturate
+ * at the int32 limits, and the work is bounded by the frame. An end that is called exclusive is not
+ * painted.
+ *
+ * Missing things. A plane whose pointer is null is skipped and the other one is drawn as usual. A
+ * null image, rectangle, point list, colour triple, font or string draws nothing, and so does a
+ * null context where the call needs one (all but the vertical, dashed and sloped lines and the text
+ * calls). The calls marked "trusts its input" check nothing at all. No call reports an error:
+ * constructors return null, drawing calls leave the pixels as they were.
+ *
+ * Threads. The library has no state of its own and takes no locks. A context serves one call at a
+ * time, since its scratch memory holds the span lists of the call; a font serves one drawing or
+ * direction-changing call at a time, since drawing adds to its glyph cache. Separate contexts and
+ * fonts may be used on separate threads, also on one frame as long as no two calls write the same
+ * pixel or chroma sample: bytes that a call does not draw are never written, not even with their
+ * own value. Colour conversion and measuring only read their arguments.
+ */
+#ifndef ORN_MIN_RENDER_H
+#define ORN_MIN_RENDER_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#define ORN_MIN_RENDER_VERSION_MAJOR 1
+#define ORN_MIN_RENDER_VERSION_MINOR 0
+#define ORN_MIN_RENDER_VERSION_PATCH 0
+
+#if defined(__GNUC__)
+#define ORN_MIN_RENDER_API __attribute__((visibility("default")))
+#else
+#define ORN_MIN_RENDER_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ------------------------------------------------------------------------------------------------
+ * Records
+ * --------------------------------------------------------------------------------------------- */
+
+/*
+ * A frame in the caller's memory. The library only reads the record.
+ *
+ * Row y of the luma plane starts at yPlane + y * stride, row cy of the chroma plane at
+ * uvPlane + cy * stride: one stride, in bytes, serves both. The chroma plane has (height + 1) / 2
+ * rows of (width + 1) / 2 byte pairs. With a chroma plane the stride is even, and at least width
+ * rounded up to even.
+ */
+typedef struct OrnMinRenderImage {
+    uint64_t caller0; /* the caller's own; never read */
+    int32_t width;    /* luma pixels */
+    int32_t height;   /* luma rows */
+    int64_t stride;   /* bytes from one row to the next */
+    uint8_t *yPlane;  /* luma, may be null */
+    uint64_t caller1; /* the caller's own; never read */
+    uint8_t *uvPlane; /* interleaved chroma, may be null */
+} OrnMinRenderImage;
+
+/* A colour of the YUV420SP calls: full-range luma, Cb and Cr. */
+typedef struct OrnMinRenderColour {
+    uint8_t y;
+    uint8_t u;
+    uint8_t v;
+} OrnMinRenderColour;
+
+typedef struct OrnMinRenderPoint {
+    int32_t x;
+    int32_t y;
+} OrnMinRenderPoint;
+
+/* Two corners. Each call says whether right and bottom belong, and whether the order matters. */
+typedef struct OrnMinRenderRect {
+    int32_t left;
+    int32_t top;
+    int32_t right;
+    int32_t bottom;
+} OrnMinRenderRect;
+
+/* A horizontal run: columns start.x up to but not including end.x of row start.y. end.y is not
+ * read. */
+typedef struct OrnMinRenderScanline {
+    OrnMinRenderPoint start;
+    OrnMinRenderPoint end;
+} OrnMinRenderScanline;
+
+/* Where a glyph's pixels lie: columns from pen.x + bearingX, rows from pen.y - bearingY down. */
+typedef struct OrnMinRenderGlyphBox {
+    int8_t width;
+    int8_t height;
+    int8_t bearingX;
+    int8_t bearingY;
+} OrnMinRenderGlyphBox;
+
+/*
+ * One entry of a font's glyph cache. Bitmaps are rows of (columns + 31) / 32 words, the least
+ * significant bit leftmost, a set bit ink; the font owns them.
+ */
+typedef struct OrnMinRenderGlyph {
+    uint32_t next;         /* chain link: 1 + position of the next entry, 0 at the end */
+    uint32_t codePoint;    /* what the entry stands for */
+    const uint8_t *record; /* the glyph's record in the font's glyph data */
+    uint32_t *bitmap;      /* fill, turned for the font's direction; null without pixels */
+    uint32_t *outline;     /* band of two pixels around the fill; null when there is none */
+    uint32_t bitmapWords;
+    uint32_t outlineWords;
+} OrnMinRenderGlyph;
+
+typedef struct OrnMinRenderContext OrnMinRenderContext; /* scratch memory of one drawing thread */
+typedef struct OrnMinRenderFont OrnMinRenderFont;       /* a loaded CBF font with its glyph cache */
+
+/* Writing directions, the int32 values of OrnMinRenderSetFontDirection. */
+enum {
+    OrnMinRenderTextDirectionNormal = 0,  /* left to right */
+    OrnMinRenderTextDirectionDown = 1,    /* top to bottom, glyphs turned 90 degrees clockwise */
+    OrnMinRenderTextDirectionUp = 2,      /* bottom to top, glyphs turned counter-clockwise */
+    OrnMinRenderTextDirectionInverted = 3 /* right to left, glyphs upside down */
+};
+
+/* Line styles, the int32 values of the style arguments. Any other value draws nothing. */
+enum {
+    OrnMinRenderLineSolid = 0,
+    /* 8 pixels off, 8 on, fixed to the frame's coordinates: a luma pixel is painted when bit 3 of
+     * its coordinate along the line is set, a chroma sample when bit 2 of its own is. */
+    OrnMinRenderLineDashed = 1
+};
+
+/* ------------------------------------------------------------------------------------------------
+ * Contexts
+ * --------------------------------------------------------------------------------------------- */
+
+/* Makes a context, or returns null when memory is short or OrnMinRenderTextInit fails. The caller
+ * releases it with OrnMinRenderDestroyContext. */
+ORN_MIN_RENDER_API OrnMinRenderContext *OrnMinRenderCreateContext(void);
+
+/* Releases a context; null is ignored. */
+ORN_MIN_RENDER_API void OrnMinRenderDestroyContext(OrnMinRenderContext *context);
+
+/* Text set-up of a new context, called once by OrnMinRenderCreateContext. Does nothing and returns
+ * 0; a program may define its own to make creation fail (any other value). */
+ORN_MIN_RENDER_API int32_t OrnMinRenderTextInit(OrnMinRenderContext *context);
+
+/* ------------------------------------------------------------------------------------------------
+ * Colours
+ * --------------------------------------------------------------------------------------------- */
+
+/*
+ * Converts three bytes R, G, B to three bytes Y, U, V: the full-range BT.601 equations of the JPEG
+ * File Interchange Format (ITU-T T.871) in 16.16 fixed point, rounded down. White becomes
+ * (254, 128, 128). May work in place. &colour.y of an OrnMinRenderColour is a valid destination.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderRGB2YUV(uint8_t *yuv, const uint8_t *rgb);
+
+/* The inverse of OrnMinRenderRGB2YUV, each result clamped to 0..255. May work in place. */
+ORN_MIN_RENDER_API void OrnMinRenderYUV2RGB(uint8_t *rgb, const uint8_t *yuv);
+
+/* ------------------------------------------------------------------------------------------------
+ * Pixels and spans: building blocks. Each trusts its input: image, plane and coordinates must be
+ * valid.
+ * --------------------------------------------------------------------------------------------- */
+
+/* Writes luma pixel (x, y). Trusts its input. */
+ORN_MIN_RENDER_API void OrnMinRenderSetYPixel(const OrnMinRenderImage *image, int32_t x, int32_t y,
+                                              uint8_t luma);
+
+/* Writes u and v to chroma sample (cx, cy), in chroma coordinates. Trusts its input. */
+ORN_MIN_RENDER_API void OrnMinRenderSetUVPixel(const OrnMinRenderImage *image, int32_t cx,
+                                               int32_t cy, OrnMinRenderColour colour);
+
+/*
+ * Paints a list of spans into the luma plane. count is the number of points, two for each span; 0
+ * or less paints nothing. Every span must lie inside the plane with start.x <= end.x. Trusts its
+ * input.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderDrawScanlinesY8(const OrnMinRenderImage *image,
+                                                    const OrnMinRenderScanline *spans,
+                                                    int32_t count, uint8_t luma);
+
+/* Like OrnMinRenderDrawScanlinesY8, but paints u and v into the chroma plane; the spans are in
+ * chroma samples and chroma rows. Trusts its input. */
+ORN_MIN_RENDER_API void OrnMinRenderDrawScanlinesUV(const OrnMinRenderImage *image,
+                                                    const OrnMinRenderScanline *spans,
+                                                    int32_t count, OrnMinRenderColour colour);
+
+/*
+ * Fills columns left..right - 1 of rows top..bottom - 1 of the luma plane, if there is one. The
+ * rectangle must be ordered and lie inside the frame (0 <= left <= right <= width and so on); an
+ * empty one paints nothing. Any height. Trusts the rectangle.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderFillRectY8Impl(OrnMinRenderContext *context,
+                                                   const OrnMinRenderImage *image,
+                                                   const OrnMinRenderRect *rect, uint8_t luma);
+
+/* Like OrnMinRenderFillRectY8Impl, but paints every chroma sample of which the rectangle (still in
+ * luma pixels) holds at least one pixel. Trusts the rectangle. */
+ORN_MIN_RENDER_API void OrnMinRenderFillRectUVImpl(OrnMinRenderContext *context,
+                                                   const OrnMinRenderImage *image,
+                                                   const OrnMinRenderRect *rect,
+                                                   OrnMinRenderColour colour);
+
+/* ------------------------------------------------------------------------------------------------
+ * Lines, two pixels thick
+ * --------------------------------------------------------------------------------------------- */
+
+/*
+ * Horizontal line over columns min(x0, x1)..max(x0, x1) - 1: rows y and y + 1 when solid, row y
+ * alone when dashed. Each row is drawn when it lies inside the frame.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderDrawHLineY8(OrnMinRenderContext *context,
+                                                const OrnMinRenderImage *image, int32_t x0,
+                                                int32_t x1, int32_t y, uint8_t luma, int32_t style);
+
+/* Another name of OrnMinRenderDrawHLineY8. */
+ORN_MIN_RENDER_API void OrnMinRenderDrawHLineY(OrnMinRenderContext *context,
+                                               const OrnMinRenderImage *image, int32_t x0,
+                                               int32_t x1, int32_t y, uint8_t luma, int32_t style);
+
+/*
+ * Like OrnMinRenderDrawHLineY8, but rows y and y + 1 in either style, and chroma: of chroma row
+ * y / 2 (when y lies inside the frame) the samples from min / 2 up to but not including max / 2,
+ * both ends clamped to the frame first and rounded down.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderDrawHLineYUV420SP(OrnMinRenderContext *context,
+                                                      const OrnMinRenderImage *image, int32_t x0,
+                                                      int32_t x1, int32_t y,
+                                                      OrnMinRenderColour colour, int32_t style);
+
+/*
+ * Vertical line over columns x and x + 1, rows y0..y1 - 1. Draws nothing unless both columns lie
+ * inside the frame, nor when y0 >= y1. The context is not used.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderDrawVLineY8(OrnMinRenderContext *context,
+                                                const OrnMinRenderImage *image, int32_t x,
+                                                int32_t y0, int32_t y1, uint8_t luma,
+                                                int32_t style);
+
+/*
+ * Like OrnMinRenderDrawVLineY8, but y0 and y1 may come in either order, and chroma: of chroma
+ * column x / 2 the rows from min / 2 up to but not including max / 2, both ends clamped to the
+ * frame first and rounded down.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderDrawVLineYUV420SP(OrnMinRenderContext *context,
+                                                      const OrnMinRenderImage *image, int32_t x,
+                                                      int32_t y0, int32_t y1,
+                                                      OrnMinRenderColour colour, int32_t style);
+
+/*
+ * Line from p0 to p1, both included, by Bresenham's algorithm. A shallow line (at most as high as
+ * wide) also covers the row below each of its points, a steep one the column to the right. The
+ * points are first clipped (Cohen-Sutherland, exact for every int32 point) to columns 0..width - 2
+ * and rows 0..height - 2. Dashes run along the longer axis. The context is not used.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderDrawLineY8(OrnMinRenderContext *context,
+                                               const OrnMinRenderImage *image, OrnMinRenderPoint p0,
+                                               OrnMinRenderPoint p1, uint8_t luma, int32_t style);
+
+/* Like OrnMinRenderDrawLineY8, and a chroma line one sample thick with the same slope, from the
+ * first point's chroma sample on; samples outside the chroma plane are dropped. */
+ORN_MIN_RENDER_API void OrnMinRenderDrawLineYUV420SP(OrnMinRenderContext *context,
+                                                     const OrnMinRenderImage *image,
+                                                     OrnMinRenderPoint p0, OrnMinRenderPoint p1,
+                                                     OrnMinRenderColour colour, int32_t style);
+
+/* ------------------------------------------------------------------------------------------------
+ * Shapes
+ * --------------------------------------------------------------------------------------------- */
+
+/*
+ * Frame of four lines, two pixels thick, inside the closed box left..right, top..bottom: it reaches
+ * one column and one row further than a fill of the same rectangle. The corners are not reordered:
+ * the lines are horizontal ones from left to right at top and bottom - 1, vertical ones from top to
+ * bottom + 1 at left and right - 1, whatever those draw.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderDrawFrameY8(OrnMinRenderContext *context,
+                                                const OrnMinRenderImage *image,
+                                                const OrnMinRenderRect *rect, uint8_t luma,
+                                                int32_t style);
+
+/* Like OrnMinRenderDrawFrameY8, with the chroma of the four lines. */
+ORN_MIN_RENDER_API void OrnMinRenderDrawFrameYUV420SP(OrnMinRenderContext *context,
+                                                      const OrnMinRenderImage *image,
+                                                      const OrnMinRenderRect *rect,
+                                                      OrnMinRenderColour colour, int32_t style);
+
+/* Fills a rectangle: right and bottom are exclusive, the corners may come in either order, any
+ * height is complete. */
+ORN_MIN_RENDER_API void OrnMinRenderFillRectY8(OrnMinRenderContext *context,
+                                               const OrnMinRenderImage *image,
+                                               const OrnMinRenderRect *rect, uint8_t luma);
+
+/* Like OrnMinRenderFillRectY8, and paints every chroma sample that holds a painted pixel. */
+ORN_MIN_RENDER_API void OrnMinRenderFillRectYUV420SP(OrnMinRenderContext *context,
+                                                     const OrnMinRenderImage *image,
+                                                     const OrnMinRenderRect *rect,
+                                                     OrnMinRenderColour colour);
+
+/*
+ * Fills the polygon of count vertices (closed implicitly) by the even-odd rule. Left and top edges
+ * are painted, right and bottom ones not: a rectangle given by its corners fills what
+ * OrnMinRenderFillRectY8 fills. Vertices may lie anywhere. A polygon of fewer than three vertices
+ * draws nothing, nor does one whose outline has 4096 or more crossing points with the rows of the
+ * plane: two for each row of a convex shape, up to two more on a row that holds a vertex.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderFillPolygonY8(OrnMinRenderContext *context,
+                                                  const OrnMinRenderImage *image,
+                                                  const OrnMinRenderPoint *points, size_t count,
+                                                  uint8_t luma);
+
+/* Like OrnMinRenderFillPolygonY8, then the chroma plane of width / 2 by height / 2 samples with
+ * every vertex halved (rounded down). Each plane is drawn or left by its own number of crossing
+ * points. */
+ORN_MIN_RENDER_API void OrnMinRenderFillPolygonYUV420SP(OrnMinRenderContext *context,
+                                                        const OrnMinRenderImage *image,
+                                                        const OrnMinRenderPoint *points,
+                                                        size_t count, OrnMinRenderColour colour);
+
+/* ------------------------------------------------------------------------------------------------
+ * Fonts
+ * --------------------------------------------------------------------------------------------- */
+
+/*
+ * Loads a CBF font from a file, or returns null when the file can't be opened, is cut short in its
+ * header or glyph data, or memory is short. A font whose tables or index can't be read loads and
+ * draws nothing (or blank glyphs). The file may be hostile: nothing outside it is read, and loading
+ * takes memory and time in proportion to its length. The caller releases the font with
+ * OrnMinRenderDestroyFont.
+ */
+ORN_MIN_RENDER_API OrnMinRenderFont *OrnMinRenderLoadCbfFont(const char *path);
+
+/* Releases a font with its cached glyphs; null is ignored. */
+ORN_MIN_RENDER_API void OrnMinRenderDestroyFont(OrnMinRenderFont *font);
+
+/*
+ * Decodes the glyph whose record is set into new bitmaps, turned for the font's direction, without
+ * looking at what the entry held: for a fresh entry. The text calls do this on first use of a code
+ * point. The caller releases bitmap and outline with free. A null record is left alone; a record
+ * outside the font's glyph data gives an empty glyph.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderTextRenderCacheGlyph(const OrnMinRenderFont *font,
+                                                         OrnMinRenderGlyph *glyph);
+
+/* ------------------------------------------------------------------------------------------------
+ * Text. Strings are zero-terminated UTF-8 in sequences of up to six bytes (RFC 2279); a malformed
+ * lead byte or a sequence cut short ends the text. A code point outside the font shows the glyph of
+ * code point 0. Code point 10 breaks the line: the pen returns to lineStart (an x coordinate for
+ * horizontal directions, a y coordinate for vertical ones) and moves on by the font's line height.
+ * The pen is the caller's; on return it stands after the last glyph or line break.
+ * --------------------------------------------------------------------------------------------- */
+
+/* Sets the writing direction; a value other than the four writes as Normal. A change empties the
+ * font's glyph cache. */
+ORN_MIN_RENDER_API void OrnMinRenderSetFontDirection(OrnMinRenderFont *font, int32_t direction);
+
+/*
+ * Measures a text: rect becomes the smallest half-open rectangle that holds the starting pen point
+ * and the box of every glyph, and the pen moves as drawing would move it. Outlines reach up to 3
+ * pixels further. No glyph is decoded; the context is not used. A null rect or pen: nothing
+ * happens. A null font or text, or an empty one: the empty rectangle at the pen.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderGetTextRect(OrnMinRenderContext *context,
+                                                const OrnMinRenderFont *font, const char *text,
+                                                OrnMinRenderPoint *pen, int32_t lineStart,
+                                                OrnMinRenderRect *rect);
+
+/* Draws a text into the luma plane; chroma is left as it is. The context is not used. */
+ORN_MIN_RENDER_API void OrnMinRenderDrawTextY8(OrnMinRenderContext *context,
+                                               const OrnMinRenderImage *image,
+                                               OrnMinRenderFont *font, const char *text,
+                                               OrnMinRenderPoint *pen, int32_t lineStart,
+                                               uint8_t luma);
+
+/* Like OrnMinRenderDrawTextY8, with a band of two pixels around every glyph in a second luma. The
+ * fill of a glyph lies over the band of the next. Of fill the low byte is used. */
+ORN_MIN_RENDER_API void OrnMinRenderDrawOutlineTextY8(OrnMinRenderContext *context,
+                                                      const OrnMinRenderImage *image,
+                                                      OrnMinRenderFont *font, const char *text,
+                                                      OrnMinRenderPoint *pen, int32_t lineStart,
+                                                      uint8_t outline, int32_t fill);
+
+/*
+ * Stamps a bitmap of glyph format (rows of (width + 31) / 32 words, least significant bit leftmost)
+ * into the luma plane: set bits take the low byte of luma. Clipped to the frame. words is the
+ * length of the bitmap; what lies past it counts as clear.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderTextBitmap(const OrnMinRenderGlyphBox *box,
+                                               const uint32_t *bitmap, uint32_t words,
+                                               const OrnMinRenderImage *image,
+                                               const OrnMinRenderPoint *pen, int32_t luma);
+
+#ifdef __cplusplus
+} /* extern "C" */
+
+/* The directions as C++ writes them: OrnMinRenderTextDirection::Down. They convert to int32_t. */
+namespace OrnMinRenderTextDirection {
+enum Value : int32_t {
+    Normal = ::OrnMinRenderTextDirectionNormal,
+    Down = ::OrnMinRenderTextDirectionDown,
+    Up = ::OrnMinRenderTextDirectionUp,
+    Inverted = ::OrnMinRenderTextDirectionInverted
+};
+} /* namespace OrnMinRenderTextDirection */
+#endif
+
+#endif /* ORN_MIN_RENDER_H */

@@ -1,0 +1,305 @@
+// Axis-aligned and sloped lines. Solid horizontal lines are span lists; all others write their
+// pixels directly, after clipping.
+#include "lines.h"
+
+#include "pixop.h"
+
+// Half-open.
+struct Range {
+    int32_t first;
+    int32_t end;
+};
+
+static Range ClampRange(int32_t a, int32_t b, int32_t size) {
+    const int32_t first = ClampToSize(a, size);
+    const int32_t end = ClampToSize(b, size);
+    return first < end ? Range{first, end} : Range{end, first};
+}
+
+// The chroma range of a line: both ends rounded down.
+static Range HalveRange(Range luma) {
+    return {luma.first / 2, luma.end / 2};
+}
+
+static bool LumaDash(int32_t position) {
+    return (position & 8) != 0;
+}
+
+static bool ChromaDash(int32_t position) {
+    return (position & 4) != 0;
+}
+
+static bool HasRow(const OrnMinRenderImage *image, int64_t y) {
+    return y >= 0 && y < image->height;
+}
+
+// ---- Horizontal lines ----
+
+static void DrawSolidHLineLuma(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+                               Range columns, int32_t y, uint8_t luma) {
+    if (!context || !image->yPlane)
+        return;
+    OrnMinRenderScanline *spans = ScratchSpans(context);
+    int32_t count = 0;
+    for (int64_t row = y; row <= int64_t{y} + 1; ++row)
+        if (HasRow(image, row))
+            spans[count++] = MakeSpan(columns.first, columns.end, static_cast<int32_t>(row));
+    OrnMinRenderDrawScanlinesY8(image, spans, 2 * count, luma);
+}
+
+static void DrawSolidHLineChroma(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+                                 Range columns, int32_t y, OrnMinRenderColour colour) {
+    if (!context || !image->uvPlane || !HasRow(image, y))
+        return;
+    const Range samples = HalveRange(columns);
+    OrnMinRenderScanline *span = ScratchSpans(context);
+    *span = MakeSpan(samples.first, samples.end, y / 2);
+    OrnMinRenderDrawScanlinesUV(image, span, 2, colour);
+}
+
+static void DrawDashedRowLuma(const OrnMinRenderImage *image, Range columns, int64_t y,
+                              uint8_t luma) {
+    if (!image->yPlane || !HasRow(image, y))
+        return;
+    uint8_t *row = LumaRow(image, y);
+    for (int32_t x = columns.first; x < columns.end; ++x)
+        if (LumaDash(x))
+            row[x] = luma;
+}
+
+static void DrawDashedRowChroma(const OrnMinRenderImage *image, Range columns, int32_t y,
+                                OrnMinRenderColour colour) {
+    if (!image->uvPlane || !HasRow(image, y))
+        return;
+    uint8_t *row = ChromaRow(image, y / 2);
+    const Range samples = HalveRange(columns);
+    for (int32_t cx = samples.first; cx < samples.end; ++cx)
+        if (ChromaDash(cx))
+            StoreChroma(row + 2 * ptrdiff_t{cx}, colour);
+}
+
+void OrnMinRenderDrawHLineY8(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+                             int32_t x0, int32_t x1, int32_t y, uint8_t luma, int32_t style) {
+    if (!image)
+        return;
+    const Range columns = ClampRange(x0, x1, image->width);
+    if (style == OrnMinRenderLineSolid)
+        DrawSolidHLineLuma(context, image, columns, y, luma);
+    else if (style == OrnMinRenderLineDashed)
+        DrawDashedRowLuma(image, columns, y, luma); // one row, unlike every other line
+}
+
+void OrnMinRenderDrawHLineY(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+                            int32_t x0, int32_t x1, int32_t y, uint8_t luma, int32_t style) {
+    OrnMinRenderDrawHLineY8(context, image, x0, x1, y, luma, style);
+}
+
+void OrnMinRenderDrawHLineYUV420SP(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+                                   int32_t x0, int32_t x1, int32_t y, OrnMinRenderColour colour,
+                                   int32_t style) {
+    if (!image)
+        return;
+    const Range columns = ClampRange(x0, x1, image->width);
+    if (style == OrnMinRenderLineSolid) {
+        DrawSolidHLineLuma(context, image, columns, y, colour.y);
+        DrawSolidHLineChroma(context, image, columns, y, colour);
+    } else if (style == OrnMinRenderLineDashed) {
+        DrawDashedRowLuma(image, columns, y, colour.y);
+        DrawDashedRowLuma(image, columns, int64_t{y} + 1, colour.y);
+        DrawDashedRowChroma(image, columns, y, colour);
+    }
+}
+
+// ---- Vertical lines ----
+
+static bool HasColumnPair(const OrnMinRenderImage *image, int32_t x) {
+    return x >= 0 && int64_t{x} + 1 < image->width;
+}
+
+static bool IsLineStyle(int32_t style) {
+    return style == OrnMinRenderLineSolid || style == OrnMinRenderLineDashed;
+}
+
+void OrnMinRenderDrawVLineY8(OrnMinRenderContext *, const OrnMinRenderImage *image, int32_t x,
+                             int32_t y0, int32_t y1, uint8_t luma, int32_t style) {
+    if (!image || !image->yPlane || !HasColumnPair(image, x) || !IsLineStyle(style))
+        return;
+    const int32_t end = ClampToSize(y1, image->height);
+    for (int32_t y = ClampToSize(y0, image->height); y < end; ++y)
+        if (style == OrnMinRenderLineSolid || LumaDash(y))
+            StoreLumaPair(LumaRow(image, y) + x, luma);
+}
+
+void OrnMinRenderDrawVLineYUV420SP(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+                                   int32_t x, int32_t y0, int32_t y1, OrnMinRenderColour colour,
+                                   int32_t style) {
+    if (!image || !HasColumnPair(image, x) || !IsLineStyle(style))
+        return;
+    const Range rows = ClampRange(y0, y1, image->height);
+    OrnMinRenderDrawVLineY8(context, image, x, rows.first, rows.end, colour.y, style);
+    if (!image->uvPlane)
+        return;
+    const Range chromaRows = HalveRange(rows);
+    const ptrdiff_t offset = 2 * ptrdiff_t{x / 2};
+    for (int32_t cy = chromaRows.first; cy < chromaRows.end; ++cy)
+        if (style == OrnMinRenderLineSolid || ChromaDash(cy))
+            StoreChroma(ChromaRow(image, cy) + offset, colour);
+}
+
+// ---- Clipping of sloped lines ----
+
+enum Outcode : uint32_t { kLeft = 1, kRight = 2, kTop = 4, kBottom = 8 };
+
+static uint32_t ComputeOutcode(OrnMinRenderPoint p, int32_t xmax, int32_t ymax) {
+    return (p.x < 0 ? kLeft : 0u) | (p.x > xmax ? kRight : 0u) | (p.y < 0 ? kTop : 0u) |
+           (p.y > ymax ? kBottom : 0u);
+}
+
+// The coordinate v of the segment (u0, v0) - (u1, v1) where u = edge, which lies between u0 and u1.
+// The quotient is cut toward zero. Magnitudes are at most 2^32 - 1, so their product fits.
+static int32_t Intersect(int32_t u0, int32_t v0, int32_t u1, int32_t v1, int32_t edge) {
+    const int64_t rise = int64_t{v1} - v0;
+    const int64_t run = int64_t{u1} - u0;
+    const int64_t part = int64_t{edge} - u0;
+    const uint64_t product = static_cast<uint64_t>(rise < 0 ? -rise : rise) *
+                             static_cast<uint64_t>(part < 0 ? -part : part);
+    const auto magnitude =
+        static_cast<int64_t>(product / static_cast<uint64_t>(run < 0 ? -run : run));
+    const bool negative = (rise < 0) != ((part < 0) != (run < 0));
+    return static_cast<int32_t>(v0 + (negative ? -magnitude : magnitude));
+}
+
+// Where the segment, taken from p0, meets the edge of the first bit of code.
+static OrnMinRenderPoint MoveToEdge(OrnMinRenderPoint p0, OrnMinRenderPoint p1, uint32_t code,
+                                    int32_t xmax, int32_t ymax) {
+    if (code & (kBottom | kTop)) {
+        const int32_t edge = code & kBottom ? ymax : 0;
+        return {Intersect(p0.y, p0.x, p1.y, p1.x, edge), edge};
+    }
+    const int32_t edge = code & kRight ? xmax : 0;
+    return {edge, Intersect(p0.x, p0.y, p1.x, p1.y, edge)};
+}
+
+bool ClipLine(OrnMinRenderPoint *p0, OrnMinRenderPoint *p1, int32_t xmax, int32_t ymax) {
+    if (xmax < 0 || ymax < 0)
+        return false;
+    uint32_t code0 = ComputeOutcode(*p0, xmax, ymax);
+    uint32_t code1 = ComputeOutcode(*p1, xmax, ymax);
+    while (code0 | code1) {
+        if (code0 & code1)
+            return false;
+        // Each pass moves an end onto one edge, inward, so that a few passes suffice.
+        if (code0) {
+            *p0 = MoveToEdge(*p0, *p1, code0, xmax, ymax);
+            code0 = ComputeOutcode(*p0, xmax, ymax);
+        } else {
+            *p1 = MoveToEdge(*p0, *p1, code1, xmax, ymax);
+            code1 = ComputeOutcode(*p1, xmax, ymax);
+        }
+    }
+    return true;
+}
+
+// ---- Sloped lines ----
+
+// A clipped segment, the major axis being the one along which it is longer (x when equal), ordered
+// along it.
+struct SlopedLine {
+    bool steep; // the major axis is y
+    int32_t major0;
+    int32_t minor0;
+    int32_t major1;
+    int32_t majorLength;
+    int32_t minorLength; // at most majorLength
+    int32_t minorStep;   // +1 or -1
+};
+
+static SlopedLine OrderAlongMajorAxis(OrnMinRenderPoint p0, OrnMinRenderPoint p1) {
+    const int32_t width = p1.x < p0.x ? p0.x - p1.x : p1.x - p0.x;
+    const int32_t height = p1.y < p0.y ? p0.y - p1.y : p1.y - p0.y;
+    const bool steep = height > width;
+    if (steep ? p1.y < p0.y : p1.x < p0.x) {
+        const OrnMinRenderPoint first = p1;
+        p1 = p0;
+        p0 = first;
+    }
+    if (steep)
+        return {true, p0.y, p0.x, p1.y, height, width, p1.x > p0.x ? 1 : -1};
+    return {false, p0.x, p0.y, p1.x, width, height, p1.y > p0.y ? 1 : -1};
+}
+
+static bool PrepareLine(const OrnMinRenderImage *image, OrnMinRenderPoint p0, OrnMinRenderPoint p1,
+                        int32_t style, SlopedLine *line) {
+    // One pixel less than the frame, for the second pixel of each step.
+    const int32_t xmax = Saturate(int64_t{image->width} - 2);
+    const int32_t ymax = Saturate(int64_t{image->height} - 2);
+    if (!IsLineStyle(style) || !ClipLine(&p0, &p1, xmax, ymax))
+        return false;
+    *line = OrderAlongMajorAxis(p0, p1);
+    return true;
+}
+
+static void DrawLineLuma(const OrnMinRenderImage *image, const SlopedLine &line, uint8_t luma,
+                         bool dashed) {
+    const auto stride = static_cast<ptrdiff_t>(image->stride);
+    const ptrdiff_t majorPitch = line.steep ? stride : 1;
+    const ptrdiff_t minorPitch = line.steep ? 1 : stride;
+    uint8_t *const start = line.steep ? LumaRow(image, line.major0) + line.minor0
+                                      : LumaRow(image, line.minor0) + line.major0;
+    ptrdiff_t offset = 0; // stays an offset: past the last step it may leave the plane
+    int32_t error = line.majorLength / 2;
+    for (int32_t major = line.major0; major <= line.major1; ++major) {
+        if (!dashed || LumaDash(major)) {
+            start[offset] = luma;
+            start[offset + minorPitch] = luma;
+        }
+        offset += majorPitch;
+        error -= line.minorLength;
+        if (error < 0) {
+            offset += line.minorStep * minorPitch;
+            error += line.majorLength;
+        }
+    }
+}
+
+// The chroma line starts from the halved first point with an error term of its own, so that its
+// minor coordinate can leave the plane by one sample.
+static void DrawLineChroma(const OrnMinRenderImage *image, const SlopedLine &line,
+                           OrnMinRenderColour colour, bool dashed) {
+    const int32_t minorSize = ChromaSize(line.steep ? image->width : image->height);
+    const int32_t last = line.major1 / 2;
+    int32_t minor = line.minor0 / 2;
+    int32_t error = line.majorLength / 2;
+    for (int32_t major = line.major0 / 2; major <= last; ++major) {
+        if (minor >= 0 && minor < minorSize && (!dashed || ChromaDash(major))) {
+            const int32_t column = line.steep ? minor : major;
+            StoreChroma(ChromaRow(image, line.steep ? major : minor) + 2 * ptrdiff_t{column},
+                        colour);
+        }
+        error -= line.minorLength;
+        if (error < 0) {
+            minor += line.minorStep;
+            error += line.majorLength;
+        }
+    }
+}
+
+void OrnMinRenderDrawLineY8(OrnMinRenderContext *, const OrnMinRenderImage *image,
+                            OrnMinRenderPoint p0, OrnMinRenderPoint p1, uint8_t luma,
+                            int32_t style) {
+    SlopedLine line;
+    if (image && image->yPlane && PrepareLine(image, p0, p1, style, &line))
+        DrawLineLuma(image, line, luma, style == OrnMinRenderLineDashed);
+}
+
+void OrnMinRenderDrawLineYUV420SP(OrnMinRenderContext *, const OrnMinRenderImage *image,
+                                  OrnMinRenderPoint p0, OrnMinRenderPoint p1,
+                                  OrnMinRenderColour colour, int32_t style) {
+    SlopedLine line;
+    if (!image || !PrepareLine(image, p0, p1, style, &line))
+        return;
+    if (image->yPlane)
+        DrawLineLuma(image, line, colour.y, style == OrnMinRenderLineDashed);
+    if (image->uvPlane)
+        DrawLineChroma(image, line, colour, style == OrnMinRenderLineDashed);
+}

@@ -1,0 +1,658 @@
+// CBF fonts and text: loading with its Huffman tables and code-point index, the glyph cache, and
+// the layout that measuring and drawing share.
+#include "text.h"
+
+#include <limits.h>
+#include <stdlib.h>
+#include <string.h>
+
+// ---- The checked reader ----
+
+static bool OpenFont(FontReader *reader, const char *path) {
+    reader->file = fopen(path, "rb");
+    if (!reader->file)
+        return false;
+    const bool atEnd = fseek(reader->file, 0, SEEK_END) == 0;
+    const long length = atEnd ? ftell(reader->file) : -1;
+    if (length < 0 || fseek(reader->file, 0, SEEK_SET) != 0) {
+        fclose(reader->file);
+        return false;
+    }
+    reader->length = static_cast<uint64_t>(length);
+    reader->position = 0;
+    return true;
+}
+
+static bool SeekTo(FontReader *reader, uint64_t offset) {
+    // Where long has 32 bits an offset may exceed it, but no file that fseek can open does.
+    if (offset > reader->length || offset > LONG_MAX ||
+        fseek(reader->file, static_cast<long>(offset), SEEK_SET) != 0)
+        return false;
+    reader->position = offset;
+    return true;
+}
+
+// Whether so many bytes follow: asked before memory is taken for them.
+static bool HasBytes(const FontReader *reader, uint64_t bytes) {
+    return bytes <= reader->length - reader->position;
+}
+
+static bool Read(FontReader *reader, void *bytes, size_t size) {
+    if (!HasBytes(reader, size) || fread(bytes, 1, size, reader->file) != size)
+        return false;
+    reader->position += size;
+    return true;
+}
+
+static bool ReadWord(FontReader *reader, uint32_t *word) {
+    uint8_t bytes[4];
+    if (!Read(reader, bytes, sizeof bytes))
+        return false;
+    *word = LittleEndian32(bytes);
+    return true;
+}
+
+// ---- Huffman tables ----
+
+struct HuffCode {
+    uint32_t aligned; // the code's bits from bit 31 down
+    uint16_t length;
+    uint16_t symbol;
+};
+
+// An offset from an entry to its child must fit a signed 16-bit number.
+constexpr size_t kMaxChildOffset = 32767;
+
+static HuffCode *ReadCodes(FontReader *reader, uint64_t offset, uint32_t *count) {
+    constexpr size_t kEntryBytes = 4;
+    if (!SeekTo(reader, offset) || !ReadWord(reader, count) ||
+        !HasBytes(reader, uint64_t{*count} * kEntryBytes))
+        return nullptr;
+    const size_t bytes = *count * kEntryBytes;
+    auto *raw = static_cast<uint8_t *>(malloc(bytes + 1)); // never 0 bytes
+    auto *codes = static_cast<HuffCode *>(malloc(*count * sizeof(HuffCode) + 1));
+    if (!raw || !codes || !Read(reader, raw, bytes)) {
+        free(raw);
+        free(codes);
+        return nullptr;
+    }
+    for (uint32_t i = 0; i < *count; ++i)
+        codes[i] = {0, LittleEndian16(raw + i * kEntryBytes + 2),
+                    LittleEndian16(raw + i * kEntryBytes)};
+    free(raw);
+    return codes;
+}
+
+// Canonical codes in file order: the first is all zeros, each next one continues from the one
+// before, with zeros appended where it is longer. They are prefix-free exactly when no length is
+// smaller than the one before and the code space of 2^length is never exceeded: a shorter or
+// wrapped code would be zeros again, a prefix of the first.
+static bool AssignCodes(HuffCode *codes, uint32_t count) {
+    uint64_t next = 0;
+    uint32_t previousLength = 1;
+    for (uint32_t i = 0; i < count; ++i) {
+        const uint32_t length = codes[i].length;
+        if (length < previousLength || length > 32)
+            return false;
+        next <<= length - previousLength;
+        if (next >> length)
+            return false;
+        codes[i].aligned = static_cast<uint32_t>(next << (32 - length));
+        previousLength = length;
+        ++next;
+    }
+    return true;
+}
+
+struct HuffBuilder {
+    const HuffCode *codes;
+    HuffLut *table;
+    size_t size; // subtables
+};
+
+static bool AppendSubtable(HuffBuilder *builder) {
+    auto *grown = static_cast<HuffLut *>(
+        realloc(builder->table, (builder->size + 1) * sizeof *builder->table));
+    if (!grown)
+        return false;
+    memset(&grown[builder->size], 0, sizeof *grown);
+    builder->table = grown;
+    ++builder->size;
+    return true;
+}
+
+// The codes first..end - 1 are sorted and share the bits above this depth's four. A key that only
+// one of them can match is a leaf, even if the code has bits beyond the key; a key that several
+// match leads to a child. Children follow in the order of their keys, each with all it needs. With
+// prefix-free codes of up to 32 bits the depth is at most 7, and the limit on offsets bounds the
+// table whatever the file claims.
+static bool AddHuffLutSubtable(HuffBuilder *builder, uint32_t first, uint32_t end, uint32_t depth) {
+    const size_t own = builder->size;
+    if (!AppendSubtable(builder))
+        return false;
+    const uint32_t shift = 28 - 4 * depth;
+    for (uint32_t key = 0; key < 16 && first < end; ++key) {
+        uint32_t next = first;
+        while (next < end && (builder->codes[next].aligned >> shift & 15) == key)
+            ++next;
+        if (next == first)
+            continue;
+        HuffLutEntry *entry = &builder->table[own].entries[key];
+        const HuffCode &code = builder->codes[first];
+        if (next == first + 1) {
+            const uint32_t bits = code.length - 4 * depth;
+            // A code that ends within the key leaves its other bits free.
+            const uint32_t keys = bits < 4 ? 1u << (4 - bits) : 1;
+            for (uint32_t i = 0; i < keys; ++i)
+                entry[i] = {static_cast<uint16_t>(bits), code.symbol};
+        } else {
+            const size_t offset = (builder->size - own) * 16 - key;
+            if (offset > kMaxChildOffset)
+                return false;
+            *entry = {kChildSubtable, static_cast<uint16_t>(offset)};
+            if (!AddHuffLutSubtable(builder, first, next, depth + 1))
+                return false;
+        }
+        first = next;
+    }
+    return true;
+}
+
+HuffLut *LoadHuffTable(FontReader *reader, uint64_t offset) {
+    uint32_t count = 0;
+    HuffCode *codes = ReadCodes(reader, offset, &count);
+    if (!codes)
+        return nullptr;
+    HuffBuilder builder = {codes, nullptr, 0};
+    const bool built = AssignCodes(codes, count) && AddHuffLutSubtable(&builder, 0, count, 0);
+    free(codes);
+    if (built)
+        return builder.table;
+    free(builder.table);
+    return nullptr;
+}
+
+int32_t WalkHuffLut(const HuffLut *lut, BitReader *reader) {
+    const HuffLutEntry *entry = &lut->entries[PeekNibble(reader)];
+    while (entry->bits == kChildSubtable) {
+        reader->position += 4;
+        entry += static_cast<int16_t>(entry->value) + PeekNibble(reader);
+    }
+    reader->position += entry->bits;
+    return static_cast<int16_t>(entry->value);
+}
+
+// ---- The code-point index ----
+
+// Slots up to the last code point of Unicode are an array, those beyond it (reachable by long UTF-8
+// sequences) a list of what the file really fills: a count of 2^32 costs 4.25 MiB, not 16 GiB.
+constexpr uint32_t kDenseSlots = 0x110000;
+constexpr int32_t kIndexEndMark = -1;
+
+static bool AddFarSlot(OrnMinRenderFont *font, uint32_t codePoint, uint32_t delta) {
+    const uint32_t count = font->farCount;
+    if ((count & (count - 1)) == 0) { // full at every power of two
+        const size_t capacity = count ? size_t{count} * 2 : 1;
+        auto *grown = static_cast<FarSlot *>(realloc(font->farSlots, capacity * sizeof(FarSlot)));
+        if (!grown)
+            return false;
+        font->farSlots = grown;
+    }
+    font->farSlots[font->farCount++] = {codePoint, count, delta};
+    return true;
+}
+
+static bool StoreSlot(OrnMinRenderFont *font, uint32_t codePoint, int32_t delta) {
+    const auto word = static_cast<uint32_t>(delta);
+    if (codePoint >= kDenseSlots)
+        return AddFarSlot(font, codePoint, word);
+    font->index[1 + codePoint] = word;
+    return true;
+}
+
+// Fills slots from slot on with a record's deltas. Returns the first slot not filled, which is the
+// index's count when all are. A symbol that needs bits past the record fills nothing and ends it; a
+// walk that takes no bits would go on for ever, and sets *stuck.
+static uint32_t DecodeIndexRecord(OrnMinRenderFont *font, const HuffLut *deltas,
+                                  const uint8_t *bytes, uint32_t length, uint32_t slot,
+                                  bool *stuck) {
+    const uint32_t count = font->index[0];
+    const uint64_t endBit = uint64_t{length} * 8;
+    BitReader reader = {bytes, length, 0};
+    while (slot < count) {
+        const uint64_t before = reader.position;
+        const int32_t delta = WalkHuffLut(deltas, &reader);
+        *stuck = reader.position == before;
+        if (*stuck || reader.position > endBit || delta == kIndexEndMark)
+            break;
+        if (!StoreSlot(font, slot, delta)) {
+            *stuck = true;
+            break;
+        }
+        ++slot;
+    }
+    return slot;
+}
+
+// Reads one record. False: the section ends here.
+static bool ReadIndexRecord(FontReader *reader, OrnMinRenderFont *font, const HuffLut *deltas) {
+    uint32_t slot = 0;
+    uint32_t length = 0;
+    if (!ReadWord(reader, &slot) || !ReadWord(reader, &length) || length == 0 ||
+        !HasBytes(reader, length))
+        return false;
+    auto *bytes = static_cast<uint8_t *>(malloc(length));
+    bool stuck = !bytes || !Read(reader, bytes, length);
+    const uint32_t count = font->index[0];
+    if (!stuck && slot < count)
+        slot = DecodeIndexRecord(font, deltas, bytes, length, slot, &stuck);
+    free(bytes);
+    return !stuck && slot < count;
+}
+
+static int CompareFarSlots(const void *first, const void *second) {
+    const auto *a = static_cast<const FarSlot *>(first);
+    const auto *b = static_cast<const FarSlot *>(second);
+    if (a->codePoint != b->codePoint)
+        return a->codePoint < b->codePoint ? -1 : 1;
+    return a->order < b->order ? -1 : 1;
+}
+
+// Sorts by code point and keeps the last slot of each.
+static void SortFarSlots(OrnMinRenderFont *font) {
+    if (font->farCount == 0)
+        return;
+    qsort(font->farSlots, font->farCount, sizeof(FarSlot), CompareFarSlots);
+    uint32_t kept = 0;
+    for (uint32_t i = 0; i < font->farCount; ++i) {
+        if (kept > 0 && font->farSlots[kept - 1].codePoint == font->farSlots[i].codePoint)
+            --kept;
+        font->farSlots[kept++] = font->farSlots[i];
+    }
+    font->farCount = kept;
+}
+
+// Deltas become offsets: the sum of all that are not 0, in code-point order, modulo 2^32.
+static void SumDeltas(OrnMinRenderFont *font, uint32_t denseSlots) {
+    uint32_t sum = 0;
+    for (uint32_t c = 0; c < denseSlots; ++c)
+        if (font->index[1 + c])
+            font->index[1 + c] = sum += font->index[1 + c];
+    for (uint32_t i = 0; i < font->farCount; ++i)
+        if (font->farSlots[i].offset)
+            font->farSlots[i].offset = sum += font->farSlots[i].offset;
+}
+
+// On failure the font stays without index, or with the slots read so far.
+static void LoadIndex(FontReader *reader, OrnMinRenderFont *font, uint32_t offset) {
+    uint32_t count = 0;
+    if (!SeekTo(reader, offset) || !ReadWord(reader, &count))
+        return;
+    HuffLut *deltas = LoadHuffTable(reader, reader->position);
+    if (!deltas)
+        return;
+    const auto denseSlots = static_cast<uint32_t>(Min(count, kDenseSlots));
+    font->index = static_cast<uint32_t *>(calloc(size_t{denseSlots} + 2, sizeof(uint32_t)));
+    if (font->index) {
+        font->index[0] = count;
+        while (ReadIndexRecord(reader, font, deltas)) {
+        }
+        SortFarSlots(font);
+        SumDeltas(font, denseSlots);
+    }
+    free(deltas);
+}
+
+static uint32_t FindFarSlot(const OrnMinRenderFont *font, uint32_t codePoint) {
+    uint32_t first = 0;
+    uint32_t end = font->farCount;
+    while (first < end) {
+        const uint32_t middle = first + (end - first) / 2;
+        if (font->farSlots[middle].codePoint < codePoint)
+            first = middle + 1;
+        else
+            end = middle;
+    }
+    const bool found = first < font->farCount && font->farSlots[first].codePoint == codePoint;
+    return found ? font->farSlots[first].offset : 0;
+}
+
+// ---- Loading and releasing a font ----
+
+struct CbfHeader {
+    uint32_t headerWord;
+    int32_t lineHeight;
+    uint32_t glyphDataSize;
+    uint32_t tableOffsets[2]; // background, ink
+    uint32_t indexOffset;
+    uint32_t glyphDataOffset;
+};
+
+static bool ReadHeader(FontReader *reader, CbfHeader *header) {
+    uint8_t bytes[28];
+    if (!Read(reader, bytes, sizeof bytes))
+        return false;
+    *header = {LittleEndian32(bytes),      static_cast<int32_t>(LittleEndian32(bytes + 4)),
+               LittleEndian32(bytes + 8),  {LittleEndian32(bytes + 12), LittleEndian32(bytes + 16)},
+               LittleEndian32(bytes + 20), LittleEndian32(bytes + 24)};
+    return true;
+}
+
+static bool LoadSections(FontReader *reader, OrnMinRenderFont *font) {
+    CbfHeader header;
+    if (!ReadHeader(reader, &header))
+        return false;
+    const uint64_t dataEnd = uint64_t{header.glyphDataOffset} + header.glyphDataSize;
+    if (header.glyphDataSize == 0 || dataEnd > reader->length)
+        return false;
+    font->headerWord = header.headerWord;
+    font->lineHeight = header.lineHeight;
+    font->glyphDataSize = header.glyphDataSize;
+    font->glyphData = static_cast<uint8_t *>(malloc(header.glyphDataSize));
+    if (!font->glyphData)
+        return false;
+    for (int i = 0; i < 2; ++i)
+        font->huffLuts[i] = LoadHuffTable(reader, header.tableOffsets[i]);
+    LoadIndex(reader, font, header.indexOffset);
+    return SeekTo(reader, header.glyphDataOffset) &&
+           Read(reader, font->glyphData, header.glyphDataSize);
+}
+
+OrnMinRenderFont *OrnMinRenderLoadCbfFont(const char *path) {
+    FontReader reader;
+    if (!path || !OpenFont(&reader, path))
+        return nullptr;
+    auto *font = static_cast<OrnMinRenderFont *>(calloc(1, sizeof(OrnMinRenderFont)));
+    if (font && !LoadSections(&reader, font)) {
+        OrnMinRenderDestroyFont(font);
+        font = nullptr;
+    }
+    fclose(reader.file);
+    return font;
+}
+
+static void FlushGlyphCache(OrnMinRenderFont *font) {
+    for (uint32_t i = 0; i < font->glyphCount; ++i) {
+        free(font->glyphs[i].bitmap);
+        free(font->glyphs[i].outline);
+    }
+    free(font->glyphs);
+    font->glyphs = nullptr;
+    font->glyphCount = 0;
+    memset(font->buckets, 0, sizeof font->buckets);
+}
+
+void OrnMinRenderDestroyFont(OrnMinRenderFont *font) {
+    if (!font)
+        return;
+    FlushGlyphCache(font);
+    free(font->huffLuts[0]);
+    free(font->huffLuts[1]);
+    free(font->index);
+    free(font->farSlots);
+    free(font->glyphData);
+    free(font);
+}
+
+int32_t OrnMinRenderTextInit(OrnMinRenderContext *) {
+    return 0;
+}
+
+void OrnMinRenderSetFontDirection(OrnMinRenderFont *font, int32_t direction) {
+    if (!font || font->direction == direction)
+        return;
+    font->direction = direction;
+    FlushGlyphCache(font); // its bitmaps are turned for the old direction
+}
+
+// ---- Code points to glyphs ----
+
+static bool HasGlyphs(const OrnMinRenderFont *font) {
+    return font->index && font->index[0] > 0;
+}
+
+// Code points outside the index are served by code point 0.
+static uint32_t ResolveCodePoint(const OrnMinRenderFont *font, uint32_t codePoint) {
+    return codePoint < font->index[0] ? codePoint : 0;
+}
+
+// The record of a code point, or null when the font has none inside its glyph data.
+static const uint8_t *FindRecord(const OrnMinRenderFont *font, uint32_t codePoint) {
+    if (!HasGlyphs(font))
+        return nullptr;
+    const uint32_t slot = ResolveCodePoint(font, codePoint);
+    const uint32_t offset = slot < kDenseSlots ? font->index[1 + slot] : FindFarSlot(font, slot);
+    const bool inside =
+        font->glyphDataSize >= kGlyphHeadBytes && offset <= font->glyphDataSize - kGlyphHeadBytes;
+    return inside ? font->glyphData + offset : nullptr;
+}
+
+// Adds a decoded entry at the end of its chain. The array doubles whenever it is full, which it is
+// at every power of two.
+static OrnMinRenderGlyph *AddToCache(OrnMinRenderFont *font, const OrnMinRenderGlyph *glyph) {
+    const uint32_t count = font->glyphCount;
+    if ((count & (count - 1)) == 0) {
+        const size_t capacity = count ? size_t{count} * 2 : 1;
+        auto *grown = static_cast<OrnMinRenderGlyph *>(
+            realloc(font->glyphs, capacity * sizeof(OrnMinRenderGlyph)));
+        if (!grown)
+            return nullptr;
+        font->glyphs = grown;
+    }
+    uint32_t *link = &font->buckets[glyph->codePoint % 256];
+    while (*link)
+        link = &font->glyphs[*link - 1].next;
+    *link = ++font->glyphCount;
+    font->glyphs[count] = *glyph;
+    return &font->glyphs[count];
+}
+
+OrnMinRenderGlyph *GetGlyph(OrnMinRenderFont *font, uint32_t codePoint) {
+    if (!HasGlyphs(font))
+        return nullptr;
+    const uint32_t c = ResolveCodePoint(font, codePoint);
+    for (uint32_t link = font->buckets[c % 256]; link; link = font->glyphs[link - 1].next)
+        if (font->glyphs[link - 1].codePoint == c)
+            return &font->glyphs[link - 1];
+
+    // Decoded first and then added, so that nothing half-made ever enters the cache.
+    OrnMinRenderGlyph glyph = {};
+    glyph.codePoint = c;
+    glyph.record = FindRecord(font, c);
+    if (!glyph.record || !RenderGlyph(font, &glyph))
+        return nullptr;
+    OrnMinRenderGlyph *entry = AddToCache(font, &glyph);
+    if (!entry) {
+        free(glyph.bitmap);
+        free(glyph.outline);
+    }
+    return entry;
+}
+
+// ---- Layout, shared by measuring and drawing ----
+
+struct LeadByte {
+    uint32_t continuations;
+    uint32_t mask; // of the code point
+};
+
+// Sequences of up to six bytes, as RFC 2279 has them.
+static LeadByte ClassifyLeadByte(uint8_t lead) {
+    if (lead < 0x80)
+        return {0, 0x7F};
+    if (lead >= 0xC0 && lead < 0xE0)
+        return {1, 0x7FF};
+    if (lead >= 0xE0 && lead < 0xF0)
+        return {2, 0xFFFF};
+    if (lead >= 0xF0 && lead < 0xF8)
+        return {3, 0x1FFFFF};
+    if (lead >= 0xF8 && lead < 0xFC)
+        return {4, 0x3FFFFFF};
+    if (lead >= 0xFC && lead < 0xFE)
+        return {5, 0x7FFFFFFF};
+    return {0, 0}; // no lead byte: ends the text, as a 0 does
+}
+
+// Decodes the code point at *text and moves past it; 0 at the end of the text, which is also where
+// a sequence is malformed or cut short by the terminator.
+static uint32_t NextCodePoint(const char **text) {
+    const auto *bytes = reinterpret_cast<const uint8_t *>(*text);
+    const LeadByte lead = ClassifyLeadByte(bytes[0]);
+    uint32_t codePoint = bytes[0];
+    for (uint32_t i = 1; i <= lead.continuations; ++i) {
+        if (bytes[i] == 0)
+            return 0;
+        codePoint = codePoint << 6 | (bytes[i] & 0x3F);
+    }
+    *text += 1 + lead.continuations;
+    return codePoint & lead.mask;
+}
+
+constexpr uint32_t kLineFeed = 10;
+
+static void MovePen(int32_t *coordinate, int64_t step) {
+    *coordinate = Saturate(*coordinate + step);
+}
+
+static void StartNewLine(const OrnMinRenderFont *font, OrnMinRenderPoint *pen, int32_t lineStart) {
+    const int64_t height = font->lineHeight;
+    switch (font->direction) {
+    case OrnMinRenderTextDirectionDown:
+        pen->y = lineStart;
+        MovePen(&pen->x, -height);
+        break;
+    case OrnMinRenderTextDirectionUp:
+        pen->y = lineStart;
+        MovePen(&pen->x, height);
+        break;
+    case OrnMinRenderTextDirectionInverted:
+        pen->x = lineStart;
+        MovePen(&pen->y, -height);
+        break;
+    default:
+        pen->x = lineStart;
+        MovePen(&pen->y, height);
+    }
+}
+
+static void AdvancePen(const OrnMinRenderFont *font, OrnMinRenderPoint *pen, int32_t advance) {
+    switch (font->direction) {
+    case OrnMinRenderTextDirectionDown:
+        MovePen(&pen->y, advance);
+        break;
+    case OrnMinRenderTextDirectionUp:
+        MovePen(&pen->y, -int64_t{advance});
+        break;
+    case OrnMinRenderTextDirectionInverted:
+        MovePen(&pen->x, -int64_t{advance});
+        break;
+    default:
+        MovePen(&pen->x, advance);
+    }
+}
+
+// The box of a record, its cells turned about the pen point. The fields wrap as bytes do.
+static OrnMinRenderGlyphBox RotateBoundingBox(const uint8_t *record, int32_t direction) {
+    const OrnMinRenderGlyphBox box = UprightBox(record);
+    const auto wrap = [](int32_t value) { return static_cast<int8_t>(value); };
+    switch (direction) {
+    case OrnMinRenderTextDirectionDown:
+        return {box.height, box.width, wrap(box.bearingY - box.height), wrap(-box.bearingX)};
+    case OrnMinRenderTextDirectionUp:
+        return {box.height, box.width, wrap(-box.bearingY), wrap(box.bearingX + box.width)};
+    case OrnMinRenderTextDirectionInverted:
+        return {box.width, box.height, wrap(-(box.bearingX + box.width)),
+                wrap(box.height - box.bearingY)};
+    default:
+        return box;
+    }
+}
+
+// ---- Measuring ----
+
+static void ExtendRect(OrnMinRenderRect *rect, const OrnMinRenderPoint *pen,
+                       OrnMinRenderGlyphBox box) {
+    const int64_t left = int64_t{pen->x} + box.bearingX;
+    const int64_t top = int64_t{pen->y} - box.bearingY;
+    rect->left = Saturate(Min(rect->left, left));
+    rect->top = Saturate(Min(rect->top, top));
+    rect->right = Saturate(Max(rect->right, left + box.width));
+    rect->bottom = Saturate(Max(rect->bottom, top + box.height));
+}
+
+void OrnMinRenderGetTextRect(OrnMinRenderContext *, const OrnMinRenderFont *font, const char *text,
+                             OrnMinRenderPoint *pen, int32_t lineStart, OrnMinRenderRect *rect) {
+    if (!rect || !pen)
+        return;
+    *rect = {pen->x, pen->y, pen->x, pen->y};
+    if (!text || !font)
+        return;
+    while (const uint32_t codePoint = NextCodePoint(&text)) {
+        if (codePoint == kLineFeed) {
+            StartNewLine(font, pen, lineStart);
+        } else if (const uint8_t *record = FindRecord(font, codePoint)) {
+            ExtendRect(rect, pen, RotateBoundingBox(record, font->direction));
+            AdvancePen(font, pen, GlyphAdvance(record));
+        }
+    }
+}
+
+// ---- Drawing ----
+
+// A glyph's fill at its place.
+struct Stamp {
+    OrnMinRenderGlyphBox box;
+    const uint32_t *bitmap; // null: nothing to draw
+    uint32_t words;
+    OrnMinRenderPoint pen;
+};
+
+static void DrawStamp(const Stamp &stamp, const OrnMinRenderImage *image, int32_t luma) {
+    OrnMinRenderTextBitmap(&stamp.box, stamp.bitmap, stamp.words, image, &stamp.pen, luma);
+}
+
+// The place of a glyph's outline, whose bitmap is larger and starts further left and higher.
+static Stamp OutlineStamp(const OrnMinRenderGlyph *glyph, const Stamp &fill) {
+    const auto wrap = [](int32_t value) { return static_cast<int8_t>(value); };
+    const OrnMinRenderGlyphBox box = {wrap(fill.box.width + 5), wrap(fill.box.height + 5),
+                                      wrap(fill.box.bearingX - 3), wrap(fill.box.bearingY + 2)};
+    return {box, glyph->outline, glyph->outlineWords, fill.pen};
+}
+
+void OrnMinRenderDrawTextY8(OrnMinRenderContext *, const OrnMinRenderImage *image,
+                            OrnMinRenderFont *font, const char *text, OrnMinRenderPoint *pen,
+                            int32_t lineStart, uint8_t luma) {
+    if (!text || !image || !font || !pen)
+        return;
+    while (const uint32_t codePoint = NextCodePoint(&text)) {
+        if (codePoint == kLineFeed) {
+            StartNewLine(font, pen, lineStart);
+        } else if (const OrnMinRenderGlyph *glyph = GetGlyph(font, codePoint)) {
+            const OrnMinRenderGlyphBox box = RotateBoundingBox(glyph->record, font->direction);
+            DrawStamp({box, glyph->bitmap, glyph->bitmapWords, *pen}, image, luma);
+            AdvancePen(font, pen, GlyphAdvance(glyph->record));
+        }
+    }
+}
+
+// A fill is held back until the outline of the next glyph is drawn, so that it lies on top.
+void OrnMinRenderDrawOutlineTextY8(OrnMinRenderContext *, const OrnMinRenderImage *image,
+                                   OrnMinRenderFont *font, const char *text, OrnMinRenderPoint *pen,
+                                   int32_t lineStart, uint8_t outline, int32_t fill) {
+    if (!text || !image || !font || !pen)
+        return;
+    Stamp pending = {};
+    while (const uint32_t codePoint = NextCodePoint(&text)) {
+        if (codePoint == kLineFeed) {
+            StartNewLine(font, pen, lineStart);
+        } else if (const OrnMinRenderGlyph *glyph = GetGlyph(font, codePoint)) {
+            const OrnMinRenderGlyphBox box = RotateBoundingBox(glyph->record, font->direction);
+            const Stamp current = {box, glyph->bitmap, glyph->bitmapWords, *pen};
+            DrawStamp(OutlineStamp(glyph, current), image, outline);
+            DrawStamp(pending, image, fill);
+            pending = current;
+            AdvancePen(font, pen, GlyphAdvance(glyph->record));
+        }
+    }
+    DrawStamp(pending, image, fill);
+}
