@@ -328,6 +328,97 @@ ORN_MIN_RENDER_API void OrnMinRenderFillPolygonYUV420SP(OrnMinRenderContext *con
                                                         const OrnMinRenderPoint *points,
                                                         size_t count, OrnMinRenderColour colour);
 
+/*
+ * Outline of the ellipse inscribed in the rectangle: a ring of 2 x 2 blocks over columns
+ * left..right + 1 and rows top..bottom + 1 (the corners may come in either order), each block with
+ * one chroma sample, on the outer side of the ring. No block is anchored on row 0. Very eccentric
+ * rings may have gaps where the stepping (a midpoint algorithm in integers) leaves them. Nothing is
+ * drawn beyond 65536 pixels of width or height. The context is not used.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderDrawEllipseYUV420SP(OrnMinRenderContext *context,
+                                                        const OrnMinRenderImage *image,
+                                                        const OrnMinRenderRect *rect,
+                                                        OrnMinRenderColour colour);
+
+/*
+ * Fills the ellipse inscribed in the rectangle, inside its outline: rows top + 1..bottom - 1 (for
+ * even heights), right exclusive, the corners in either order, any height complete. Chroma is
+ * rounded inward. Nothing is filled for a width of 1, a height below 2, or beyond 65536 pixels.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderFillEllipseYUV420SP(OrnMinRenderContext *context,
+                                                        const OrnMinRenderImage *image,
+                                                        const OrnMinRenderRect *rect,
+                                                        OrnMinRenderColour colour);
+
+/*
+ * Outline of a rectangle with rounded corners: a ring two pixels thick over columns left..right + 1
+ * and rows top..bottom + 1 (the corners of rect may come in either order). radii holds the
+ * horizontal radius x and the vertical radius y of the corners, in pixels; each is cut down to half
+ * the side, and at the largest radii (of even sides) this is the ellipse outline. A radius of 0 or
+ * less makes the corners square. Nothing is drawn for radii above 32768. Chroma: that of the
+ * ellipse outline at the corners and of solid lines at the sides.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderDrawRoundRectYUV420SP(OrnMinRenderContext *context,
+                                                          const OrnMinRenderImage *image,
+                                                          const OrnMinRenderRect *rect,
+                                                          const OrnMinRenderPoint *radii,
+                                                          OrnMinRenderColour colour);
+
+/*
+ * Fills a rectangle with rounded corners, inside its outline; rect and radii as in
+ * OrnMinRenderDrawRoundRectYUV420SP, right exclusive. Radii of 0 or less: exactly
+ * OrnMinRenderFillRectYUV420SP. Chroma is rounded inward at the corners, outward in between.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderFillRoundRectYUV420SP(OrnMinRenderContext *context,
+                                                          const OrnMinRenderImage *image,
+                                                          const OrnMinRenderRect *rect,
+                                                          const OrnMinRenderPoint *radii,
+                                                          OrnMinRenderColour colour);
+
+/* ------------------------------------------------------------------------------------------------
+ * Pictures. None of these calls takes a context.
+ * --------------------------------------------------------------------------------------------- */
+
+/*
+ * Copies pixels of source, from position on, into the rectangle of image (right and bottom
+ * exclusive), clipped to both. Chroma: of height / 2 rows the width bytes from the sample that
+ * holds the first pixel, so that an odd last column or row copies no chroma of its own. A plane
+ * that either image lacks is skipped. The two images must not overlap in memory.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderBltYUV420SP(const OrnMinRenderImage *image,
+                                                OrnMinRenderRect rect,
+                                                const OrnMinRenderImage *source,
+                                                OrnMinRenderPoint position);
+
+/* Bits in a word of a caller's bitmap: a row of width columns takes
+ * (width + WordWidth - 1) / WordWidth words. */
+ORN_MIN_RENDER_API extern const int64_t WordWidth;
+
+/*
+ * Stamps a 1-bit bitmap of width x height, scaled by nearest neighbour (16.16 fixed point, the
+ * steps cut down) to the rectangle (right and bottom exclusive). Rows are words of 32 bits, the
+ * most significant bit leftmost; a set bit paints, a clear one leaves the pixel. What lies outside
+ * the frame is clipped without changing the sampling. A rectangle in reverse order, or a side of
+ * the bitmap outside 1..32767, draws nothing. The caller's bits are only read.
+ */
+ORN_MIN_RENDER_API void OrnMinRenderDrawBitmapY8(const OrnMinRenderImage *image,
+                                                 const OrnMinRenderRect *rect, int32_t width,
+                                                 int32_t height, const uint32_t *bits,
+                                                 uint8_t luma);
+
+/* Like OrnMinRenderDrawBitmapY8, and samples the bitmap afresh onto the chroma plane, over the
+ * rectangle with its coordinates halved toward zero. */
+ORN_MIN_RENDER_API void OrnMinRenderDrawBitmapYUV420SP(const OrnMinRenderImage *image,
+                                                       const OrnMinRenderRect *rect, int32_t width,
+                                                       int32_t height, const uint32_t *bits,
+                                                       OrnMinRenderColour colour);
+
+/* Like OrnMinRenderDrawBitmapYUV420SP, but every painted byte becomes the average of what was there
+ * and the colour, rounded down. */
+ORN_MIN_RENDER_API void OrnMinRenderDrawBitmapSemiTransparentYUV420SP(
+    const OrnMinRenderImage *image, const OrnMinRenderRect *rect, int32_t width, int32_t height,
+    const uint32_t *bits, OrnMinRenderColour colour);
+
 /* ------------------------------------------------------------------------------------------------
  * Fonts
  * --------------------------------------------------------------------------------------------- */
@@ -375,6 +466,17 @@ ORN_MIN_RENDER_API void OrnMinRenderGetTextRect(OrnMinRenderContext *context,
                                                 const OrnMinRenderFont *font, const char *text,
                                                 OrnMinRenderPoint *pen, int32_t lineStart,
                                                 OrnMinRenderRect *rect);
+
+/*
+ * Breaks a text into lines of at most width pixels: returns a copy in which "\n- " stands before
+ * every word that would carry its line past the width. Words are parted by spaces, tabs and line
+ * feeds and never split; a word's width is that of its ink, and the width of the marker itself is
+ * not counted. Blanks that follow a break are dropped. Null for a null font, a null or empty text
+ * or when memory is short. The caller releases the result with free. The context is not used.
+ */
+ORN_MIN_RENDER_API char *OrnMinRenderFixTextWidth(OrnMinRenderContext *context,
+                                                  const OrnMinRenderFont *font, const char *text,
+                                                  int32_t width);
 
 /* Draws a text into the luma plane; chroma is left as it is. The context is not used. */
 ORN_MIN_RENDER_API void OrnMinRenderDrawTextY8(OrnMinRenderContext *context,

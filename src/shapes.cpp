@@ -1,5 +1,6 @@
-// Frames, filled rectangles and polygons. A frame is four lines; areas become span lists in the
-// context's scratch memory, one list per plane, and are painted from there.
+// Frames, filled rectangles, polygons, ellipses and rounded rectangles. A frame is four lines, an
+// elliptic outline is blocks of 2 x 2 pixels; areas become span lists in the context's scratch
+// memory, one list per plane, and are painted from there.
 #include "shapes.h"
 
 #include "pixop.h"
@@ -265,4 +266,428 @@ void OrnMinRenderFillPolygonYUV420SP(OrnMinRenderContext *context, const OrnMinR
         return;
     const int32_t crossings = FillPolygonPlane(context, image, points, count, 1);
     OrnMinRenderDrawScanlinesUV(image, ScratchSpans(context), crossings, colour);
+}
+
+// ---- Ellipse outlines ----
+
+// Beyond this width or height the terms of the stepping would leave 64 bits; nothing is drawn.
+constexpr int64_t kMaxEllipseSize = 65536;
+
+// What turns an offset from the centre, in doubled units, into blocks of pixels.
+struct EllipsePlot {
+    const OrnMinRenderImage *image;
+    OrnMinRenderColour colour;
+    int64_t centreX2; // doubled, so that a centre between two pixels is exact
+    int64_t centreY2;
+    int64_t shiftX; // how far each offset is moved outward: for the corners of a rounded rectangle
+    int64_t shiftY;
+};
+
+struct BlockColumn {
+    bool enabled;
+    int32_t x;
+    int32_t cx;
+};
+
+struct BlockRow {
+    bool enabled;
+    int32_t y;
+    int32_t cy;
+};
+
+// Sets the 2 x 2 block at (x, y) and its chroma sample, less what lies outside the planes. The
+// anchor is neither negative nor right of the frame.
+static void PlotBlock(const EllipsePlot &plot, BlockColumn column, BlockRow row) {
+    const OrnMinRenderImage *image = plot.image;
+    if (!column.enabled || !row.enabled)
+        return;
+    for (int64_t y = row.y; image->yPlane && y <= int64_t{row.y} + 1 && y < image->height; ++y) {
+        uint8_t *pixel = LumaRow(image, y) + column.x;
+        pixel[0] = plot.colour.y;
+        if (column.x + 1 < image->width)
+            pixel[1] = plot.colour.y;
+    }
+    if (image->uvPlane && column.cx < ChromaSize(image->width) &&
+        row.cy < ChromaSize(image->height))
+        StoreChroma(ChromaRow(image, row.cy) + 2 * ptrdiff_t{column.cx}, plot.colour);
+}
+
+// outward: -1 on the left side, +1 on the right. The chroma sample is the one a pixel further out.
+static BlockColumn MakeBlockColumn(const EllipsePlot &plot, int64_t x2, int32_t outward) {
+    const int64_t x = x2 / 2;
+    if (x2 < -1 || x >= plot.image->width)
+        return {false, 0, 0};
+    return {true, static_cast<int32_t>(x), static_cast<int32_t>((x + outward) / 2)};
+}
+
+// No block is anchored on row 0, although blocks on column 0 are: the rows start where the doubled
+// coordinate reaches 2.
+static BlockRow MakeBlockRow(const EllipsePlot &plot, int64_t y2, int32_t outward) {
+    const int64_t y = y2 / 2;
+    if (y2 < 2 || y > plot.image->height)
+        return {false, 0, 0};
+    return {true, static_cast<int32_t>(y), static_cast<int32_t>((y + outward) / 2)};
+}
+
+// Plots a point of the curve in all four quadrants.
+static void PlotEllipsePixel(const EllipsePlot &plot, int64_t ox, int64_t oy) {
+    const BlockColumn left = MakeBlockColumn(plot, plot.centreX2 - plot.shiftX - ox, -1);
+    const BlockColumn right = MakeBlockColumn(plot, plot.centreX2 + plot.shiftX + ox, +1);
+    const BlockRow upper = MakeBlockRow(plot, plot.centreY2 - plot.shiftY - oy, -1);
+    const BlockRow lower = MakeBlockRow(plot, plot.centreY2 + plot.shiftY + oy, +1);
+    PlotBlock(plot, left, upper);
+    PlotBlock(plot, right, upper);
+    PlotBlock(plot, left, lower);
+    PlotBlock(plot, right, lower);
+}
+
+// From the ends of the horizontal axis, row by row, up to where the curve is as flat as steep: the
+// gradient along y, which grows with every row, has passed the one along x. A thin ellipse, whose
+// gradients stay 0, ends with its height.
+static void TraceSteepArcs(const EllipsePlot &plot, int64_t width, int64_t height) {
+    const int64_t gradientStepY = width * width / 2;
+    const int64_t gradientStepX = height * height / 2;
+    int64_t gradientY = 0;
+    int64_t gradientX = gradientStepX * width;
+    int64_t error = height * height * (1 - width) / 2;
+    int64_t sum = 0;
+    int64_t ox = width;
+    int64_t oy = 0;
+    do {
+        gradientY += gradientStepY;
+        sum += gradientY;
+        PlotEllipsePixel(plot, ox, oy);
+        ++oy;
+        if (error + 2 * sum > 0) {
+            sum += error;
+            --ox;
+            gradientX -= gradientStepX;
+            error += gradientStepX;
+        }
+    } while (gradientY <= gradientX && oy <= height);
+}
+
+// From the ends of the vertical axis, column by column.
+static void TraceFlatArcs(const EllipsePlot &plot, int64_t width, int64_t height) {
+    const int64_t gradientStepY = width * width / 2;
+    const int64_t gradientStepX = height * height / 2;
+    int64_t gradientX = 0;
+    int64_t gradientY = gradientStepY * height;
+    int64_t error = (1 - height) * width * width / 2;
+    int64_t sum = 0;
+    int64_t ox = 0;
+    int64_t oy = height;
+    do {
+        gradientX += gradientStepX;
+        PlotEllipsePixel(plot, ox, oy);
+        sum += gradientX;
+        if (error + 2 * sum > 0) {
+            gradientY -= gradientStepY;
+            sum += error;
+            --oy;
+            error += gradientStepY;
+        }
+        ++ox;
+    } while (gradientX <= gradientY && ox <= width);
+}
+
+static int64_t Distance(int32_t a, int32_t b) {
+    return a < b ? int64_t{b} - a : int64_t{a} - b;
+}
+
+void OrnMinRenderDrawEllipseYUV420SP(OrnMinRenderContext *, const OrnMinRenderImage *image,
+                                     const OrnMinRenderRect *rect, OrnMinRenderColour colour) {
+    if (!image || !rect)
+        return;
+    const int64_t width = Distance(rect->left, rect->right);
+    const int64_t height = Distance(rect->top, rect->bottom);
+    if (width > kMaxEllipseSize || height > kMaxEllipseSize)
+        return;
+    const EllipsePlot plot = {
+        image, colour, int64_t{rect->left} + rect->right, int64_t{rect->top} + rect->bottom, 0, 0};
+    TraceSteepArcs(plot, width, height);
+    TraceFlatArcs(plot, width, height);
+}
+
+// ---- Span lists of filled ellipses and rounded rectangles ----
+
+// Both planes' lists are built in one pass over the rows, side by side in the scratch memory, and
+// painted whenever one may be full: a row pair adds two luma spans and one chroma span.
+constexpr int32_t kLumaSpans = kScratchSpans / 3 * 2;
+constexpr int32_t kChromaSpans = kScratchSpans - kLumaSpans;
+
+struct RowPairLists {
+    const OrnMinRenderImage *image;
+    OrnMinRenderColour colour;
+    int64_t centreX;
+    int64_t centreY;
+    OrnMinRenderScanline *luma;
+    OrnMinRenderScanline *chroma;
+    int32_t lumaCount; // spans
+    int32_t chromaCount;
+};
+
+static RowPairLists StartLists(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+                               const OrnMinRenderRect *rect, OrnMinRenderColour colour) {
+    OrnMinRenderScanline *spans = ScratchSpans(context);
+    return {image,
+            colour,
+            (int64_t{rect->left} + rect->right) / 2,
+            (int64_t{rect->top} + rect->bottom) / 2,
+            spans,
+            spans + kLumaSpans,
+            0,
+            0};
+}
+
+static void PaintLists(RowPairLists *lists) {
+    const OrnMinRenderImage *image = lists->image;
+    if (image->yPlane)
+        OrnMinRenderDrawScanlinesY8(image, lists->luma, 2 * lists->lumaCount, lists->colour.y);
+    if (image->uvPlane)
+        OrnMinRenderDrawScanlinesUV(image, lists->chroma, 2 * lists->chromaCount, lists->colour);
+    lists->lumaCount = 0;
+    lists->chromaCount = 0;
+}
+
+// Adds the rows distance above and below the centre, each halfWidth to either side. Chroma is
+// rounded inward, and its row is taken from the lower half at even distances and from the upper
+// half at odd ones, so that each chroma row comes once (the centre's, when odd, twice).
+static void FillEllipseAddLine(RowPairLists *lists, int64_t halfWidth, int64_t distance) {
+    if (lists->lumaCount + 2 > kLumaSpans || lists->chromaCount + 1 > kChromaSpans)
+        PaintLists(lists);
+    const OrnMinRenderImage *image = lists->image;
+    const int32_t first = ClampToSize(lists->centreX - halfWidth, image->width);
+    const int32_t end = ClampToSize(lists->centreX + halfWidth, image->width);
+    const int32_t chromaFirst = ChromaSize(first);
+    const auto chromaEnd = static_cast<int32_t>(Max(chromaFirst, end / 2));
+    const int64_t rows[2] = {lists->centreY - distance, lists->centreY + distance};
+    for (int32_t i = 0; i < 2; ++i) {
+        if (rows[i] < 0 || rows[i] >= image->height)
+            continue;
+        const auto row = static_cast<int32_t>(rows[i]);
+        lists->luma[lists->lumaCount++] = MakeSpan(first, end, row);
+        const bool lower = i == 1;
+        if ((distance % 2 == 0) == lower)
+            lists->chroma[lists->chromaCount++] = MakeSpan(chromaFirst, chromaEnd, row / 2);
+    }
+}
+
+// ---- Filled ellipses ----
+
+// From the centre row outward, a row at a time; returns how many row pairs were listed. The terms
+// are those of the midpoint algorithm for radii of half the width and height, so that squares are
+// quartered.
+static int64_t ListSteepRows(RowPairLists *lists, int64_t width, int64_t height) {
+    const int64_t gradientStepY = width * width / 2;
+    const int64_t gradientStepX = height * height / 2;
+    int64_t gradientY = 0;
+    int64_t gradientX = width * gradientStepX / 2;
+    int64_t error = (1 - width) * height * height / 4;
+    int64_t sum = 0;
+    int64_t halfWidth = width / 2;
+    int64_t rows = 0;
+    if (gradientX == 0)
+        return 0;
+    do {
+        FillEllipseAddLine(lists, halfWidth, rows);
+        ++rows;
+        sum += gradientY + width * width / 4;
+        gradientY += gradientStepY;
+        if (error + 2 * sum > 0) {
+            gradientX -= gradientStepX;
+            sum += error;
+            --halfWidth;
+            error += gradientStepX;
+        }
+    } while (gradientY < gradientX);
+    return rows;
+}
+
+// From the top and bottom rows inward, a column at a time, down to the rows already listed. A row
+// is listed when the curve first reaches it; the outermost one never is.
+static void ListFlatRows(RowPairLists *lists, int64_t width, int64_t height, int64_t listedRows) {
+    const int64_t errorStep = width * width / 2;
+    const int64_t gradientStep = height * height / 2;
+    int64_t gradient = height * height / 4;
+    int64_t error = (1 - height) * width * width / 4;
+    int64_t sum = 0;
+    int64_t halfWidth = 0;
+    int64_t distance = height / 2;
+    while (distance > listedRows) {
+        sum += gradient;
+        gradient += gradientStep;
+        ++halfWidth;
+        if (error + 2 * sum > 0) {
+            sum += error;
+            --distance;
+            error += errorStep;
+            FillEllipseAddLine(lists, halfWidth, distance);
+        }
+    }
+}
+
+void OrnMinRenderFillEllipseYUV420SP(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+                                     const OrnMinRenderRect *rect, OrnMinRenderColour colour) {
+    if (!context || !image || !rect)
+        return;
+    const int64_t width = Distance(rect->left, rect->right);
+    const int64_t height = Distance(rect->top, rect->bottom);
+    // At width 1 the steps along y are 0 and would not end.
+    if (width == 1 || width > kMaxEllipseSize || height > kMaxEllipseSize)
+        return;
+    RowPairLists lists = StartLists(context, image, rect, colour);
+    const int64_t listedRows = ListSteepRows(&lists, width, height);
+    ListFlatRows(&lists, width, height, listedRows);
+    PaintLists(&lists);
+}
+
+// ---- Rounded rectangles ----
+
+// Radii cut down to half the sides.
+struct CornerRadii {
+    int64_t x;
+    int64_t y;
+};
+
+static CornerRadii ClampRadii(const OrnMinRenderRect *rect, const OrnMinRenderPoint *radii) {
+    return {Min(Distance(rect->left, rect->right) / 2, radii->x),
+            Min(Distance(rect->top, rect->bottom) / 2, radii->y)};
+}
+
+static bool AreSquare(CornerRadii radii) {
+    return radii.x <= 0 || radii.y <= 0;
+}
+
+static bool AreTooLarge(CornerRadii radii) {
+    return 2 * radii.x > kMaxEllipseSize || 2 * radii.y > kMaxEllipseSize;
+}
+
+static OrnMinRenderRect OrderCorners(const OrnMinRenderRect *rect) {
+    return {static_cast<int32_t>(Min(rect->left, rect->right)),
+            static_cast<int32_t>(Min(rect->top, rect->bottom)),
+            static_cast<int32_t>(Max(rect->left, rect->right)),
+            static_cast<int32_t>(Max(rect->top, rect->bottom))};
+}
+
+// The corners are the quarters of one ellipse, moved apart to the corners of the rectangle.
+static void DrawCorners(const OrnMinRenderImage *image, const OrnMinRenderRect &box,
+                        CornerRadii radii, OrnMinRenderColour colour) {
+    const int64_t width = 2 * radii.x;
+    const int64_t height = 2 * radii.y;
+    const EllipsePlot plot = {image,
+                              colour,
+                              int64_t{box.left} + box.right,
+                              int64_t{box.top} + box.bottom,
+                              Distance(box.left, box.right) - width,
+                              Distance(box.top, box.bottom) - height};
+    TraceSteepArcs(plot, width, height);
+    TraceFlatArcs(plot, width, height);
+}
+
+static void DrawSides(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+                      const OrnMinRenderRect &box, CornerRadii radii, OrnMinRenderColour colour) {
+    const auto x0 = static_cast<int32_t>(box.left + radii.x);
+    const auto x1 = static_cast<int32_t>(box.right - radii.x);
+    const auto y0 = static_cast<int32_t>(box.top + radii.y);
+    const auto y1 = static_cast<int32_t>(box.bottom - radii.y);
+    const int32_t solid = OrnMinRenderLineSolid;
+    OrnMinRenderDrawHLineYUV420SP(context, image, x0, x1, box.top, colour, solid);
+    OrnMinRenderDrawHLineYUV420SP(context, image, x0, x1, box.bottom, colour, solid);
+    OrnMinRenderDrawVLineYUV420SP(context, image, box.left, y0, y1, colour, solid);
+    OrnMinRenderDrawVLineYUV420SP(context, image, box.right, y0, y1, colour, solid);
+}
+
+void OrnMinRenderDrawRoundRectYUV420SP(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+                                       const OrnMinRenderRect *rect, const OrnMinRenderPoint *radii,
+                                       OrnMinRenderColour colour) {
+    if (!context || !image || !rect || !radii)
+        return;
+    const OrnMinRenderRect box = OrderCorners(rect);
+    const CornerRadii corners = ClampRadii(rect, radii);
+    if (AreSquare(corners)) {
+        // A frame ends a pixel before the ring of a rounded rectangle does.
+        const OrnMinRenderRect ring = {box.left, box.top, Saturate(int64_t{box.right} + 1),
+                                       Saturate(int64_t{box.bottom} + 1)};
+        OrnMinRenderDrawFrameYUV420SP(context, image, &ring, colour, OrnMinRenderLineSolid);
+        return;
+    }
+    if (AreTooLarge(corners))
+        return;
+    DrawCorners(image, box, corners, colour);
+    DrawSides(context, image, box, corners, colour);
+}
+
+// The corner rows from the corner centres outward. sideHalf is half the side of the rectangle.
+static void ListSteepCornerRows(RowPairLists *lists, CornerRadii sideHalf, CornerRadii radii) {
+    const int64_t squareX = radii.x * radii.x;
+    const int64_t squareY = radii.y * radii.y;
+    int64_t gradientY = 0;
+    int64_t gradientX = 2 * squareY * radii.x;
+    int64_t error = (1 - 2 * radii.x) * squareY;
+    int64_t sum = 0;
+    int64_t halfWidth = sideHalf.x;
+    int64_t distance = sideHalf.y - radii.y;
+    do {
+        FillEllipseAddLine(lists, halfWidth, distance);
+        ++distance;
+        sum += squareX + gradientY;
+        gradientY += 2 * squareX;
+        if (error + 2 * sum > 0) {
+            gradientX -= 2 * squareY;
+            sum += error;
+            --halfWidth;
+            error += 2 * squareY;
+        }
+    } while (gradientY <= gradientX);
+}
+
+// The corner rows from the top and bottom inward, until the curve is as steep as flat: some may
+// already be listed, and are painted twice.
+static void ListFlatCornerRows(RowPairLists *lists, CornerRadii sideHalf, CornerRadii radii) {
+    const int64_t squareX = radii.x * radii.x;
+    const int64_t squareY = radii.y * radii.y;
+    int64_t gradientX = 0;
+    int64_t gradientY = 2 * squareX * radii.y;
+    int64_t error = (1 - 2 * radii.y) * squareX;
+    int64_t sum = 0;
+    int64_t halfWidth = sideHalf.x - radii.x;
+    int64_t distance = sideHalf.y;
+    do {
+        sum += squareY + gradientX;
+        gradientX += 2 * squareY;
+        ++halfWidth;
+        if (error + 2 * sum > 0) {
+            sum += error;
+            --distance;
+            gradientY -= 2 * squareX;
+            error += 2 * squareX;
+            FillEllipseAddLine(lists, halfWidth, distance);
+        }
+    } while (gradientX <= gradientY);
+}
+
+void OrnMinRenderFillRoundRectYUV420SP(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+                                       const OrnMinRenderRect *rect, const OrnMinRenderPoint *radii,
+                                       OrnMinRenderColour colour) {
+    if (!context || !image || !rect || !radii)
+        return;
+    const CornerRadii corners = ClampRadii(rect, radii);
+    if (AreSquare(corners)) {
+        OrnMinRenderFillRectYUV420SP(context, image, rect, colour);
+        return;
+    }
+    if (AreTooLarge(corners))
+        return;
+    RowPairLists lists = StartLists(context, image, rect, colour);
+    const CornerRadii sideHalf = {Distance(rect->left, rect->right) / 2,
+                                  Distance(rect->top, rect->bottom) / 2};
+    ListSteepCornerRows(&lists, sideHalf, corners);
+    ListFlatCornerRows(&lists, sideHalf, corners);
+    PaintLists(&lists);
+
+    const OrnMinRenderRect box = OrderCorners(rect);
+    const OrnMinRenderRect band = {box.left, static_cast<int32_t>(box.top + corners.y), box.right,
+                                   static_cast<int32_t>(box.bottom - corners.y)};
+    OrnMinRenderFillRectYUV420SP(context, image, &band, colour);
 }
