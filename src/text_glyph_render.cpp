@@ -238,7 +238,7 @@ void OrnMinRenderTextBitmap(const OrnMinRenderGlyphBox *box, const uint32_t *bit
     const auto endColumn =
         static_cast<int32_t>(Max(firstColumn, Min(box->width, image->width - x0)));
     const auto firstRow = static_cast<int32_t>(Max(0, Min(-y0, box->height)));
-    const auto endRow = static_cast<int32_t>(Min(box->height, image->height - y0));
+    const auto endRow = static_cast<int32_t>(Max(firstRow, Min(box->height, image->height - y0)));
     if (firstColumn == endColumn)
         return;
 

@@ -1,0 +1,517 @@
+// Ellipses and rounded rectangles by literal pictures and by properties that hold for all of them;
+// blits and bitmaps against naive per-pixel references.
+#include "frame.h"
+
+#include <chrono>
+#include <climits>
+
+namespace {
+
+using Int = int64_t;
+
+void Ellipse(const OrnMinRenderImage *image, OrnMinRenderRect rect) {
+    OrnMinRenderDrawEllipseYUV420SP(nullptr, image, &rect, kInk);
+}
+
+void Disc(const OrnMinRenderImage *image, OrnMinRenderRect rect) {
+    OrnMinRenderFillEllipseYUV420SP(Context(), image, &rect, kInk);
+}
+
+void RoundBox(const OrnMinRenderImage *image, OrnMinRenderRect rect, OrnMinRenderPoint radii) {
+    OrnMinRenderDrawRoundRectYUV420SP(Context(), image, &rect, &radii, kInk);
+}
+
+void RoundFill(const OrnMinRenderImage *image, OrnMinRenderRect rect, OrnMinRenderPoint radii) {
+    OrnMinRenderFillRoundRectYUV420SP(Context(), image, &rect, &radii, kInk);
+}
+
+// ---- Literal pictures ----
+
+TEST(EllipsePictures, Circle) {
+    Frame frame(13, 13);
+    Ellipse(&frame.image, {2, 2, 10, 10});
+    EXPECT_EQ(frame.Luma(), ".............\n"
+                            ".............\n"
+                            "....######...\n"
+                            "...########..\n"
+                            "..###...###..\n"
+                            "..##.....###.\n"
+                            "..##......##.\n"
+                            "..##.....###.\n"
+                            "..###....###.\n"
+                            "..####.####..\n"
+                            "...#######...\n"
+                            ".....####....\n"
+                            ".............\n");
+    EXPECT_EQ(frame.Chroma(), ".####..\n"
+                              "##..##.\n"
+                              "#....#.\n"
+                              "#....#.\n"
+                              "##...#.\n"
+                              ".####..\n"
+                              ".......\n");
+}
+
+TEST(EllipsePictures, NoBlockIsAnchoredOnRowZero) {
+    Frame frame(9, 9);
+    Ellipse(&frame.image, {0, 0, 8, 8});
+    EXPECT_EQ(frame.Luma(), ".........\n"
+                            ".##...###\n"
+                            "###...###\n"
+                            "##.....##\n"
+                            "##......#\n"
+                            "##.....##\n"
+                            "###....##\n"
+                            "####.####\n"
+                            ".#######.\n");
+    EXPECT_EQ(frame.Chroma(), "#..##\n"
+                              "#...#\n"
+                              "#...#\n"
+                              "#...#\n"
+                              "####.\n");
+}
+
+TEST(EllipsePictures, SmallestProperOne) {
+    Frame frame(7, 7);
+    Ellipse(&frame.image, {2, 2, 4, 4});
+    EXPECT_EQ(frame.Luma(), ".......\n"
+                            ".......\n"
+                            "..###..\n"
+                            "..####.\n"
+                            "..####.\n"
+                            "...##..\n"
+                            ".......\n");
+    EXPECT_EQ(frame.Chroma(), "###.\n"
+                              "#.#.\n"
+                              "###.\n"
+                              "....\n");
+}
+
+TEST(EllipsePictures, RoundedOutline) {
+    Frame frame(25, 19);
+    RoundBox(&frame.image, {2, 2, 22, 16}, {5, 4});
+    EXPECT_EQ(frame.Luma(), ".........................\n"
+                            ".........................\n"
+                            "....#################....\n"
+                            "...###################...\n"
+                            "..####..............###..\n"
+                            "..###................###.\n"
+                            "..##.................###.\n"
+                            "..##..................##.\n"
+                            "..##..................##.\n"
+                            "..##..................##.\n"
+                            "..##..................##.\n"
+                            "..##..................##.\n"
+                            "..##..................##.\n"
+                            "..##.................###.\n"
+                            "..###...............###..\n"
+                            "...####...........#####..\n"
+                            "....##################...\n"
+                            "......##############.....\n"
+                            ".........................\n");
+    EXPECT_EQ(frame.Chroma(), ".###.....##..\n"
+                              "##.#####..##.\n"
+                              "#..........#.\n"
+                              ".#.........#.\n"
+                              ".#.........#.\n"
+                              ".#.........#.\n"
+                              "#..........#.\n"
+                              "##........##.\n"
+                              ".#######.##..\n"
+                              ".............\n");
+}
+
+TEST(EllipsePictures, GapsOfAnEccentricRingStayOpen) {
+    Frame frame(120, 130);
+    Ellipse(&frame.image, {50, 50, 58, 114});
+    for (int x = 0; x < 120; ++x)
+        EXPECT_EQ(frame.Y(x, 113), kPaper) << x;
+    EXPECT_EQ(frame.Y(54, 114), kInk.y);
+}
+
+// Row extents {row, first, last}.
+TEST(EllipsePictures, Discs) {
+    struct Row {
+        int y, first, last;
+    };
+    const auto check = [](Frame &frame, const std::vector<Row> &luma,
+                          const std::vector<Row> &chroma) {
+        Frame expected(frame.image.width, frame.image.height);
+        for (const Row &row : luma)
+            for (int x = row.first; x <= row.last; ++x)
+                expected.Y(x, row.y) = kInk.y;
+        for (const Row &row : chroma)
+            for (int cx = row.first; cx <= row.last; ++cx)
+                expected.SetUV(cx, row.y);
+        EXPECT_EQ(frame.Luma(), expected.Luma());
+        EXPECT_EQ(frame.Chroma(), expected.Chroma());
+    };
+    Frame circle(24, 24);
+    Disc(&circle.image, {10, 10, 18, 18});
+    check(circle,
+          {{11, 12, 15},
+           {12, 11, 16},
+           {13, 10, 17},
+           {14, 10, 17},
+           {15, 10, 17},
+           {16, 11, 16},
+           {17, 12, 15}},
+          {{5, 6, 7}, {6, 5, 8}, {7, 5, 8}, {8, 6, 7}});
+    Frame wide(34, 24);
+    Disc(&wide.image, {10, 10, 30, 20});
+    check(wide,
+          {{11, 15, 24},
+           {12, 12, 27},
+           {13, 11, 28},
+           {14, 10, 29},
+           {15, 10, 29},
+           {16, 10, 29},
+           {17, 11, 28},
+           {18, 12, 27},
+           {19, 15, 24}},
+          {{6, 6, 13}, {7, 5, 14}, {8, 6, 13}, {9, 8, 11}});
+    Frame narrow(310, 312);
+    Disc(&narrow.image, {300, 300, 303, 308});
+    check(narrow,
+          {{302, 300, 301}, {303, 300, 301}, {304, 300, 301}, {305, 300, 301}, {306, 300, 301}},
+          {{151, 150, 150}, {152, 150, 150}, {153, 150, 150}});
+    Frame rounded(34, 28);
+    RoundFill(&rounded.image, {10, 24, 30, 10}, {5, 4});
+    std::vector<Row> rows = {{11, 12, 27}, {12, 11, 28}, {22, 11, 28}, {23, 12, 27}};
+    for (int y = 13; y <= 21; ++y)
+        rows.push_back({y, 10, 29});
+    check(rounded, rows,
+          {{6, 6, 13}, {7, 5, 14}, {8, 5, 14}, {9, 5, 14}, {10, 5, 14}, {11, 6, 13}});
+}
+
+TEST(EllipsePictures, SquareCorners) {
+    for (const OrnMinRenderPoint radii : {OrnMinRenderPoint{0, 0}, {0, 5}, {5, -1}}) {
+        const auto ring = [](Int x, Int y) {
+            const bool inside = x >= 5 && x <= 14 && y >= 4 && y <= 11;
+            return inside && !(x >= 7 && x <= 12 && y >= 6 && y <= 9);
+        };
+        Frame outline(20, 16);
+        RoundBox(&outline.image, {13, 10, 5, 4}, radii);
+        for (int y = 0; y < 16; ++y)
+            for (int x = 0; x < 20; ++x)
+                EXPECT_EQ(outline.Y(x, y) == kInk.y, ring(x, y)) << x << ' ' << y;
+        Frame fill(20, 16), plain(20, 16);
+        const OrnMinRenderRect rect = {13, 10, 5, 3};
+        RoundFill(&fill.image, rect, radii);
+        OrnMinRenderFillRectYUV420SP(Context(), &plain.image, &rect, kInk);
+        EXPECT_TRUE(fill == plain);
+    }
+}
+
+// ---- Properties ----
+
+struct Shape {
+    OrnMinRenderRect rect;
+    OrnMinRenderPoint radii;
+    std::string Text() const {
+        return testing::PrintToString(
+            std::vector<int>{rect.left, rect.top, rect.right, rect.bottom, radii.x, radii.y});
+    }
+};
+
+Shape RandomShape(std::mt19937 &random) {
+    const auto pick = [&](int limit) { return static_cast<int>(random() % unsigned(limit)); };
+    const OrnMinRenderRect rect = {pick(120) - 20, pick(120) - 20, pick(120) - 20, pick(120) - 20};
+    return {rect, {pick(40), pick(40)}};
+}
+
+using ShapeCall = void (*)(const OrnMinRenderImage *, const Shape &);
+const ShapeCall kShapes[] = {
+    [](const OrnMinRenderImage *image, const Shape &s) { Ellipse(image, s.rect); },
+    [](const OrnMinRenderImage *image, const Shape &s) { Disc(image, s.rect); },
+    [](const OrnMinRenderImage *image, const Shape &s) { RoundBox(image, s.rect, s.radii); },
+    [](const OrnMinRenderImage *image, const Shape &s) { RoundFill(image, s.rect, s.radii); },
+};
+
+TEST(ShapeProperties, SwappedCornersMissingPlanesAndCutOuts) {
+    std::mt19937 random(3);
+    for (int i = 0; i < 3000; ++i) {
+        const Shape shape = RandomShape(random);
+        Shape swapped = shape;
+        if (i & 1)
+            std::swap(swapped.rect.left, swapped.rect.right);
+        if (i & 2)
+            std::swap(swapped.rect.top, swapped.rect.bottom);
+        const int w = 40 + i % 41, h = 30 + i % 37;
+        for (const ShapeCall draw : kShapes) {
+            SCOPED_TRACE("case " + std::to_string(i) + shape.Text());
+            Frame whole(w, h), other(w, h), onlyLuma(w, h, 1), onlyChroma(w, h, 2), large(130, 130);
+            draw(&whole.image, shape);
+            draw(&other.image, swapped);
+            draw(&onlyLuma.image, shape);
+            draw(&onlyChroma.image, shape);
+            draw(&large.image, shape);
+            ASSERT_TRUE(whole == other);
+            ASSERT_EQ(whole.luma, onlyLuma.luma);
+            ASSERT_EQ(whole.chroma, onlyChroma.chroma);
+            ASSERT_EQ(std::count(onlyLuma.chroma.begin(), onlyLuma.chroma.end(), kPaper),
+                      Int(onlyLuma.chroma.size()));
+            // Vertical sides are drawn with both columns or not at all, so the last one may differ.
+            for (int y = 0; y < h; ++y)
+                for (int x = 0; x < w - 1; ++x)
+                    ASSERT_EQ(whole.Y(x, y), large.Y(x, y)) << x << ' ' << y;
+            for (int cy = 0; cy < (h - 2) / 2; ++cy)
+                for (int cx = 0; cx < (w - 2) / 2; ++cx)
+                    ASSERT_EQ(whole.UV(cx, cy)[0], large.UV(cx, cy)[0]) << cx << ' ' << cy;
+        }
+    }
+}
+
+TEST(ShapeProperties, FillsLieInsideTheirOutlinesAndMirror) {
+    for (int width = 2; width < 60; width += 1 + width / 9)
+        for (int height = 2; height < 60; ++height)
+            for (int radius : {1000, 1, 3, 8}) {
+                SCOPED_TRACE(testing::PrintToString(std::vector<int>{width, height, radius}));
+                const OrnMinRenderRect rect = {4, 4, 4 + width, 4 + height};
+                Frame outline(70, 70), fill(70, 70);
+                RoundBox(&outline.image, rect, {radius, radius});
+                RoundFill(&fill.image, rect, {radius, radius});
+                if (radius == 1000 && width % 2 == 0 && height % 2 == 0) {
+                    Frame ellipse(70, 70);
+                    Ellipse(&ellipse.image, rect);
+                    ASSERT_TRUE(outline == ellipse);
+                }
+                for (int y = 0; y < 70; ++y) {
+                    int first = 70, last = -1;
+                    for (int x = 0; x < 70; ++x)
+                        if (outline.Y(x, y) == kInk.y) {
+                            first = std::min(first, x);
+                            last = x;
+                        }
+                    for (int x = 0; x < 70; ++x) {
+                        // The stepping of the fill leaves very narrow boxes by a column.
+                        const bool inside = 4 * width < height || (x >= first && x <= last);
+                        ASSERT_TRUE(inside || fill.Y(x, y) != kInk.y) << x << ' ' << y;
+                        const bool mirrors = width % 2 == 0 && x < width;
+                        ASSERT_TRUE(!mirrors || fill.Y(4 + x, y) == fill.Y(3 + width - x, y))
+                            << x << ' ' << y;
+                    }
+                }
+                for (int y = 0; y <= height && height % 2 == 0 && width % 2 == 0; ++y)
+                    for (int x = 0; x < width; ++x)
+                        ASSERT_EQ(fill.Y(4 + x, 4 + y), fill.Y(4 + x, 4 + height - y));
+            }
+}
+
+// What the stepping leaves when one side is 0 or 1 must end and stay in its box.
+TEST(ShapeProperties, ThinAndExtremeShapesEnd) {
+    const auto begin = std::chrono::steady_clock::now();
+    for (int width : {0, 1, 2, 40, 65536, 65537, INT_MAX - 10})
+        for (int height : {0, 1, 2, 40, 65536, 65537, INT_MAX - 10})
+            for (int radius : {INT_MIN, 0, 1, 2, 32768, 32769, INT_MAX}) {
+                const OrnMinRenderRect rect = {10, 6, 10 + width, 6 + height};
+                const bool large = width > 65536 || height > 65536;
+                Frame ring(60, 60), disc(60, 60), box(60, 60);
+                Ellipse(&ring.image, rect);
+                Disc(&disc.image, rect);
+                RoundBox(&box.image, rect, {radius, radius});
+                RoundFill(&box.image, rect, {radius, radius});
+                const bool proper = 4 * Int{width} >= height; // narrower discs leave their box
+                for (Frame *frame : {&ring, proper ? &disc : &ring})
+                    for (int y = 0; y < 60; ++y)
+                        for (int x = 0; x < 60; ++x)
+                            if (frame->Y(x, y) == kInk.y) {
+                                ASSERT_FALSE(large);
+                                ASSERT_TRUE(x >= 10 && x <= Int{11} + width && y >= 6 &&
+                                            y <= Int{7} + height)
+                                    << x << ' ' << y << " of " << width << " x " << height;
+                            }
+                if (width == 1 || height < 2) {
+                    ASSERT_EQ(disc.Luma().find('#'), std::string::npos);
+                }
+            }
+    Frame frame(16, 16);
+    for (int a : {INT_MIN, -1, INT_MAX})
+        for (int b : {INT_MIN, 3, INT_MAX})
+            for (int r : {INT_MIN, 1, 30000, INT_MAX}) {
+                const Shape shape = {{a, b, b, a}, {r, r}};
+                for (const ShapeCall draw : kShapes)
+                    draw(&frame.image, shape);
+            }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+}
+
+TEST(ShapeProperties, TallShapesAreComplete) {
+    Frame disc(64, 5000), rounded(64, 5000);
+    Disc(&disc.image, {2, 0, 62, 5000});
+    RoundFill(&rounded.image, {2, 0, 62, 5000}, {30, 2500});
+    for (int y = 1; y < 4999; ++y) {
+        ASSERT_EQ(disc.Y(32, y), kInk.y) << y;
+        ASSERT_EQ(rounded.Y(32, y), kInk.y) << y;
+        const bool wide = y > 50 && y < 4950; // chroma, rounded inward, begins a little later
+        ASSERT_TRUE(!wide || disc.UV(16, y / 2)[0] == kInk.u) << y;
+        ASSERT_TRUE(!wide || rounded.UV(16, y / 2)[0] == kInk.u) << y;
+    }
+}
+
+TEST(ShapeProperties, FullSizeEllipseIsClosed) {
+    Frame frame(1924, 1084);
+    Ellipse(&frame.image, {0, 2, 1920, 1080});
+    for (int y = 2; y <= 1081; ++y) {
+        const auto *row = &frame.Y(0, y);
+        ASSERT_NE(memchr(row, kInk.y, 962), nullptr) << y;
+        ASSERT_NE(memchr(row + 962, kInk.y, 962), nullptr) << y;
+    }
+    for (int x = 0; x <= 1921; ++x) {
+        int ink = 0;
+        for (int y = 0; y < 1084; ++y)
+            ink += frame.Y(x, y) == kInk.y;
+        ASSERT_GE(ink, 2) << x;
+    }
+}
+
+// ---- Blit ----
+
+TEST(Blit, MatchesTheReferenceInSmallWorlds) {
+    std::mt19937 random(9);
+    Frame source(7, 6, 3, 10);
+    source.Randomise(random);
+    for (int w : {1, 4, 5})
+        for (int l = -2; l <= 5; ++l)
+            for (int t = -2; t <= 4; ++t)
+                for (int r = l - 1; r <= l + 7; ++r)
+                    for (int b = t - 1; b <= t + 6; ++b)
+                        for (int p = 0; p < 9; ++p) {
+                            const int px = p % 3 * 2 - 1 - (p == 0), py = p / 3 * 2 - 2;
+                            Frame drawn(w, 5), expected(w, 5);
+                            OrnMinRenderBltYUV420SP(&drawn.image, {l, t, r, b}, &source.image,
+                                                    {px, py});
+                            int x0 = INT_MAX, y0 = 0, width = 0, height = 0;
+                            for (int y = 0; y < 5; ++y)
+                                for (int x = 0; x < w; ++x) {
+                                    const int sx = x - l + px, sy = y - t + py;
+                                    if (x < l || x >= r || y < t || y >= b || sx < 0 || sy < 0 ||
+                                        sx >= 7 || sy >= 6)
+                                        continue;
+                                    expected.Y(x, y) = source.Y(sx, sy);
+                                    if (x0 == INT_MAX) {
+                                        x0 = x;
+                                        y0 = y;
+                                    }
+                                    width = x - x0 + 1;
+                                    height = y - y0 + 1;
+                                }
+                            for (int i = 0; i < height / 2; ++i)
+                                memcpy(expected.UV(x0 / 2, y0 / 2 + i),
+                                       source.UV((x0 - l + px) / 2, (y0 - t + py) / 2 + i),
+                                       size_t(width));
+                            ASSERT_TRUE(drawn == expected)
+                                << testing::PrintToString(std::vector<int>{w, l, t, r, b, px, py});
+                        }
+}
+
+TEST(Blit, SkipsMissingPlanesAndTakesExtremes) {
+    Frame source(6, 6, 1), drawn(6, 6), expected(6, 6);
+    memset(source.image.yPlane, 9, 6);
+    memset(expected.image.yPlane, 9, 6);
+    for (int x : {INT_MIN, INT_MAX})
+        OrnMinRenderBltYUV420SP(&drawn.image, {x, x, x, x}, &source.image, {x, x});
+    OrnMinRenderBltYUV420SP(&drawn.image, {INT_MIN, 0, INT_MAX, 1}, &source.image, {INT_MIN, 0});
+    EXPECT_TRUE(drawn == expected);
+}
+
+// ---- Bitmaps ----
+
+struct TestBitmap {
+    int width, height;
+    std::vector<uint32_t> words;
+    TestBitmap(int w, int h, std::mt19937 &random) : width(w), height(h) {
+        words.resize(size_t((w + 31) / 32 * h));
+        for (auto &word : words)
+            word = static_cast<uint32_t>(random()); // bits past the width, too
+    }
+    bool Bit(Int c, Int r) const {
+        return words[size_t(r * ((width + 31) / 32) + c / 32)] >> (31 - c % 32) & 1;
+    }
+    // Whether sample (x, y) of a plane is painted for a rectangle in that plane's coordinates.
+    bool Paints(const OrnMinRenderRect &rect, Int x, Int y) const {
+        const Int dw = Int{rect.right} - rect.left, dh = Int{rect.bottom} - rect.top;
+        if (dw <= 0 || dh <= 0 || x < rect.left || x >= rect.right || y < rect.top ||
+            y >= rect.bottom)
+            return false;
+        const Int xs = Int{width} * 65536 / dw, ys = Int{height} * 65536 / dh;
+        return Bit((x - rect.left) * xs >> 16, (y - rect.top) * ys >> 16);
+    }
+};
+
+void CheckBitmap(const TestBitmap &bitmap, const OrnMinRenderRect &rect, int w, int h,
+                 unsigned planes) {
+    const OrnMinRenderRect halved = {rect.left / 2, rect.top / 2, rect.right / 2, rect.bottom / 2};
+    const auto luma = [&](Int x, Int y) { return bitmap.Paints(rect, x, y); };
+    const auto chroma = [&](Int x, Int y) { return bitmap.Paints(halved, x, y); };
+    ASSERT_TRUE(Draws(
+        w, h, planes,
+        [&](auto *image) {
+            OrnMinRenderDrawBitmapYUV420SP(image, &rect, bitmap.width, bitmap.height,
+                                           bitmap.words.data(), kInk);
+        },
+        luma, chroma));
+    ASSERT_TRUE(Draws(
+        w, h, planes,
+        [&](auto *image) {
+            OrnMinRenderDrawBitmapY8(image, &rect, bitmap.width, bitmap.height, bitmap.words.data(),
+                                     kInk.y);
+        },
+        luma, NoInk));
+    std::mt19937 random(1);
+    Frame drawn(w, h, planes), expected(w, h, planes);
+    drawn.Randomise(random);
+    expected.luma = drawn.luma;
+    expected.chroma = drawn.chroma;
+    OrnMinRenderDrawBitmapSemiTransparentYUV420SP(&drawn.image, &rect, bitmap.width, bitmap.height,
+                                                  bitmap.words.data(), kInk);
+    const auto blend = [](uint8_t &old, int value) { old = uint8_t((old + value) / 2); };
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            if (planes & 1 && luma(x, y))
+                blend(expected.Y(x, y), kInk.y);
+    for (int cy = 0; cy < ChromaSide(h); ++cy)
+        for (int cx = 0; cx < ChromaSide(w); ++cx)
+            if (planes & 2 && chroma(cx, cy)) {
+                blend(expected.UV(cx, cy)[0], kInk.u);
+                blend(expected.UV(cx, cy)[1], kInk.v);
+            }
+    ASSERT_TRUE(drawn == expected);
+}
+
+TEST(Bitmaps, MatchTheReference) {
+    std::mt19937 random(21);
+    const auto pick = [&](int from, int to) {
+        return from + static_cast<int>(random() % unsigned(to - from + 1));
+    };
+    for (int i = 0; i < 4000; ++i) {
+        const TestBitmap bitmap(pick(1, i % 3 ? 9 : 70), pick(1, 9), random);
+        const int w = pick(1, 24), h = pick(1, 20);
+        const int left = pick(-30, w + 1), top = pick(-9, h);
+        const int width = pick(-1, i % 7 ? 40 : 100 * bitmap.width), height = pick(-1, 30);
+        SCOPED_TRACE("case " + std::to_string(i));
+        CheckBitmap(bitmap, {left, top, left + width, top + height}, w, h, unsigned(i) % 4);
+        if (HasFatalFailure())
+            return;
+    }
+    const TestBitmap large(32767, 2, random);
+    CheckBitmap(large, {-5, 1, 40000, 5}, 30, 9, 3);
+    CheckBitmap(large, {INT_MIN, INT_MIN, INT_MAX, INT_MAX}, 30, 9, 3);
+}
+
+TEST(Bitmaps, RefuseSidesOutsideTheFixedPointRange) {
+    std::mt19937 random(2);
+    const TestBitmap bitmap(32768, 1, random);
+    const OrnMinRenderRect rect = {0, 0, 8, 8};
+    for (const auto &side : {OrnMinRenderPoint{0, 1}, {1, 0}, {-3, 1}, {32768, 1}, {1, INT_MIN}})
+        EXPECT_TRUE(Draws(
+            8, 8, 3,
+            [&](auto *image) {
+                OrnMinRenderDrawBitmapYUV420SP(image, &rect, side.x, side.y, bitmap.words.data(),
+                                               kInk);
+            },
+            NoInk, NoInk));
+    EXPECT_EQ(WordWidth, 32);
+}
+
+} // namespace
