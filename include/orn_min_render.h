@@ -468,11 +468,12 @@ ORN_MIN_RENDER_API void OrnMinRenderGetTextRect(OrnMinRenderContext *context,
                                                 OrnMinRenderRect *rect);
 
 /*
- * Breaks a text into lines of at most width pixels: returns a copy in which "\n- " stands before
+ * Breaks a text into lines that fit a width in pixels: returns a copy in which "\n- " stands before
  * every word that would carry its line past the width. Words are parted by spaces, tabs and line
- * feeds and never split; a word's width is that of its ink, and the width of the marker itself is
- * not counted. Blanks that follow a break are dropped. Null for a null font, a null or empty text
- * or when memory is short. The caller releases the result with free. The context is not used.
+ * feeds and never split. A word counts with the extent of its ink, from its first pen position to
+ * its rightmost pixel; the advance beyond that and the marker's own width are not counted. Blanks
+ * that follow a break are dropped. Null for a null font, a null or empty text or when memory is
+ * short. The caller releases the result with free. The context is not used.
  */
 ORN_MIN_RENDER_API char *OrnMinRenderFixTextWidth(OrnMinRenderContext *context,
                                                   const OrnMinRenderFont *font, const char *text,

@@ -493,8 +493,8 @@ static LeadByte ClassifyLeadByte(uint8_t lead) {
     return {0, 0}; // no lead byte: ends the text, as a 0 does
 }
 
-// Decodes the code point at *text and moves past it; 0 at the end of the text, which is also where
-// a sequence is malformed or cut short by the terminator.
+// Decodes the code point at *text and moves past it; 0, without moving, at the end of the text,
+// which is also where a sequence is malformed or cut short by the terminator.
 static uint32_t NextCodePoint(const char **text) {
     const auto *bytes = reinterpret_cast<const uint8_t *>(*text);
     const LeadByte lead = ClassifyLeadByte(bytes[0]);
@@ -504,8 +504,10 @@ static uint32_t NextCodePoint(const char **text) {
             return 0;
         codePoint = codePoint << 6 | (bytes[i] & 0x3F);
     }
-    *text += 1 + lead.continuations;
-    return codePoint & lead.mask;
+    codePoint &= lead.mask;
+    if (codePoint)
+        *text += 1 + lead.continuations;
+    return codePoint;
 }
 
 constexpr uint32_t kLineFeed = 10;

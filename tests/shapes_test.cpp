@@ -285,7 +285,7 @@ TEST(ShapeProperties, FillsLieInsideTheirOutlinesAndMirror) {
                         }
                     for (int x = 0; x < 70; ++x) {
                         // The stepping of the fill leaves very narrow boxes by a column.
-                        const bool inside = 4 * width < height || (x >= first && x <= last);
+                        const bool inside = 2 * width < height || (x >= first && x <= last);
                         ASSERT_TRUE(inside || fill.Y(x, y) != kInk.y) << x << ' ' << y;
                         const bool mirrors = width % 2 == 0 && x < width;
                         ASSERT_TRUE(!mirrors || fill.Y(4 + x, y) == fill.Y(3 + width - x, y))

@@ -1,0 +1,464 @@
+// Text against a naive reference: glyph cells turned one by one, bands by definition, stamps pixel
+// by pixel; and the decoding, measuring and fitting of strings by tables.
+#include "font_files.h"
+#include "frame.h"
+
+#include <algorithm>
+#include <climits>
+
+namespace {
+
+// ---- Reference ----
+
+struct Cell {
+    int x, y;
+};
+
+// A pixel cell at (x, y) from the pen, turned about the pen point.
+Cell Turn(Cell c, int direction) {
+    switch (direction) {
+    case OrnMinRenderTextDirection::Down:
+        return {-c.y - 1, c.x};
+    case OrnMinRenderTextDirection::Up:
+        return {c.y, -c.x - 1};
+    case OrnMinRenderTextDirection::Inverted:
+        return {-c.x - 1, -c.y - 1};
+    default:
+        return c;
+    }
+}
+
+std::vector<Cell> InkCells(const cbf::Glyph &g, int direction) {
+    std::vector<Cell> cells;
+    for (int y = 0; y < g.height; ++y)
+        for (int x = 0; x < g.width; ++x)
+            if (g.pixels[size_t(y * g.width + x)])
+                cells.push_back(Turn({g.bearingX + x, y - g.bearingY}, direction));
+    return cells;
+}
+
+void Paint(Frame *frame, const std::vector<Cell> &cells, OrnMinRenderPoint pen, int reach,
+           uint8_t luma) {
+    const auto own = [&](int x, int y) {
+        return std::any_of(cells.begin(), cells.end(),
+                           [=](Cell c) { return c.x == x && c.y == y; });
+    };
+    for (const Cell &c : cells)
+        for (int y = c.y - reach; y <= c.y + reach; ++y)
+            for (int x = c.x - reach; x <= c.x + reach; ++x) {
+                const int px = pen.x + x, py = pen.y + y;
+                if (px >= 0 && px < frame->image.width && py >= 0 && py < frame->image.height &&
+                    (reach == 0 || !own(x, y)))
+                    frame->Y(px, py) = luma;
+            }
+}
+
+struct Reference {
+    const cbf::Font &font;
+    int direction;
+
+    const cbf::Glyph &Find(uint32_t c) const {
+        const auto found = font.glyphs.find(c);
+        return found == font.glyphs.end() ? font.fallback : found->second;
+    }
+    void Step(OrnMinRenderPoint *pen, int along, int across, const int *lineStart) const {
+        const Cell a = direction == 1   ? Cell{-across, along}
+                       : direction == 2 ? Cell{across, -along}
+                       : direction == 3 ? Cell{-along, -across}
+                                        : Cell{along, across};
+        pen->x += a.x;
+        pen->y += a.y;
+        if (lineStart)
+            (direction == 1 || direction == 2 ? pen->y : pen->x) = *lineStart;
+    }
+    // Draws (outline < 0: plain) and measures.
+    OrnMinRenderRect Draw(Frame *frame, const std::vector<uint32_t> &text, OrnMinRenderPoint *pen,
+                          int lineStart, int outline, uint8_t fill) const {
+        OrnMinRenderRect rect = {pen->x, pen->y, pen->x, pen->y};
+        std::vector<Cell> pending;
+        OrnMinRenderPoint pendingPen = {};
+        for (const uint32_t c : text) {
+            if (c == 10) {
+                Step(pen, 0, font.lineHeight, &lineStart);
+                continue;
+            }
+            const cbf::Glyph &g = Find(c);
+            const auto cells = InkCells(g, direction);
+            const Cell a = Turn({g.bearingX, -g.bearingY}, direction);
+            const Cell b = Turn({g.bearingX + g.width - 1, g.height - 1 - g.bearingY}, direction);
+            if (g.width > 0 && g.height > 0) {
+                rect.left = std::min(rect.left, pen->x + std::min(a.x, b.x));
+                rect.top = std::min(rect.top, pen->y + std::min(a.y, b.y));
+                rect.right = std::max(rect.right, pen->x + std::max(a.x, b.x) + 1);
+                rect.bottom = std::max(rect.bottom, pen->y + std::max(a.y, b.y) + 1);
+            }
+            if (outline >= 0) {
+                Paint(frame, cells, *pen, 2, uint8_t(outline));
+                Paint(frame, pending, pendingPen, 0, fill);
+                pending = cells;
+                pendingPen = *pen;
+            } else {
+                Paint(frame, cells, *pen, 0, fill);
+            }
+            Step(pen, g.advance, 0, nullptr);
+        }
+        Paint(frame, pending, pendingPen, 0, fill);
+        return rect;
+    }
+};
+
+// length 0: as short as it goes.
+std::string Utf8(uint32_t c, int length = 0) {
+    if (length == 0)
+        for (const uint32_t limit : {0x80u, 0x800u, 0x10000u, 0x200000u, 0x4000000u, 0x80000000u}) {
+            ++length;
+            if (c < limit)
+                break;
+        }
+    if (length == 1)
+        return std::string(1, char(c));
+    std::string bytes(1, char((0xFF00 >> length & 0xFF) | c >> 6 * (length - 1)));
+    for (int i = length - 2; i >= 0; --i)
+        bytes += char(0x80 | (c >> 6 * i & 0x3F));
+    return bytes;
+}
+
+std::string Utf8(const std::vector<uint32_t> &text) {
+    std::string bytes;
+    for (const uint32_t c : text)
+        bytes += Utf8(c);
+    return bytes;
+}
+
+void ExpectPoint(OrnMinRenderPoint actual, OrnMinRenderPoint expected) {
+    ASSERT_EQ(actual.x, expected.x);
+    ASSERT_EQ(actual.y, expected.y);
+}
+
+std::vector<int> Values(const OrnMinRenderRect &r) {
+    return {r.left, r.top, r.right, r.bottom};
+}
+
+cbf::Font RandomFont(std::mt19937 &random, int maxSide, int maxBearing) {
+    cbf::Font font;
+    font.lineHeight = static_cast<int>(random() % 30) - 4;
+    font.fallback = RandomGlyph(random, maxSide, maxBearing);
+    for (const uint32_t c : {1u, 65u, 66u, 321u, 0x3FFu, 0x10FFFFu, 0x110000u, 0x4000005u})
+        font.glyphs[c] = RandomGlyph(random, maxSide, maxBearing);
+    font.glyphs[66].width = 0; // no pixels, but an advance
+    font.glyphs[66].pixels.clear();
+    return font;
+}
+
+// ---- Whole texts ----
+
+TEST(Text, MatchesTheReferenceInEveryDirection) {
+    std::mt19937 random(17);
+    const std::vector<uint32_t> alphabet = {1,        65,        66,         321, 0x3FF, 0x10FFFF,
+                                            0x110000, 0x4000005, 0x7FFFFFFF, 10,  9,     0x200};
+    for (int i = 0; i < 400; ++i) {
+        const auto source = RandomFont(random, 18, 24);
+        const auto file = cbf::WriteFont(source);
+        ASSERT_EQ(file.fault.problem, cbf::Problem::None);
+        const FontPtr font = Load(file.bytes);
+        ASSERT_NE(font, nullptr);
+        for (const int direction : {0, 1, 2, 3, 7, -1}) {
+            OrnMinRenderSetFontDirection(font.get(), direction);
+            std::vector<uint32_t> text(random() % 7);
+            for (auto &c : text)
+                c = alphabet[random() % alphabet.size()];
+            const std::string bytes = Utf8(text);
+            const OrnMinRenderPoint start = {static_cast<int>(random() % 80) - 10,
+                                             static_cast<int>(random() % 70) - 10};
+            const int lineStart = static_cast<int>(random() % 50);
+            SCOPED_TRACE("case " + std::to_string(i) + " direction " + std::to_string(direction));
+
+            const Reference reference = {source, direction};
+            for (const int outline : {-1, 90}) {
+                Frame drawn(57, 49), expected(57, 49);
+                OrnMinRenderPoint pen = start, expectedPen = start, measuredPen = start;
+                const auto rect =
+                    reference.Draw(&expected, text, &expectedPen, lineStart, outline, 200);
+                if (outline < 0)
+                    OrnMinRenderDrawTextY8(nullptr, &drawn.image, font.get(), bytes.c_str(), &pen,
+                                           lineStart, 200);
+                else
+                    OrnMinRenderDrawOutlineTextY8(nullptr, &drawn.image, font.get(), bytes.c_str(),
+                                                  &pen, lineStart, 90, 0x7700 + 200);
+                ASSERT_TRUE(drawn == expected) << drawn.Luma() << expected.Luma();
+                ExpectPoint(pen, expectedPen);
+                OrnMinRenderRect measured;
+                OrnMinRenderGetTextRect(nullptr, font.get(), bytes.c_str(), &measuredPen, lineStart,
+                                        &measured);
+                ExpectPoint(measuredPen, expectedPen);
+                // Empty boxes move the measured edges, too; only ink is compared.
+                ASSERT_TRUE(measured.left <= rect.left && measured.top <= rect.top &&
+                            measured.right >= rect.right && measured.bottom >= rect.bottom);
+            }
+        }
+    }
+}
+
+TEST(Text, GlyphsOfEverySizeRoundTrip) {
+    std::mt19937 random(23);
+    cbf::Font source;
+    source.fallback = RandomGlyph(random, 20, 40);
+    for (uint32_t c = 33; c < 160; ++c)
+        source.glyphs[c] = RandomGlyph(random, c % 5 ? 127 : 9, 127);
+    for (auto *glyph : {&source.glyphs[40], &source.glyphs[41]}) { // all ink, and none
+        glyph->pixels.assign(glyph->pixels.size(), glyph == &source.glyphs[40]);
+    }
+    const FontPtr font = Load(cbf::WriteFont(source).bytes);
+    ASSERT_NE(font, nullptr);
+    for (int direction = 0; direction < 4; ++direction) {
+        OrnMinRenderSetFontDirection(font.get(), direction);
+        for (const auto &[c, glyph] : source.glyphs) {
+            Frame drawn(256, 256), expected(256, 256);
+            OrnMinRenderPoint pen = {128, 128};
+            OrnMinRenderDrawTextY8(nullptr, &drawn.image, font.get(), Utf8(c).c_str(), &pen, 0,
+                                   kInk.y);
+            Paint(&expected, InkCells(glyph, direction), {128, 128}, 0, kInk.y);
+            ASSERT_TRUE(drawn == expected) << "U+" << std::hex << c << " direction " << direction;
+        }
+    }
+}
+
+// One glyph {5 x 7, bearings 1 and 7, advance 6} of solid ink.
+cbf::Font BlockFont() {
+    cbf::Font font;
+    font.lineHeight = 16;
+    font.fallback = {2, 2, 0, 2, 3, {1, 1, 1, 1}};
+    font.glyphs['A'] = {5, 7, 1, 7, 6, std::vector<uint8_t>(35, 1)};
+    return font;
+}
+
+TEST(Text, MeasuresByTheBoxesOfItsGlyphs) {
+    const struct {
+        int direction;
+        std::string text;
+        std::vector<int> rect;
+        OrnMinRenderPoint pen;
+    } cases[] = {
+        {0, "", {10, 20, 10, 20}, {10, 20}},
+        {0, "A", {10, 13, 16, 20}, {16, 20}},
+        {1, "A", {10, 20, 17, 26}, {10, 26}},
+        {2, "A", {3, 14, 10, 20}, {10, 14}},
+        {3, "A", {4, 20, 10, 27}, {4, 20}},
+        {7, "A", {10, 13, 16, 20}, {16, 20}},
+        {0, "A\nA", {10, 13, 17, 36}, {17, 36}},
+        {1, "A\nA", {-6, 12, 17, 26}, {-6, 17}},
+        {2, "A\nA", {3, 5, 26, 20}, {26, 5}},
+        {3, "A\nA", {4, 4, 10, 27}, {5, 4}},
+        {0,
+         "A\x80"
+         "A",
+         {10, 13, 16, 20},
+         {16, 20}},
+        {0,
+         "A\xFE"
+         "A",
+         {10, 13, 16, 20},
+         {16, 20}},
+        {0, "A\xC3", {10, 13, 16, 20}, {16, 20}},
+        {0, "A\xE2\x82", {10, 13, 16, 20}, {16, 20}},
+        {0,
+         "\xC0\x80"
+         "A",
+         {10, 20, 10, 20},
+         {10, 20}},                                  // an overlong 0 ends the text
+        {0, "\xC1\x01", {10, 13, 16, 20}, {16, 20}}, // only six bits of a continuation count
+        {0, "\t", {10, 18, 12, 20}, {13, 20}},       // outside the index: the fallback glyph
+    };
+    const FontPtr font = Load(cbf::WriteFont(BlockFont()).bytes);
+    for (const auto &c : cases) {
+        OrnMinRenderSetFontDirection(font.get(), c.direction);
+        OrnMinRenderPoint pen = {10, 20};
+        OrnMinRenderRect rect;
+        OrnMinRenderGetTextRect(nullptr, font.get(), c.text.c_str(), &pen, 11, &rect);
+        EXPECT_EQ(Values(rect), c.rect) << c.direction << ' ' << testing::PrintToString(c.text);
+        EXPECT_EQ(pen.x, c.pen.x);
+        EXPECT_EQ(pen.y, c.pen.y);
+    }
+    for (int length = 2; length <= 6; ++length) { // overlong forms decode
+        OrnMinRenderPoint pen = {0, 0};
+        OrnMinRenderRect rect;
+        OrnMinRenderGetTextRect(nullptr, font.get(), Utf8('A', length).c_str(), &pen, 0, &rect);
+        EXPECT_EQ(pen.x, 6) << length;
+    }
+}
+
+TEST(Text, PensAtTheLimitsSaturateAndPaintNothing) {
+    auto source = BlockFont();
+    source.glyphs['B'] = {4, 4, -90, -90, 32767, std::vector<uint8_t>(16, 1)};
+    source.glyphs['C'] = {4, 4, 90, 94, -32768, std::vector<uint8_t>(16, 1)};
+    source.lineHeight = INT_MIN;
+    const FontPtr font = Load(cbf::WriteFont(source).bytes);
+    for (const int direction : {0, 1, 2, 3})
+        for (const int x : {INT_MIN, -200, INT_MAX})
+            for (const int y : {INT_MIN, INT_MAX}) {
+                OrnMinRenderSetFontDirection(font.get(), direction);
+                Frame frame(40, 40), untouched(40, 40);
+                OrnMinRenderPoint pen = {x, y};
+                OrnMinRenderDrawOutlineTextY8(nullptr, &frame.image, font.get(), "BC\nBC", &pen, x,
+                                              1, 2);
+                OrnMinRenderRect rect;
+                OrnMinRenderGetTextRect(nullptr, font.get(), "BC\nBC", &pen, x, &rect);
+                EXPECT_TRUE(rect.left <= rect.right && rect.top <= rect.bottom);
+                EXPECT_TRUE(frame == untouched) << x << ' ' << y;
+            }
+}
+
+TEST(Text, MissingArgumentsDoNothing) {
+    const FontPtr font = Load(cbf::WriteFont(BlockFont()).bytes);
+    Frame frame(30, 30), untouched(30, 30), chromaOnly(30, 30, 2);
+    OrnMinRenderPoint pen = {5, 20};
+    OrnMinRenderRect rect = {1, 2, 3, 4};
+    for (int missing = 0; missing < 5; ++missing) {
+        const auto *image = missing == 0   ? nullptr
+                            : missing == 4 ? &chromaOnly.image
+                                           : &frame.image;
+        auto *usedFont = missing == 1 ? nullptr : font.get();
+        const char *text = missing == 2 ? nullptr : "A";
+        auto *usedPen = missing == 3 ? nullptr : &pen;
+        OrnMinRenderDrawTextY8(nullptr, image, usedFont, text, usedPen, 0, 9);
+        OrnMinRenderDrawOutlineTextY8(nullptr, image, usedFont, text, usedPen, 0, 9, 9);
+    }
+    EXPECT_TRUE(frame == untouched);
+    EXPECT_EQ(pen.x, 17); // moved twice where only the plane is missing
+    OrnMinRenderGetTextRect(nullptr, font.get(), "A", nullptr, 0, &rect);
+    EXPECT_EQ(Values(rect), (std::vector<int>{1, 2, 3, 4}));
+    OrnMinRenderGetTextRect(nullptr, nullptr, "A", &pen, 0, &rect);
+    EXPECT_EQ(Values(rect), (std::vector<int>{17, 20, 17, 20}));
+}
+
+// A rotated side of 123 or more makes the outline's box wrap: its fill alone is drawn.
+TEST(Text, OutlinesOfVeryLargeGlyphsAreLeftOut) {
+    for (const int width : {122, 123}) {
+        cbf::Font source = BlockFont();
+        source.glyphs['A'] = {width, 1, 0, 1, 6, std::vector<uint8_t>(size_t(width), 1)};
+        const FontPtr font = Load(cbf::WriteFont(source).bytes);
+        Frame frame(140, 20);
+        OrnMinRenderPoint pen = {5, 10};
+        OrnMinRenderDrawOutlineTextY8(nullptr, &frame.image, font.get(), "A", &pen, 0, 90, 200);
+        EXPECT_EQ(frame.Y(5, 9), 200);
+        EXPECT_EQ(frame.Y(5, 8), width == 122 ? 90 : kPaper);
+    }
+}
+
+// ---- Stamping ----
+
+TEST(Stamping, MatchesTheReferenceAtEveryEdge) {
+    std::mt19937 random(31);
+    for (int i = 0; i < 60000; ++i) {
+        const auto pick = [&](int from, int to) {
+            return from + static_cast<int>(random() % unsigned(to - from + 1));
+        };
+        const OrnMinRenderGlyphBox box = {int8_t(pick(-2, i % 4 ? 12 : 127)), int8_t(pick(-1, 9)),
+                                          int8_t(pick(-128, 127)), int8_t(pick(-128, 127))};
+        const int perRow = (std::max<int>(box.width, 0) + 31) / 32;
+        std::vector<uint32_t> words(size_t(perRow * std::max<int>(box.height, 0)));
+        for (auto &word : words)
+            word = uint32_t(random() & random());
+        const auto count = uint32_t(i % 3 ? words.size() : random() % (words.size() + 1));
+        const OrnMinRenderPoint pen = {pick(-12, 20) - box.bearingX, pick(-9, 12) + box.bearingY};
+        Frame drawn(13, 8, 1), expected(13, 8, 1);
+        OrnMinRenderTextBitmap(&box,
+                               std::vector<uint32_t>(words.begin(), words.begin() + count).data(),
+                               count, &drawn.image, &pen, 0x1C8);
+        for (int y = 0; y < 8; ++y)
+            for (int x = 0; x < 13; ++x) {
+                const int c = x - pen.x - box.bearingX, r = y - pen.y + box.bearingY;
+                if (c < 0 || c >= box.width || r < 0 || r >= box.height)
+                    continue;
+                const auto word = unsigned(r * perRow + c / 32);
+                if (word < count && words[word] >> c % 32 & 1)
+                    expected.Y(x, y) = 0xC8;
+            }
+        ASSERT_TRUE(drawn == expected) << "case " << i << "\n" << drawn.Luma() << expected.Luma();
+    }
+}
+
+// ---- Fitting ----
+
+// Space advance 4, every letter 5 wide with an advance of 6: two letters take 11.
+cbf::Font LetterFont() {
+    cbf::Font font;
+    font.fallback = {5, 1, 0, 1, 6, {1, 1, 1, 1, 1}};
+    font.glyphs[' '].advance = 4;
+    font.glyphs['\t'].advance = 9;
+    font.glyphs['z'].advance = 0;
+    return font;
+}
+
+TEST(Fitting, BreaksBeforeWordsThatOverflow) {
+    const struct {
+        std::string text;
+        int width;
+        std::string fitted;
+    } cases[] = {
+        {"ab", 20, "ab"},
+        {"ab cd ef", 20, "ab \n- cd \n- ef"},
+        {"ab cd ef", 26, "ab cd \n- ef"},
+        {"abcdef gh", 20, "\n- abcdef \n- gh"},
+        {"ab  cd", 100, "ab  cd"},
+        {"ab cd   ef", 20, "ab \n- cd \n- ef"},
+        {"ab\ncd", 11, "ab\ncd"},
+        {"ab cd\nef", 20, "ab \n- cd\nef"},
+        {"ab\tcd", 31, "ab\tcd"},
+        {"ab\tcd", 30, "ab\t\n- cd"},
+        {"ab    ", 20, "ab   \n-  "},
+        {"\x80", 20, ""},
+        {"ab\xE2\x82", 20, "ab"},
+        {"ab\xC0\xA0"
+         "cd",
+         20, "ab\xC0\xA0\n- cd"},
+        {"a", -1, "\n- a"},
+        {"\n\n", -1, "\n- \n\n- \n\n- "},
+        {"ab\xC0\x80"
+         "cd",
+         99, "ab"},
+    };
+    const FontPtr font = Load(cbf::WriteFont(LetterFont()).bytes);
+    for (const auto &c : cases) {
+        const std::unique_ptr<char, decltype(&free)> fitted(
+            OrnMinRenderFixTextWidth(nullptr, font.get(), c.text.c_str(), c.width), free);
+        ASSERT_NE(fitted, nullptr);
+        EXPECT_EQ(fitted.get(), c.fitted) << testing::PrintToString(c.text) << " in " << c.width;
+    }
+    EXPECT_EQ(OrnMinRenderFixTextWidth(nullptr, font.get(), "", 9), nullptr);
+    EXPECT_EQ(OrnMinRenderFixTextWidth(nullptr, font.get(), nullptr, 9), nullptr);
+    EXPECT_EQ(OrnMinRenderFixTextWidth(nullptr, nullptr, "a", 9), nullptr);
+}
+
+// What the fitting promises, seen through measuring: lines stay within the width, but for the pixel
+// between a word's ink and its advance; and nothing but line breaks is added.
+TEST(Fitting, FittedLinesMeasureWithinTheWidth) {
+    std::mt19937 random(41);
+    const FontPtr font = Load(cbf::WriteFont(LetterFont()).bytes);
+    for (int i = 0; i < 2000; ++i) {
+        std::string text;
+        for (unsigned words = 1 + random() % 12; words > 0; --words)
+            text += std::string(1 + random() % 5, 'm') + (random() % 9 ? " " : "\n");
+        const int width = 29 + static_cast<int>(random() % 60);
+        const std::unique_ptr<char, decltype(&free)> fitted(
+            OrnMinRenderFixTextWidth(nullptr, font.get(), text.c_str(), width), free);
+        std::string rest = fitted.get();
+        std::string words;
+        while (!rest.empty()) {
+            std::string line = rest.substr(0, rest.find('\n'));
+            rest.erase(0, line.size() + 1);
+            if (line.compare(0, 2, "- ") == 0)
+                line.erase(0, 2);
+            words += line;
+            line.erase(line.find_last_not_of(' ') + 1);
+            OrnMinRenderPoint pen = {0, 0};
+            OrnMinRenderRect rect;
+            OrnMinRenderGetTextRect(nullptr, font.get(), line.c_str(), &pen, 0, &rect);
+            ASSERT_LE(rect.right, width + std::count(line.begin(), line.end(), ' ')) << text;
+        }
+        text.erase(std::remove(text.begin(), text.end(), '\n'), text.end());
+        ASSERT_EQ(words, text);
+    }
+}
+
+} // namespace
