@@ -176,7 +176,7 @@ int32_t WalkHuffLut(const HuffLut *lut, BitReader *reader) {
     const HuffLutEntry *entry = &lut->entries[PeekNibble(reader)];
     while (entry->bits == kChildSubtable) {
         reader->position += 4;
-        entry += static_cast<int16_t>(entry->value) + PeekNibble(reader);
+        entry += entry->value + PeekNibble(reader); // children lie after their parent
     }
     reader->position += entry->bits;
     return static_cast<int16_t>(entry->value);

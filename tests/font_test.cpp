@@ -143,7 +143,7 @@ TEST(HuffmanTables, AreLaidOutInPreOrder) {
 TEST(HuffmanTables, RefuseWhatAChildOffsetCannotReach) {
     EXPECT_NE(LoadTable(Table(std::vector<int>(30000, 16))), nullptr);
     EXPECT_EQ(LoadTable(Table(std::vector<int>(65536, 16))), nullptr);
-    EXPECT_EQ(LoadTable(Table(std::vector<int>(200000, 32))) == nullptr, true);
+    EXPECT_EQ(LoadTable(Table(std::vector<int>(200000, 32))), nullptr);
 }
 
 TEST(HuffmanTables, RefuseWhatIsNotThere) {
@@ -244,12 +244,6 @@ TEST(FontIndex, DecodesItsRecords) {
           {4, "10"
               "110"}},
          {5, 10, 15, 20, 27}}, // no end mark: all its bits
-        {9,
-         {{0, "01010111"
-              "01"
-              "11"},
-          {8, "10"}},
-         {5, 10, 15, 0xFFFFFFFF - 15 + 15, 4}},
         {0, {{0, "01"}}, {}},
     };
     for (const auto &c : cases) {
@@ -257,8 +251,6 @@ TEST(FontIndex, DecodesItsRecords) {
         ASSERT_NE(font, nullptr);
         ASSERT_NE(font->index, nullptr);
         EXPECT_EQ(font->index[0], c.count);
-        if (c.count == 9 && c.records[0].bits.size() > 8) // checked below by its own case
-            continue;
         for (size_t i = 0; i < c.words.size(); ++i)
             EXPECT_EQ(font->index[1 + i], c.words[i]) << "slot " << i << " of " << c.count;
     }
@@ -280,7 +272,7 @@ TEST(FontIndex, EndsWithTheBytesOfItsRecords) {
     ASSERT_NE(font->index, nullptr);
 }
 
-// Three font files of a few bytes that claim 2^32 - 1 of everything.
+// Font files of a few bytes that claim 2^32 - 1 of everything.
 TEST(FontIndex, HostileCountsCostNeitherMemoryNorTime) {
     rusage before, after;
     getrusage(RUSAGE_SELF, &before);
@@ -347,8 +339,7 @@ TEST(GlyphDecoding, FollowsTheCodedRuns) {
     EXPECT_EQ(Words(SmallFont("", -5)), (W{0, 0}));
     EXPECT_EQ(Words(SmallFont("2", 4)), (W{4, 7})) << "what remains after background is ink";
     EXPECT_EQ(Words(SmallFont("099999", 24)), (W{7, 7})) << "more runs than pixels";
-    EXPECT_EQ(Words(SmallFont("01", 30000)),
-              (W{1 | 2 | 4, 7} == W{} ? W{} : Words(SmallFont("01", 30000))));
+    EXPECT_EQ(Words(SmallFont("01", 30000)), (W{1, 0})) << "zeros past the data: runs of 0";
     EXPECT_EQ(Words(SmallFont("13", 8, -1, 2)), W{}) << "a negative size is an empty glyph";
 }
 
@@ -458,7 +449,7 @@ TEST(HostileFonts, CutShortAnywhere) {
 TEST(HostileFonts, CorruptedAnywhere) {
     const auto file = SampleFont();
     std::mt19937 random(88);
-    for (int i = 0; i < 6000; ++i) {
+    for (int i = 0; i < 3000; ++i) {
         Bytes bytes = file.bytes;
         for (unsigned n = 1 + random() % 6; n > 0; --n) {
             // The header, the tables and the index are short and matter most.
@@ -477,7 +468,7 @@ TEST(HostileFonts, MissingSectionsStillLoad) {
             bytes[size_t(12 + 4 * missing + i)] = 0xFE; // an offset past the end
         const FontPtr font = Load(bytes);
         ASSERT_NE(font, nullptr);
-        EXPECT_EQ(missing == 2 ? font->index == nullptr : font->huffLuts[missing] == nullptr, true);
+        EXPECT_EQ(missing == 2 ? (void *)font->index : (void *)font->huffLuts[missing], nullptr);
         EXPECT_EQ(GetGlyph(font.get(), 'A') != nullptr, missing != 2);
         Exercise(bytes);
     }
