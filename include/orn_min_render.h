@@ -18,8 +18,8 @@
  *
  * Missing things. A plane whose pointer is null is skipped and the other one is drawn as usual. A
  * null image, rectangle, point list, colour triple, font or string draws nothing, and so does a
- * null context where the call needs one (all but the vertical, dashed and sloped lines and the text
- * calls). The calls marked "trusts its input" check nothing at all. No call reports an error:
+ * null context (vertical, dashed and sloped lines, ellipse outlines and the text calls do without
+ * one). The calls marked "trusts its input" check nothing at all. No call reports an error:
  * constructors return null, drawing calls leave the pixels as they were.
  *
  * Threads. The library has no state of its own and takes no locks. A context serves one call at a
@@ -381,9 +381,11 @@ ORN_MIN_RENDER_API void OrnMinRenderFillRoundRectYUV420SP(OrnMinRenderContext *c
 
 /*
  * Copies pixels of source, from position on, into the rectangle of image (right and bottom
- * exclusive), clipped to both. Chroma: of height / 2 rows the width bytes from the sample that
- * holds the first pixel, so that an odd last column or row copies no chroma of its own. A plane
- * that either image lacks is skipped. The two images must not overlap in memory.
+ * exclusive), clipped to both. Of w x h pixels that remain, w bytes of h / 2 chroma rows are
+ * copied, from the sample that holds the first pixel to the one that holds the first pixel's
+ * destination: even positions and sizes copy whole samples, an odd last row copies none, an odd w
+ * ends with a U. A plane that either image lacks is skipped. The two images must not overlap in
+ * memory.
  */
 ORN_MIN_RENDER_API void OrnMinRenderBltYUV420SP(const OrnMinRenderImage *image,
                                                 OrnMinRenderRect rect,

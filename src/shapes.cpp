@@ -9,7 +9,7 @@
 
 void OrnMinRenderDrawFrameY8(OrnMinRenderContext *context, const OrnMinRenderImage *image,
                              const OrnMinRenderRect *rect, uint8_t luma, int32_t style) {
-    if (!rect)
+    if (!context || !rect)
         return;
     const int32_t lowerEdge = Saturate(int64_t{rect->bottom} - 1);
     const int32_t rightEdge = Saturate(int64_t{rect->right} - 1);
@@ -23,7 +23,7 @@ void OrnMinRenderDrawFrameY8(OrnMinRenderContext *context, const OrnMinRenderIma
 void OrnMinRenderDrawFrameYUV420SP(OrnMinRenderContext *context, const OrnMinRenderImage *image,
                                    const OrnMinRenderRect *rect, OrnMinRenderColour colour,
                                    int32_t style) {
-    if (!rect)
+    if (!context || !rect)
         return;
     const int32_t lowerEdge = Saturate(int64_t{rect->bottom} - 1);
     const int32_t rightEdge = Saturate(int64_t{rect->right} - 1);

@@ -1,0 +1,14 @@
+#!/bin/sh
+# The shared object exports what exports.txt lists and nothing else, and needs libc alone.
+set -eu
+library=$1
+list=$(dirname "$0")/exports.txt
+nm -D --defined-only --format=posix "$library" | cut -d' ' -f1 | LC_ALL=C sort | diff "$list" - || {
+    echo "check_shared_object: the exported symbols differ from $list (<: listed, >: exported)" >&2
+    exit 1
+}
+needed=$(readelf -d "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
+[ "$needed" = libc.so.6 ] || {
+    echo "check_shared_object: needs '$needed' instead of libc.so.6 alone" >&2
+    exit 1
+}
