@@ -1,0 +1,264 @@
+#include "font_source.h"
+
+#include <ft2build.h>
+
+#include FT_FREETYPE_H
+#include FT_BDF_H
+#include FT_BITMAP_H
+#include FT_FONT_FORMATS_H
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <set>
+
+namespace {
+
+struct CloseLibrary {
+    void operator()(FT_Library library) const {
+        FT_Done_FreeType(library);
+    }
+};
+struct CloseFace {
+    void operator()(FT_Face face) const {
+        FT_Done_Face(face);
+    }
+};
+using Library = std::unique_ptr<FT_LibraryRec_, CloseLibrary>;
+using Face = std::unique_ptr<FT_FaceRec_, CloseFace>;
+
+// FreeType's metrics are in 64ths of a pixel.
+int32_t RoundToPixels(FT_Pos sixtyFourths) {
+    return static_cast<int32_t>((sixtyFourths + 32) >> 6);
+}
+
+// ---- Opening ----
+
+Library OpenLibrary() {
+    FT_Library library = nullptr;
+    if (FT_Init_FreeType(&library))
+        throw FontError("FreeType could not be started");
+    return Library(library);
+}
+
+// FreeType doesn't say why a file can't be opened.
+void CheckReadable(const std::string &path) {
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    if (!file || file.peek() == std::ifstream::traits_type::eof())
+        throw FontError(errno ? std::strerror(errno) : "is empty");
+}
+
+Face OpenFace(FT_Library library, const std::string &path) {
+    CheckReadable(path);
+    FT_Face face = nullptr;
+    if (FT_New_Face(library, path.c_str(), 0, &face))
+        throw FontError("is not a font that FreeType can read");
+    Face owner(face);
+    if (FT_Select_Charmap(face, FT_ENCODING_UNICODE))
+        throw FontError("does not map its glyphs to Unicode");
+    return owner;
+}
+
+// ---- Sizes ----
+
+int StrikeSize(const FT_Bitmap_Size &strike) {
+    return RoundToPixels(strike.y_ppem);
+}
+
+std::string ListStrikes(FT_Face face) {
+    std::string list;
+    for (int i = 0; i < face->num_fixed_sizes; ++i)
+        list += (i ? ", " : "") + std::to_string(StrikeSize(face->available_sizes[i]));
+    return list;
+}
+
+int FindStrike(FT_Face face, int pixelSize) {
+    if (pixelSize == kNativeSize && face->num_fixed_sizes == 1)
+        return 0;
+    for (int i = 0; i < face->num_fixed_sizes; ++i)
+        if (StrikeSize(face->available_sizes[i]) == pixelSize)
+            return i;
+    if (pixelSize == kNativeSize)
+        throw FontSizeError("has bitmaps of several sizes, choose one with -s: " +
+                            ListStrikes(face));
+    throw FontSizeError("has no bitmaps of " + std::to_string(pixelSize) +
+                        " pixels, only of: " + ListStrikes(face));
+}
+
+void SetSize(FT_Face face, int pixelSize) {
+    FT_Error error = 0;
+    if (!FT_IS_SCALABLE(face))
+        error = FT_Select_Size(face, FindStrike(face, pixelSize));
+    else if (pixelSize == kNativeSize)
+        throw FontSizeError("is an outline font and needs a size in pixels (-s)");
+    else
+        error = FT_Set_Pixel_Sizes(face, 0, static_cast<FT_UInt>(pixelSize));
+    if (error)
+        throw FontError("can't be had at this size");
+}
+
+int32_t LineHeight(FT_Face face) {
+    const FT_Size_Metrics &metrics = face->size->metrics;
+    return RoundToPixels(metrics.height > 0 ? metrics.height
+                                            : metrics.ascender - metrics.descender);
+}
+
+// ---- Glyphs ----
+
+// A bitmap with a byte for each pixel, whatever form it came in.
+struct GrayBitmap {
+    explicit GrayBitmap(FT_Library owner) : library(owner) {
+        FT_Bitmap_Init(&bitmap);
+    }
+    ~GrayBitmap() {
+        FT_Bitmap_Done(library, &bitmap);
+    }
+    GrayBitmap(const GrayBitmap &) = delete;
+    GrayBitmap &operator=(const GrayBitmap &) = delete;
+
+    FT_Library library;
+    FT_Bitmap bitmap;
+};
+
+std::vector<uint8_t> InkOf(FT_Library library, const FT_Bitmap &source) {
+    GrayBitmap gray(library);
+    if (FT_Bitmap_Convert(library, &source, &gray.bitmap, 1))
+        throw FontError("has a bitmap of unknown form");
+    std::vector<uint8_t> pixels;
+    for (unsigned y = 0; y < gray.bitmap.rows; ++y) {
+        const uint8_t *row = gray.bitmap.buffer + static_cast<ptrdiff_t>(y) * gray.bitmap.pitch;
+        for (unsigned x = 0; x < gray.bitmap.width; ++x)
+            pixels.push_back(row[x] * 2 >= gray.bitmap.num_grays);
+    }
+    return pixels;
+}
+
+// Shrinks a glyph to the smallest box around its ink; without any, the box is empty.
+cbf::Glyph Crop(const cbf::Glyph &glyph) {
+    int32_t left = glyph.width, right = 0, top = glyph.height, bottom = 0;
+    const auto inkAt = [&](int32_t x, int32_t y) {
+        return glyph.pixels[static_cast<size_t>(y) * static_cast<size_t>(glyph.width) +
+                            static_cast<size_t>(x)];
+    };
+    for (int32_t y = 0; y < glyph.height; ++y)
+        for (int32_t x = 0; x < glyph.width; ++x)
+            if (inkAt(x, y)) {
+                left = std::min(left, x);
+                right = std::max(right, x + 1);
+                top = std::min(top, y);
+                bottom = std::max(bottom, y + 1);
+            }
+    cbf::Glyph cropped;
+    cropped.advance = glyph.advance;
+    if (left >= right)
+        return cropped;
+    cropped.width = right - left;
+    cropped.height = bottom - top;
+    cropped.bearingX = glyph.bearingX + left;
+    cropped.bearingY = glyph.bearingY - top;
+    for (int32_t y = top; y < bottom; ++y)
+        for (int32_t x = left; x < right; ++x)
+            cropped.pixels.push_back(inkAt(x, y));
+    return cropped;
+}
+
+cbf::Glyph RenderGlyph(FT_Face face, FT_UInt index) {
+    if (const FT_Error error = FT_Load_Glyph(face, index, FT_LOAD_TARGET_MONO | FT_LOAD_RENDER))
+        throw FontError("can't be rendered (FreeType error " + std::to_string(error) + ")");
+    const FT_GlyphSlot slot = face->glyph;
+    cbf::Glyph glyph;
+    glyph.width = static_cast<int32_t>(slot->bitmap.width);
+    glyph.height = static_cast<int32_t>(slot->bitmap.rows);
+    glyph.bearingX = slot->bitmap_left;
+    glyph.bearingY = slot->bitmap_top;
+    glyph.advance = RoundToPixels(slot->advance.x);
+    glyph.pixels = InkOf(slot->library, slot->bitmap);
+    return Crop(glyph);
+}
+
+cbf::Glyph RenderNamed(FT_Face face, FT_UInt index, const std::string &name) {
+    try {
+        return RenderGlyph(face, index);
+    } catch (const FontError &error) {
+        throw FontError(name + ": " + error.what());
+    }
+}
+
+// ---- The fallback glyph ----
+
+// A hollow box about as large as a capital letter.
+cbf::Glyph HollowBox(FT_Face face) {
+    const int32_t ascent = RoundToPixels(face->size->metrics.ascender);
+    const int32_t height = std::clamp(ascent * 3 / 4, 5, 120);
+    const int32_t width = std::max(height * 2 / 3, 4);
+    const int32_t stroke = std::max(height / 12, 1);
+    cbf::Glyph box;
+    box.width = width;
+    box.height = height;
+    box.bearingX = stroke;
+    box.bearingY = height;
+    box.advance = width + 2 * stroke;
+    for (int32_t y = 0; y < height; ++y)
+        for (int32_t x = 0; x < width; ++x)
+            box.pixels.push_back(std::min({x, y, width - 1 - x, height - 1 - y}) < stroke);
+    return box;
+}
+
+// Glyph 0 stands for missing characters, but in a BDF font that names no default character it is
+// just any glyph.
+bool HasOwnFallback(FT_Face face) {
+    BDF_PropertyRec property;
+    return std::strcmp(FT_Get_Font_Format(face), "BDF") != 0 ||
+           FT_Get_BDF_Property(face, "DEFAULT_CHAR", &property) == 0;
+}
+
+cbf::Glyph FallbackGlyph(FT_Face face) {
+    if (HasOwnFallback(face)) {
+        cbf::Glyph own = RenderNamed(face, 0, "fallback glyph");
+        if (own.width > 0)
+            return own;
+    }
+    return HollowBox(face);
+}
+
+// ---- Characters ----
+
+std::set<uint32_t> Characters(const std::vector<CodePointRange> &ranges) {
+    std::set<uint32_t> characters;
+    for (const CodePointRange &range : ranges)
+        for (uint32_t c = range.first; c <= range.last; ++c)
+            characters.insert(characters.end(), c);
+    characters.erase(0);
+    characters.erase(10);
+    return characters;
+}
+
+} // namespace
+
+std::string CodePointName(uint32_t codePoint) {
+    char name[16];
+    std::snprintf(name, sizeof name, "U+%04X", codePoint);
+    return name;
+}
+
+SourceFont ReadFont(const std::string &path, int pixelSize,
+                    const std::vector<CodePointRange> &ranges) {
+    const Library library = OpenLibrary();
+    const Face face = OpenFace(library.get(), path);
+    SetSize(face.get(), pixelSize);
+    SourceFont source;
+    source.font.lineHeight = LineHeight(face.get());
+    source.font.fallback = FallbackGlyph(face.get());
+    const std::set<uint32_t> characters = Characters(ranges);
+    for (const uint32_t c : characters) {
+        if (const FT_UInt index = FT_Get_Char_Index(face.get(), c))
+            source.font.glyphs.emplace(c, RenderNamed(face.get(), index, CodePointName(c)));
+    }
+    source.asked = characters.size();
+    source.missing = characters.size() - source.font.glyphs.size();
+    return source;
+}
