@@ -111,6 +111,31 @@ input=in expect 0 '' "$overlay" --size 160x40 --font sans.cbf --fps 10 label.txt
 head -c 9600 output >first
 tail -c 9600 output | cmp -s - first && fail "{frame} shows the same in every frame"
 
+# A disc is as wide as its rows say, a copy repeats it, half the bits of a bitmap stay clear.
+printf 'P1\n2 1\n1 0\n' >half.pbm
+printf 'P4\n9 9\n12345' >cut.pbm
+cat >shapes.txt <<'SCRIPT'
+* disc 4 4 12 12 white
+* copy 20 4 28 12 4 4
+* bitmap 40 4 44 8 white "half.pbm"
+* roundfill 50 2 60 12 3 3 white
+SCRIPT
+bytes $((64 * 16)) 000 >in
+input=in expect 0 '' "$overlay" --size 64x16 --format y8 shapes.txt
+row=$(tail -c +$((64 * 8 + 1)) output | head -c 64 | od -An -v -tu1 | tr -d '\n' | tr -s ' ' | sed 's/ 254/#/g; s/ 0/./g')
+[ "$row" = "....########........########......................##########...." ] ||
+    fail "row 8 of the shapes is $row"
+[ "$(tail -c +$((64 * 4 + 41)) output | head -c 4 | od -An -tu1 | tr -d ' ')" = 25425400 ] ||
+    fail "a bitmap is not scaled to its rectangle"
+echo '* bitmap 0 0 9 9 white "cut.pbm"' >pbm.txt
+expect 1 'pbm.txt:1: cut.pbm: it is cut short' "$overlay" --size 8x6 pbm.txt
+echo '* bitmap 0 0 9 9 white half "nowhere.pbm"' >pbm.txt
+expect 1 'pbm.txt:1: nowhere.pbm: No such file' "$overlay" --size 8x6 pbm.txt
+for script in "$repository"/docs/gallery/*.txt; do
+    (cd "$repository/docs/gallery" && "$overlay" --check --font "$work/sans.cbf" "$script") ||
+        fail "$script has errors"
+done
+
 # ---- The example, and its copy in the README ----
 input=in expect 1 'no whole frame' "$example" sans.cbf 4000 4000
 head -c 115200 "$repository/docs/demo.jpg" >in

@@ -1,10 +1,13 @@
-// Commands of the script as calls of the library. Every shape has a call for frames with a chroma
-// plane and one for frames without; text is luma in both.
+// Commands of the script as calls of the library. Where a shape has a call for frames with a chroma
+// plane and one for frames without, the frame decides; the others leave out a missing plane by
+// themselves. Text is luma in both.
 #include "overlay_draw.h"
 
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
 #include <string_view>
 
 namespace {
@@ -18,8 +21,8 @@ bool HasChroma(const Canvas &canvas) {
 }
 
 OrnMinRenderRect Corners(const Overlay &overlay) {
-    const auto &[left, top, right, bottom] = overlay.coordinates;
-    return {left, top, right, bottom};
+    const auto &c = overlay.coordinates;
+    return {c[0], c[1], c[2], c[3]};
 }
 
 void FillRect(const Canvas &canvas, const OrnMinRenderRect &rect, OrnMinRenderColour colour) {
@@ -101,6 +104,17 @@ void DrawOutlinedText(const Canvas &canvas, const Overlay &overlay, const char *
                                   overlay.colours[1].y, overlay.colours[0].y);
 }
 
+// The background gives the text its chroma; an outline in the background's luma keeps neighbouring
+// glyphs apart.
+void DrawTextOnBackground(const Canvas &canvas, const Overlay &overlay, const char *text) {
+    const OrnMinRenderRect textRect = Measure(canvas, text);
+    const OrnMinRenderRect rect = LabelRect(canvas, overlay, textRect);
+    FillRect(canvas, rect, overlay.colours[1]);
+    DrawOutlinedText(
+        canvas, overlay, text,
+        {rect.left + kLabelMargin - textRect.left, rect.top + kLabelMargin - textRect.top});
+}
+
 } // namespace
 
 void DrawBox(const Canvas &canvas, const Overlay &overlay) {
@@ -117,7 +131,7 @@ void DrawFill(const Canvas &canvas, const Overlay &overlay) {
 }
 
 void DrawHLine(const Canvas &canvas, const Overlay &overlay) {
-    const auto &[x0, x1, y, unused] = overlay.coordinates;
+    const auto &[x0, x1, y, unused1, unused2, unused3] = overlay.coordinates;
     const OrnMinRenderColour colour = overlay.colours[0];
     if (HasChroma(canvas))
         OrnMinRenderDrawHLineYUV420SP(canvas.context, &canvas.image, x0, x1, y, colour,
@@ -127,7 +141,7 @@ void DrawHLine(const Canvas &canvas, const Overlay &overlay) {
 }
 
 void DrawVLine(const Canvas &canvas, const Overlay &overlay) {
-    const auto &[x, y0, y1, unused] = overlay.coordinates;
+    const auto &[x, y0, y1, unused1, unused2, unused3] = overlay.coordinates;
     const OrnMinRenderColour colour = overlay.colours[0];
     if (HasChroma(canvas))
         OrnMinRenderDrawVLineYUV420SP(canvas.context, &canvas.image, x, y0, y1, colour,
@@ -137,8 +151,8 @@ void DrawVLine(const Canvas &canvas, const Overlay &overlay) {
 }
 
 void DrawLine(const Canvas &canvas, const Overlay &overlay) {
-    const auto &[x0, y0, x1, y1] = overlay.coordinates;
-    DrawSegment(canvas, overlay, {x0, y0}, {x1, y1});
+    const OrnMinRenderRect ends = Corners(overlay);
+    DrawSegment(canvas, overlay, {ends.left, ends.top}, {ends.right, ends.bottom});
 }
 
 void DrawPolygon(const Canvas &canvas, const Overlay &overlay) {
@@ -162,6 +176,47 @@ void DrawLoop(const Canvas &canvas, const Overlay &overlay) {
     DrawSegment(canvas, overlay, overlay.points.back(), overlay.points.front());
 }
 
+void DrawEllipse(const Canvas &canvas, const Overlay &overlay) {
+    const OrnMinRenderRect rect = Corners(overlay);
+    OrnMinRenderDrawEllipseYUV420SP(canvas.context, &canvas.image, &rect, overlay.colours[0]);
+}
+
+void DrawDisc(const Canvas &canvas, const Overlay &overlay) {
+    const OrnMinRenderRect rect = Corners(overlay);
+    OrnMinRenderFillEllipseYUV420SP(canvas.context, &canvas.image, &rect, overlay.colours[0]);
+}
+
+void DrawRoundBox(const Canvas &canvas, const Overlay &overlay) {
+    const OrnMinRenderRect rect = Corners(overlay);
+    const OrnMinRenderPoint radii{overlay.coordinates[4], overlay.coordinates[5]};
+    OrnMinRenderDrawRoundRectYUV420SP(canvas.context, &canvas.image, &rect, &radii,
+                                      overlay.colours[0]);
+}
+
+void DrawRoundFill(const Canvas &canvas, const Overlay &overlay) {
+    const OrnMinRenderRect rect = Corners(overlay);
+    const OrnMinRenderPoint radii{overlay.coordinates[4], overlay.coordinates[5]};
+    OrnMinRenderFillRoundRectYUV420SP(canvas.context, &canvas.image, &rect, &radii,
+                                      overlay.colours[0]);
+}
+
+void DrawBitmap(const Canvas &canvas, const Overlay &overlay) {
+    const OrnMinRenderRect rect = Corners(overlay);
+    const Bitmap &bitmap = overlay.bitmap;
+    const auto draw = overlay.halfTransparent ? OrnMinRenderDrawBitmapSemiTransparentYUV420SP
+                                              : OrnMinRenderDrawBitmapYUV420SP;
+    draw(&canvas.image, &rect, bitmap.width, bitmap.height, bitmap.words.data(),
+         overlay.colours[0]);
+}
+
+// By way of the spare frame, since a copy within one frame may overlap itself.
+void DrawCopy(const Canvas &canvas, const Overlay &overlay) {
+    const OrnMinRenderImage &image = canvas.image;
+    OrnMinRenderBltYUV420SP(&canvas.spare, {0, 0, image.width, image.height + 1}, &image, {0, 0});
+    OrnMinRenderBltYUV420SP(&image, Corners(overlay), &canvas.spare,
+                            {overlay.coordinates[4], overlay.coordinates[5]});
+}
+
 void DrawText(const Canvas &canvas, const Overlay &overlay) {
     std::string expanded;
     const char *text = TextOf(canvas, overlay, expanded);
@@ -176,15 +231,17 @@ void DrawOutlined(const Canvas &canvas, const Overlay &overlay) {
     DrawOutlinedText(canvas, overlay, text, {overlay.coordinates[0], overlay.coordinates[1]});
 }
 
-// The background gives the text its chroma; an outline in the background's luma keeps neighbouring
-// glyphs apart.
 void DrawLabel(const Canvas &canvas, const Overlay &overlay) {
     std::string expanded;
-    const char *text = TextOf(canvas, overlay, expanded);
-    const OrnMinRenderRect textRect = Measure(canvas, text);
-    const OrnMinRenderRect rect = LabelRect(canvas, overlay, textRect);
-    FillRect(canvas, rect, overlay.colours[1]);
-    DrawOutlinedText(
-        canvas, overlay, text,
-        {rect.left + kLabelMargin - textRect.left, rect.top + kLabelMargin - textRect.top});
+    DrawTextOnBackground(canvas, overlay, TextOf(canvas, overlay, expanded));
+}
+
+void DrawParagraph(const Canvas &canvas, const Overlay &overlay) {
+    std::string expanded;
+    const std::unique_ptr<char, decltype(&std::free)> fitted(
+        OrnMinRenderFixTextWidth(canvas.context, canvas.font, TextOf(canvas, overlay, expanded),
+                                 overlay.coordinates[2]),
+        std::free);
+    if (fitted)
+        DrawTextOnBackground(canvas, overlay, fitted.get());
 }

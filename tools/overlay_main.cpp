@@ -101,23 +101,19 @@ std::string Version() {
 
 // ---- Script and font ----
 
-using File = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
 using Context = std::unique_ptr<OrnMinRenderContext, decltype(&OrnMinRenderDestroyContext)>;
 using Font = std::unique_ptr<OrnMinRenderFont, decltype(&OrnMinRenderDestroyFont)>;
 
-std::string ReadFile(const std::string &path) {
-    const File file(std::fopen(path.c_str(), "rb"), std::fclose);
-    std::string content;
-    char part[65536];
-    while (const size_t count = file ? std::fread(part, 1, sizeof part, file.get()) : 0)
-        content.append(part, count);
-    if (!file || std::ferror(file.get()))
-        throw Failure(path + ": " + SystemReason());
-    return content;
+std::string ReadNamedFile(const std::string &path) {
+    try {
+        return ReadFile(path);
+    } catch (const std::system_error &error) {
+        throw Failure(path + ": " + error.code().message());
+    }
 }
 
 Script LoadScript(const Options &options) {
-    Script script = ParseScript(ReadFile(options.scriptPath), !options.fontPath.empty());
+    Script script = ParseScript(ReadNamedFile(options.scriptPath), !options.fontPath.empty());
     for (const ScriptError &error : script.errors)
         Say(options.scriptPath + ":" + std::to_string(error.line) + ": " + error.reason);
     if (!script.complete)
@@ -129,7 +125,7 @@ Font LoadFont(const std::string &path) {
     Font font(nullptr, OrnMinRenderDestroyFont);
     if (path.empty())
         return font;
-    ReadFile(path); // for its reason: the library gives none
+    ReadNamedFile(path); // for its reason: the library gives none
     font.reset(OrnMinRenderLoadCbfFont(path.c_str()));
     if (!font)
         throw Failure(path + ": not a CBF font, or cut short");
@@ -250,7 +246,8 @@ void OverlayFrames(const Options &options, const Script &script, OrnMinRenderFon
     if (!context)
         throw std::bad_alloc();
     Frame frame(options);
-    Canvas canvas{frame.Image(), context.get(), font, options.framesPerSecond, 0};
+    Frame spare(options);
+    Canvas canvas{frame.Image(), spare.Image(), context.get(), font, options.framesPerSecond, 0};
     const Seconds drawing = DrawFrames(script.overlays, frame, canvas);
     if (canvas.frameNumber == 0)
         Say("note: no frames on standard input");

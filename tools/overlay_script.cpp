@@ -1,13 +1,17 @@
 // Parsing of scripts. A line is its frames, the name of a command, and the arguments that the table
-// of commands lists for it, always in the order coordinates, colours, "dashed", points or string.
+// of commands lists for it, always in the order coordinates, colours, option, points or string.
 // Functions named Take... remove what they return from the front of the line.
 #include "overlay_script.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
+#include <cstdio>
 #include <limits>
+#include <memory>
 #include <numeric>
 #include <stdexcept>
+#include <system_error>
 
 namespace {
 
@@ -20,33 +24,43 @@ struct LineError : std::runtime_error {
     using runtime_error::runtime_error;
 };
 
-enum class Style { None, Optional };
-enum class Last { Nothing, Points, String };
+enum class Option { None, Dashed, Half };
+enum class Last { Nothing, Points, String, Picture };
 
 struct Command {
     std::string_view name;
     std::string_view arguments; // as people read them
     size_t coordinates;
     size_t colours;
-    Style style;
+    Option option;
     Last last;
     size_t minPoints;
     DrawFunction draw;
 };
 
 constexpr Command kCommands[] = {
-    {"box", "L T R B COLOUR [dashed]", 4, 1, Style::Optional, Last::Nothing, 0, DrawBox},
-    {"fill", "L T R B COLOUR", 4, 1, Style::None, Last::Nothing, 0, DrawFill},
-    {"hline", "X0 X1 Y COLOUR [dashed]", 3, 1, Style::Optional, Last::Nothing, 0, DrawHLine},
-    {"vline", "X Y0 Y1 COLOUR [dashed]", 3, 1, Style::Optional, Last::Nothing, 0, DrawVLine},
-    {"line", "X0 Y0 X1 Y1 COLOUR [dashed]", 4, 1, Style::Optional, Last::Nothing, 0, DrawLine},
-    {"polygon", "COLOUR X,Y X,Y X,Y ...", 0, 1, Style::None, Last::Points, 3, DrawPolygon},
-    {"polyline", "COLOUR [dashed] X,Y X,Y ...", 0, 1, Style::Optional, Last::Points, 2,
+    {"box", "L T R B COLOUR [dashed]", 4, 1, Option::Dashed, Last::Nothing, 0, DrawBox},
+    {"fill", "L T R B COLOUR", 4, 1, Option::None, Last::Nothing, 0, DrawFill},
+    {"hline", "X0 X1 Y COLOUR [dashed]", 3, 1, Option::Dashed, Last::Nothing, 0, DrawHLine},
+    {"vline", "X Y0 Y1 COLOUR [dashed]", 3, 1, Option::Dashed, Last::Nothing, 0, DrawVLine},
+    {"line", "X0 Y0 X1 Y1 COLOUR [dashed]", 4, 1, Option::Dashed, Last::Nothing, 0, DrawLine},
+    {"polygon", "COLOUR X,Y X,Y X,Y ...", 0, 1, Option::None, Last::Points, 3, DrawPolygon},
+    {"polyline", "COLOUR [dashed] X,Y X,Y ...", 0, 1, Option::Dashed, Last::Points, 2,
      DrawPolyline},
-    {"loop", "COLOUR [dashed] X,Y X,Y X,Y ...", 0, 1, Style::Optional, Last::Points, 3, DrawLoop},
-    {"text", "X Y COLOUR \"string\"", 2, 1, Style::None, Last::String, 0, DrawText},
-    {"outlined", "X Y COLOUR OUTLINE \"string\"", 2, 2, Style::None, Last::String, 0, DrawOutlined},
-    {"label", "X Y COLOUR BACKGROUND \"string\"", 2, 2, Style::None, Last::String, 0, DrawLabel},
+    {"loop", "COLOUR [dashed] X,Y X,Y X,Y ...", 0, 1, Option::Dashed, Last::Points, 3, DrawLoop},
+    {"ellipse", "L T R B COLOUR", 4, 1, Option::None, Last::Nothing, 0, DrawEllipse},
+    {"disc", "L T R B COLOUR", 4, 1, Option::None, Last::Nothing, 0, DrawDisc},
+    {"roundbox", "L T R B RX RY COLOUR", 6, 1, Option::None, Last::Nothing, 0, DrawRoundBox},
+    {"roundfill", "L T R B RX RY COLOUR", 6, 1, Option::None, Last::Nothing, 0, DrawRoundFill},
+    {"bitmap", "L T R B COLOUR [half] \"file.pbm\"", 4, 1, Option::Half, Last::Picture, 0,
+     DrawBitmap},
+    {"copy", "L T R B FROM_X FROM_Y", 6, 0, Option::None, Last::Nothing, 0, DrawCopy},
+    {"text", "X Y COLOUR \"string\"", 2, 1, Option::None, Last::String, 0, DrawText},
+    {"outlined", "X Y COLOUR OUTLINE \"string\"", 2, 2, Option::None, Last::String, 0,
+     DrawOutlined},
+    {"label", "X Y COLOUR BACKGROUND \"string\"", 2, 2, Option::None, Last::String, 0, DrawLabel},
+    {"paragraph", "X Y WIDTH COLOUR BACKGROUND \"string\"", 3, 2, Option::None, Last::String, 0,
+     DrawParagraph},
 };
 
 struct NamedColour {
@@ -186,11 +200,15 @@ void TakeColours(std::string_view &line, size_t count, Overlay &overlay) {
     }
 }
 
-void TakeStyle(std::string_view &line, Overlay &overlay) {
-    if (NextWord(line) != "dashed")
+void TakeOption(std::string_view &line, Option option, Overlay &overlay) {
+    const std::string_view word = NextWord(line);
+    if (option == Option::Dashed && word == "dashed")
+        overlay.style = OrnMinRenderLineDashed;
+    else if (option == Option::Half && word == "half")
+        overlay.halfTransparent = true;
+    else
         return;
     TakeWord(line);
-    overlay.style = OrnMinRenderLineDashed;
 }
 
 OrnMinRenderPoint ParsePoint(std::string_view word) {
@@ -268,17 +286,29 @@ void TakeString(std::string_view &line, Overlay &overlay) {
                               overlay.text.find(kTimePlaceholder) != std::string::npos;
 }
 
+void TakePicture(std::string_view &line, Overlay &overlay) {
+    const std::string path = TakeQuoted(line);
+    try {
+        overlay.bitmap = ParsePbm(ReadFile(path));
+    } catch (const PbmError &error) {
+        throw LineError(path + ": " + error.what());
+    } catch (const std::system_error &error) {
+        throw LineError(path + ": " + error.code().message());
+    }
+}
+
 // ---- Lines ----
 
 void TakeArguments(std::string_view &line, const Command &command, Overlay &overlay) {
     TakeCoordinates(line, command.coordinates, overlay);
     TakeColours(line, command.colours, overlay);
-    if (command.style == Style::Optional)
-        TakeStyle(line, overlay);
+    TakeOption(line, command.option, overlay);
     if (command.last == Last::Points)
         TakePoints(line, command.minPoints, overlay);
     if (command.last == Last::String)
         TakeString(line, overlay);
+    if (command.last == Last::Picture)
+        TakePicture(line, overlay);
     if (!NextWord(line).empty())
         throw LineError("unexpected " + Quoted(NextWord(line)) + " after the arguments");
 }
@@ -306,6 +336,18 @@ std::string_view TakeLine(std::string_view &content) {
 }
 
 } // namespace
+
+std::string ReadFile(const std::string &path) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(path.c_str(), "rb"),
+                                                                std::fclose);
+    std::string content;
+    char part[65536];
+    while (const size_t count = file ? std::fread(part, 1, sizeof part, file.get()) : 0)
+        content.append(part, count);
+    if (!file || std::ferror(file.get()))
+        throw std::system_error(errno, std::generic_category());
+    return content;
+}
 
 Script ParseScript(std::string_view content, bool hasFont) {
     Script script;

@@ -18,9 +18,12 @@ struct Script {
     bool complete = true; // false: reading stopped at the last of too many errors
 };
 
-// Reads a whole script. A line that can't be understood gives an error in place of an overlay, and
-// so does text when there is no font.
+// Reads a whole script, and the pictures that it names. A line that can't be understood gives an
+// error in place of an overlay, and so does text when there is no font.
 Script ParseScript(std::string_view content, bool hasFont);
+
+// The whole content of a file. Throws std::system_error.
+std::string ReadFile(const std::string &path);
 
 // The commands and colours of the script, as --help shows them.
 std::string ScriptHelp();
