@@ -55,34 +55,55 @@ struct Frame {
     bool operator==(const Frame &other) const {
         return luma == other.luma && chroma == other.chroma;
     }
-    // Ink as '#', anything else as '.', one string a row.
-    std::string Luma() {
+    // Ink as '#', anything else as '.': luma rows, and beside them the chroma rows.
+    std::string Picture() {
         std::string picture;
-        for (int y = 0; y < image.height; ++y, picture += '\n')
+        for (int y = 0; y < image.height; ++y) {
             for (int x = 0; x < image.width; ++x)
                 picture += Y(x, y) == kInk.y ? '#' : '.';
+            if (y < ChromaSide(image.height))
+                picture += ' ';
+            for (int cx = 0; y < ChromaSide(image.height) && cx < ChromaSide(image.width); ++cx)
+                picture += UV(cx, y)[0] == kInk.u && UV(cx, y)[1] == kInk.v ? '#' : '.';
+            picture += '\n';
+        }
         return picture;
-    }
-    std::string Chroma() {
-        std::string picture;
-        for (int cy = 0; cy < ChromaSide(image.height); ++cy, picture += '\n')
-            for (int cx = 0; cx < ChromaSide(image.width); ++cx)
-                picture += UV(cx, cy)[0] == kInk.u && UV(cx, cy)[1] == kInk.v ? '#' : '.';
-        return picture;
-    }
-};
-
-struct ContextDeleter {
-    void operator()(OrnMinRenderContext *context) const {
-        OrnMinRenderDestroyContext(context);
     }
 };
 
 // The one context of a test program.
 inline OrnMinRenderContext *Context() {
-    static std::unique_ptr<OrnMinRenderContext, ContextDeleter> context(
-        OrnMinRenderCreateContext());
+    static const std::unique_ptr<OrnMinRenderContext, decltype(&OrnMinRenderDestroyContext)>
+        context(OrnMinRenderCreateContext(), OrnMinRenderDestroyContext);
     return context.get();
+}
+
+using Image = const OrnMinRenderImage *;
+using Int = int64_t;
+using Ints = std::vector<Int>;
+
+inline Ints Range(Int first, Int last) {
+    Ints range;
+    for (; first <= last; ++first)
+        range.push_back(first);
+    return range;
+}
+
+// Calls test with every choice of one value from each set, until one fails.
+template <class Test> void ForAll(const std::vector<Ints> &sets, Test test) {
+    std::vector<size_t> at(sets.size());
+    for (size_t digit = 0; digit < sets.size();) {
+        Ints values;
+        for (size_t i = 0; i < sets.size(); ++i)
+            values.push_back(sets[i][at[i]]);
+        test(values);
+        if (testing::Test::HasFatalFailure()) {
+            ADD_FAILURE() << "in case " << testing::PrintToString(values);
+            return;
+        }
+        for (digit = 0; digit < sets.size() && ++at[digit] == sets[digit].size(); ++digit)
+            at[digit] = 0;
+    }
 }
 
 // Draws on paper and compares: luma(x, y) and chroma(cx, cy) say what must be ink.
@@ -104,9 +125,8 @@ testing::AssertionResult Draws(int width, int height, unsigned planes, Draw draw
         return testing::AssertionSuccess();
     return testing::AssertionFailure()
            << width << " x " << height << ", planes " << planes << "\ndrawn:\n"
-           << drawn.Luma() << drawn.Chroma() << "expected:\n"
-           << expected.Luma() << expected.Chroma()
-           << "(the same: bytes outside the frame were written)";
+           << drawn.Picture() << "expected:\n"
+           << expected.Picture() << "(the same: bytes outside the frame were written)";
 }
 
 inline bool NoInk(int, int) {

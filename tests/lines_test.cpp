@@ -11,12 +11,10 @@
 
 namespace {
 
-using Int = int64_t;
+const Ints kSides = {1, 2, 3, 4, 7, 18};
+const Ints kStyles = {0, 1, 2, -1};
 
-const int kSides[] = {1, 2, 3, 4, 6, 7};
-const int kStyles[] = {0, 1, 2, -1};
-
-bool Dash(Int along, int style, Int bit) {
+bool Dash(Int along, Int style, Int bit) {
     return style == 0 || (style == 1 && (along & bit));
 }
 
@@ -35,11 +33,12 @@ struct Interval {
     }
 };
 
+// Which pixels and chroma samples must be ink.
 struct Predicate {
     std::function<bool(Int, Int)> luma, chroma;
 };
 
-Predicate HLine(int w, int h, Int x0, Int x1, Int y, int style, bool chromaLine) {
+Predicate HLine(Int w, Int h, Int x0, Int x1, Int y, Int style, bool chromaLine) {
     const Interval columns(x0, x1, w);
     const bool oneRow = style == 1 && !chromaLine;
     return {[=](Int px, Int py) {
@@ -52,7 +51,7 @@ Predicate HLine(int w, int h, Int x0, Int x1, Int y, int style, bool chromaLine)
             }};
 }
 
-Predicate VLine(int w, int h, Int x, Int y0, Int y1, int style, bool chromaLine) {
+Predicate VLine(Int w, Int h, Int x, Int y0, Int y1, Int style, bool chromaLine) {
     const bool visible = x >= 0 && x < w - 1 && (chromaLine || y0 < y1);
     const Interval rows(y0, y1, h);
     return {[=](Int px, Int py) {
@@ -64,142 +63,68 @@ Predicate VLine(int w, int h, Int x, Int y0, Int y1, int style, bool chromaLine)
             }};
 }
 
-Predicate Either(std::vector<Predicate> parts) {
-    return {[=](Int x, Int y) {
-                return std::any_of(parts.begin(), parts.end(),
-                                   [=](const Predicate &p) { return p.luma(x, y); });
-            },
-            [=](Int x, Int y) {
-                return std::any_of(parts.begin(), parts.end(),
-                                   [=](const Predicate &p) { return p.chroma(x, y); });
-            }};
+Predicate FrameLines(Int w, Int h, const OrnMinRenderRect &r, Int style, bool chroma) {
+    const Int right = Int{r.right} - 1, bottom = Int{r.bottom} - 1;
+    const Predicate lines[] = {HLine(w, h, r.left, r.right, r.top, style, chroma),
+                               HLine(w, h, r.left, r.right, bottom, style, chroma),
+                               VLine(w, h, r.left, r.top, bottom + 2, style, chroma),
+                               VLine(w, h, right, r.top, bottom + 2, style, chroma)};
+    const std::vector<Predicate> all(std::begin(lines), std::end(lines));
+    const auto any = [all](auto member) {
+        return [=](Int x, Int y) {
+            return std::any_of(all.begin(), all.end(),
+                               [=](const Predicate &p) { return (p.*member)(x, y); });
+        };
+    };
+    return {any(&Predicate::luma), any(&Predicate::chroma)};
+}
+
+template <class Draw> void Check(Int w, Int h, Int planes, const Predicate &p, Draw draw) {
+    ASSERT_TRUE(Draws(int(w), int(h), unsigned(planes), draw, p.luma, p.chroma));
 }
 
 TEST(AxisAlignedLines, MatchTheReferenceInAllSmallWorlds) {
-    for (int w : kSides)
-        for (int h : kSides)
-            for (int a = -2; a <= 9; ++a)
-                for (int b = -2; b <= 9; ++b)
-                    for (int c = -3; c <= 8; ++c)
-                        for (int style : kStyles) {
-                            const unsigned planes = static_cast<unsigned>(a + b + c + 9) % 4;
-                            auto *context = Context();
-                            const auto check = [&](auto draw, const Predicate &p) {
-                                return Draws(w, h, planes, draw, p.luma, p.chroma)
-                                       << " a " << a << " b " << b << " c " << c << " style "
-                                       << style;
-                            };
-                            ASSERT_TRUE(check(
-                                [&](auto *image) {
-                                    OrnMinRenderDrawHLineY8(context, image, a, b, c, 200, style);
-                                },
-                                HLine(w, h, a, b, c, style, false)));
-                            ASSERT_TRUE(check(
-                                [&](auto *image) {
-                                    OrnMinRenderDrawHLineY(context, image, a, b, c, 200, style);
-                                },
-                                HLine(w, h, a, b, c, style, false)));
-                            ASSERT_TRUE(check(
-                                [&](auto *image) {
-                                    OrnMinRenderDrawHLineYUV420SP(context, image, a, b, c, kInk,
-                                                                  style);
-                                },
-                                HLine(w, h, a, b, c, style, true)));
-                            ASSERT_TRUE(check(
-                                [&](auto *image) {
-                                    OrnMinRenderDrawVLineY8(nullptr, image, c, a, b, 200, style);
-                                },
-                                VLine(w, h, c, a, b, style, false)));
-                            ASSERT_TRUE(check(
-                                [&](auto *image) {
-                                    OrnMinRenderDrawVLineYUV420SP(nullptr, image, c, a, b, kInk,
-                                                                  style);
-                                },
-                                VLine(w, h, c, a, b, style, true)));
-                        }
-}
-
-TEST(AxisAlignedLines, DashesFollowTheFrameNotTheLine) {
-    for (int from : {0, 3, 9}) {
-        const auto h = HLine(40, 20, from, 40, 5, 1, true);
-        EXPECT_TRUE(Draws(
-            40, 20, 3,
-            [&](auto *image) {
-                OrnMinRenderDrawHLineYUV420SP(Context(), image, from, 40, 5, kInk, 1);
-            },
-            h.luma, h.chroma));
-        const auto v = VLine(20, 40, 5, 40, from, 1, true);
-        EXPECT_TRUE(Draws(
-            20, 40, 3,
-            [&](auto *image) {
-                OrnMinRenderDrawVLineYUV420SP(nullptr, image, 5, 40, from, kInk, 1);
-            },
-            v.luma, v.chroma));
-    }
+    auto *context = Context();
+    const Ints ends = {-2, -1, 0, 1, 2, 3, 4, 5, 6, 7, 8, 12, 17, 18, 20};
+    ForAll({kSides, {1, 2, 3, 6, 18}, ends, ends, Range(-3, 8), kStyles}, [&](const Ints &v) {
+        const Int w = v[0], h = v[1], planes = (v[2] + v[3] + v[4] + 9) % 4;
+        const int a = int(v[2]), b = int(v[3]), c = int(v[4]), style = int(v[5]);
+        Check(w, h, planes, HLine(w, h, a, b, c, style, false),
+              [=](Image i) { OrnMinRenderDrawHLineY8(context, i, a, b, c, kInk.y, style); });
+        Check(w, h, planes, HLine(w, h, a, b, c, style, false),
+              [=](Image i) { OrnMinRenderDrawHLineY(context, i, a, b, c, kInk.y, style); });
+        Check(w, h, planes, HLine(w, h, a, b, c, style, true),
+              [=](Image i) { OrnMinRenderDrawHLineYUV420SP(context, i, a, b, c, kInk, style); });
+        Check(w, h, planes, VLine(w, h, c, a, b, style, false),
+              [=](Image i) { OrnMinRenderDrawVLineY8(nullptr, i, c, a, b, kInk.y, style); });
+        Check(w, h, planes, VLine(w, h, c, a, b, style, true),
+              [=](Image i) { OrnMinRenderDrawVLineYUV420SP(nullptr, i, c, a, b, kInk, style); });
+    });
 }
 
 TEST(FramesAndFills, MatchTheReferenceInAllSmallWorlds) {
-    const Int limits[] = {INT_MIN, -2, -1, 0, 1, 2, 4, 5, 8, INT_MAX};
-    for (int w : {1, 4, 7})
-        for (int h : {1, 3, 6})
-            for (Int l : limits)
-                for (Int t : limits)
-                    for (Int r : limits)
-                        for (Int b : limits) {
-                            const int style = static_cast<int>((l + t + r + b) & 3);
-                            const unsigned planes = static_cast<unsigned>(l + r) % 3 + 1;
-                            const OrnMinRenderRect rect = {int(l), int(t), int(r), int(b)};
-                            const auto frame = Either({HLine(w, h, l, r, t, style, true),
-                                                       HLine(w, h, l, r, b - 1, style, true),
-                                                       VLine(w, h, l, t, b + 1, style, true),
-                                                       VLine(w, h, r - 1, t, b + 1, style, true)});
-                            const Interval columns(l, r, w), rows(t, b, h);
-                            const auto where =
-                                testing::PrintToString(std::vector<Int>{l, t, r, b, style});
-                            ASSERT_TRUE(Draws(
-                                w, h, planes,
-                                [&](auto *image) {
-                                    OrnMinRenderDrawFrameYUV420SP(Context(), image, &rect, kInk,
-                                                                  style);
-                                },
-                                frame.luma, frame.chroma))
-                                << where;
-                            const auto filled = [&](Int x, Int y) {
-                                return columns.Has(x) && rows.Has(y);
-                            };
-                            ASSERT_TRUE(Draws(
-                                w, h, planes,
-                                [&](auto *image) {
-                                    OrnMinRenderFillRectYUV420SP(Context(), image, &rect, kInk);
-                                },
-                                filled,
-                                [&](Int cx, Int cy) {
-                                    return filled(2 * cx, 2 * cy) || filled(2 * cx + 1, 2 * cy) ||
-                                           filled(2 * cx, 2 * cy + 1) ||
-                                           filled(2 * cx + 1, 2 * cy + 1);
-                                }))
-                                << where;
-                            ASSERT_TRUE(Draws(
-                                w, h, planes,
-                                [&](auto *image) {
-                                    OrnMinRenderFillRectY8(Context(), image, &rect, kInk.y);
-                                },
-                                filled, NoInk))
-                                << where;
-                        }
-}
-
-TEST(FramesAndFills, LumaFrameIsFourLumaLines) {
-    const OrnMinRenderRect rect = {1, 1, 19, 18};
-    for (int style : kStyles) {
-        const auto p =
-            Either({HLine(22, 20, 1, 19, 1, style, false), HLine(22, 20, 1, 19, 17, style, false),
-                    VLine(22, 20, 1, 1, 19, style, false), VLine(22, 20, 18, 1, 19, style, false)});
-        EXPECT_TRUE(Draws(
-            22, 20, 3,
-            [&](auto *image) { OrnMinRenderDrawFrameY8(Context(), image, &rect, kInk.y, style); },
-            p.luma, p.chroma));
-    }
+    const Ints ends = {INT_MIN, -2, -1, 0, 1, 2, 4, 5, 8, INT_MAX};
+    ForAll({{1, 4, 7}, {1, 3, 6}, ends, ends, ends, ends}, [&](const Ints &v) {
+        const Int w = v[0], h = v[1], planes = unsigned(v[2] + v[4]) % 3 + 1;
+        const OrnMinRenderRect rect = {int(v[2]), int(v[3]), int(v[4]), int(v[5])};
+        const int style = int((v[2] + v[3] + v[4] + v[5]) & 3);
+        auto *context = Context();
+        Check(w, h, planes, FrameLines(w, h, rect, style, true),
+              [&](Image i) { OrnMinRenderDrawFrameYUV420SP(context, i, &rect, kInk, style); });
+        Check(w, h, planes, FrameLines(w, h, rect, style, false),
+              [&](Image i) { OrnMinRenderDrawFrameY8(context, i, &rect, kInk.y, style); });
+        const auto filled = [&](Int x, Int y) {
+            return Interval(v[2], v[4], w).Has(x) && Interval(v[3], v[5], h).Has(y);
+        };
+        const auto touched = [&](Int cx, Int cy) {
+            return filled(2 * cx, 2 * cy) || filled(2 * cx + 1, 2 * cy) ||
+                   filled(2 * cx, 2 * cy + 1) || filled(2 * cx + 1, 2 * cy + 1);
+        };
+        Check(w, h, planes, {filled, touched},
+              [&](Image i) { OrnMinRenderFillRectYUV420SP(context, i, &rect, kInk); });
+        Check(w, h, planes, {filled, NoInk},
+              [&](Image i) { OrnMinRenderFillRectY8(context, i, &rect, kInk.y); });
+    });
 }
 
 // ---- Sloped lines: each step's minor coordinate in closed form ----
@@ -208,7 +133,7 @@ Int CeilDiv(Int a, Int b) {
     return a <= 0 ? 0 : (a + b - 1) / b;
 }
 
-Predicate SlopedLine(int w, int h, OrnMinRenderPoint p0, OrnMinRenderPoint p1, int style) {
+Predicate SlopedLine(int w, int h, OrnMinRenderPoint p0, OrnMinRenderPoint p1, Int style) {
     const auto nothing = [](Int, Int) { return false; };
     if (w < 2 || h < 2 || !ClipLine(&p0, &p1, w - 2, h - 2))
         return {nothing, nothing};
@@ -236,43 +161,28 @@ Predicate SlopedLine(int w, int h, OrnMinRenderPoint p0, OrnMinRenderPoint p1, i
 }
 
 TEST(SlopedLines, MatchTheReferenceInAllSmallWorlds) {
-    for (int w : kSides)
-        for (int h : {1, 2, 5, 6})
-            for (int x0 = -3; x0 <= 8; ++x0)
-                for (int y0 = -3; y0 <= 7; ++y0)
-                    for (int x1 = -3; x1 <= 8; ++x1)
-                        for (int y1 = -3; y1 <= 7; ++y1) {
-                            const auto p = SlopedLine(w, h, {x0, y0}, {x1, y1}, 0);
-                            ASSERT_TRUE(Draws(
-                                w, h, 3,
-                                [&](auto *image) {
-                                    OrnMinRenderDrawLineYUV420SP(nullptr, image, {x0, y0}, {x1, y1},
-                                                                 kInk, 0);
-                                },
-                                p.luma, p.chroma))
-                                << x0 << ' ' << y0 << ' ' << x1 << ' ' << y1;
-                        }
+    const Ints xs = Range(-3, 8), ys = Range(-3, 7);
+    ForAll({{1, 2, 3, 5, 7}, {1, 2, 5, 6}, xs, ys, xs, ys}, [](const Ints &v) {
+        const int w = int(v[0]), h = int(v[1]);
+        const OrnMinRenderPoint p0 = {int(v[2]), int(v[3])}, p1 = {int(v[4]), int(v[5])};
+        Check(w, h, 3, SlopedLine(w, h, p0, p1, 0),
+              [=](Image i) { OrnMinRenderDrawLineYUV420SP(nullptr, i, p0, p1, kInk, 0); });
+    });
 }
 
 TEST(SlopedLines, MatchTheReferenceOnLargerFrames) {
     std::mt19937 random(7);
     const auto near = [&] { return static_cast<int>(random() % 90) - 20; };
-    for (int i = 0; i < 3000; ++i) {
+    ForAll({Range(0, 3000)}, [&](const Ints &v) {
         const OrnMinRenderPoint p0 = {near(), near()}, p1 = {near(), near()};
-        const int style = kStyles[random() % 3];
-        const unsigned planes = random() % 4;
-        const auto p = SlopedLine(61, 48, p0, p1, style);
-        const auto check = [&](auto draw, auto chroma) {
-            return Draws(61, 48, planes, draw, p.luma, chroma)
-                   << i << ": " << p0.x << ' ' << p0.y << ' ' << p1.x << ' ' << p1.y;
-        };
-        ASSERT_TRUE(check(
-            [&](auto *image) { OrnMinRenderDrawLineYUV420SP(nullptr, image, p0, p1, kInk, style); },
-            p.chroma));
-        ASSERT_TRUE(check(
-            [&](auto *image) { OrnMinRenderDrawLineY8(nullptr, image, p0, p1, kInk.y, style); },
-            NoInk));
-    }
+        const int style = int(kStyles[random() % 3]);
+        auto p = SlopedLine(61, 48, p0, p1, style);
+        Check(61, 48, v[0] % 4, p,
+              [=](Image i) { OrnMinRenderDrawLineYUV420SP(nullptr, i, p0, p1, kInk, style); });
+        p.chroma = NoInk;
+        Check(61, 48, v[0] % 4, p,
+              [=](Image i) { OrnMinRenderDrawLineY8(nullptr, i, p0, p1, kInk.y, style); });
+    });
 }
 
 // The clip's contract, for every int32: exact intersections, quotients cut toward zero.
@@ -360,12 +270,11 @@ testing::AssertionResult FillsPolygon(const std::vector<OrnMinRenderPoint> &poin
 }
 
 TEST(Polygons, MatchTheReferenceForAllSmallTriangles) {
-    constexpr int kSide = 7; // coordinates -1..5, on a frame of 4 x 5
-    const auto point = [](int i) { return OrnMinRenderPoint{i % kSide - 1, i / kSide - 1}; };
-    for (int a = 0; a < kSide * kSide; ++a)
-        for (int b = 0; b < kSide * kSide; ++b)
-            for (int c = 0; c < kSide * kSide; c += 1 + (a + b) % 2)
-                ASSERT_TRUE(FillsPolygon({point(a), point(b), point(c)}, 4, 5, 3));
+    // Coordinates -1..5, on a frame of 4 x 5.
+    const auto point = [](Int i) { return OrnMinRenderPoint{int(i % 7 - 1), int(i / 7 - 1)}; };
+    ForAll({Range(0, 48), Range(0, 48), Range(0, 48)}, [&](const Ints &v) {
+        ASSERT_TRUE(FillsPolygon({point(v[0]), point(v[1]), point(v[2])}, 4, 5, 3));
+    });
 }
 
 TEST(Polygons, MatchTheReferenceForRandomOutlines) {
@@ -396,10 +305,8 @@ TEST(Polygons, DrawWithFewerThan4096CrossingsAPlane) {
         EXPECT_EQ(frame.UV(4, 1021)[1], kInk.v);
     }
     const OrnMinRenderPoint two[] = {{0, 0}, {5, 5}};
-    EXPECT_TRUE(Draws(
-        8, 8, 3,
-        [&](auto *image) { OrnMinRenderFillPolygonYUV420SP(Context(), image, two, 2, kInk); },
-        NoInk, NoInk));
+    Check(8, 8, 3, {NoInk, NoInk},
+          [&](Image i) { OrnMinRenderFillPolygonYUV420SP(Context(), i, two, 2, kInk); });
 }
 
 TEST(Polygons, CrossingsSortLikeTheGeneralSort) {
@@ -425,45 +332,31 @@ TEST(Polygons, CrossingsSortLikeTheGeneralSort) {
 TEST(Spans, CountPointsAndLeaveEmptySpansAlone) {
     const OrnMinRenderScanline spans[] = {{{1, 2}, {3, 2}}, {{2, 0}, {2, 0}}, {{0, 3}, {4, 3}}};
     for (int count : {-2, 0, 2, 4, 6}) {
-        const auto ink = [&](Int x, Int y) {
+        const auto ink = [=](Int x, Int y) {
             return (count >= 2 && y == 2 && x >= 1 && x < 3) || (count >= 6 && y == 3 && x < 4);
         };
-        EXPECT_TRUE(Draws(
-            6, 4, 1, [&](auto *image) { OrnMinRenderDrawScanlinesY8(image, spans, count, kInk.y); },
-            ink, NoInk));
-        EXPECT_TRUE(Draws(
-            12, 8, 2, [&](auto *image) { OrnMinRenderDrawScanlinesUV(image, spans, count, kInk); },
-            NoInk, ink));
+        Check(6, 4, 1, {ink, NoInk},
+              [&](Image i) { OrnMinRenderDrawScanlinesY8(i, spans, count, kInk.y); });
+        Check(12, 8, 2, {NoInk, ink},
+              [&](Image i) { OrnMinRenderDrawScanlinesUV(i, spans, count, kInk); });
     }
 }
 
 TEST(Spans, ChromaRunsOfEveryLengthPaintWholePairs) {
-    for (int first = 0; first < 9; ++first)
-        for (int end = first; end <= 60; ++end) {
-            const OrnMinRenderScanline span = {{first, 0}, {end, 0}};
-            ASSERT_TRUE(Draws(
-                120, 2, 2, [&](auto *image) { OrnMinRenderDrawScanlinesUV(image, &span, 2, kInk); },
-                NoInk, [&](Int cx, Int) { return cx >= first && cx < end; }));
-        }
+    ForAll({Range(0, 8), Range(8, 60)}, [](const Ints &v) {
+        const OrnMinRenderScanline span = {{int(v[0]), 0}, {int(v[1]), 0}};
+        Check(120, 2, 2, {NoInk, [&](Int cx, Int) { return cx >= v[0] && cx < v[1]; }},
+              [&](Image i) { OrnMinRenderDrawScanlinesUV(i, &span, 2, kInk); });
+    });
 }
 
-TEST(BuildingBlocks, EmptyRectanglesAndSinglePixels) {
+// Rounded outward they would paint a chroma sample that holds nothing of them.
+TEST(BuildingBlocks, EmptyRectanglesAtOddCoordinatesPaintNothing) {
     for (const OrnMinRenderRect rect : {OrnMinRenderRect{3, 1, 3, 5}, OrnMinRenderRect{1, 3, 5, 3}})
-        EXPECT_TRUE(Draws(
-            8, 8, 3,
-            [&](auto *image) {
-                OrnMinRenderFillRectY8Impl(Context(), image, &rect, kInk.y);
-                OrnMinRenderFillRectUVImpl(Context(), image, &rect, kInk);
-            },
-            NoInk, NoInk));
-    EXPECT_TRUE(Draws(
-        9, 7, 3,
-        [&](auto *image) {
-            OrnMinRenderSetYPixel(image, 5, 1, kInk.y);
-            OrnMinRenderSetUVPixel(image, 4, 3, kInk);
-        },
-        [](Int x, Int y) { return x == 5 && y == 1; },
-        [](Int cx, Int cy) { return cx == 4 && cy == 3; }));
+        Check(8, 8, 3, {NoInk, NoInk}, [&](Image i) {
+            OrnMinRenderFillRectY8Impl(Context(), i, &rect, kInk.y);
+            OrnMinRenderFillRectUVImpl(Context(), i, &rect, kInk);
+        });
 }
 
 TEST(Strides, MayBeNegative) {
@@ -504,30 +397,26 @@ TEST(Strides, ReachPastTwoGiB) {
     EXPECT_EQ(last[63], 9);
 }
 
-TEST(TallFrames, EveryFillIsComplete) {
+TEST(TallFrames, EveryRowIsFilled) {
     const OrnMinRenderRect rect = {1, -50, 63, 9000};
-    EXPECT_TRUE(Draws(
-        64, 5000, 3,
-        [&](auto *image) { OrnMinRenderFillRectYUV420SP(Context(), image, &rect, kInk); },
-        [](Int x, Int) { return x >= 1 && x < 63; }, [](Int, Int) { return true; }));
+    Check(64, 5000, 3, {[](Int x, Int) { return x >= 1 && x < 63; }, [](Int, Int) { return true; }},
+          [&](Image i) { OrnMinRenderFillRectYUV420SP(Context(), i, &rect, kInk); });
 }
 
 // A call whose work followed its arguments instead of the frame would take minutes here.
 TEST(Extremes, CostNoTimeAndStayInside) {
     const auto begin = std::chrono::steady_clock::now();
-    const int limits[] = {INT_MIN, INT_MIN + 1, -65536, -1, 0, 9, 65536, INT_MAX - 1, INT_MAX};
+    const Ints limits = {INT_MIN, INT_MIN + 1, -65536, -1, 0, 9, 65536, INT_MAX - 1, INT_MAX};
     Frame frame(16, 16);
-    for (int a : limits)
-        for (int b : limits)
-            for (int c : limits)
-                for (int d : limits) {
-                    const OrnMinRenderRect rect = {a, b, c, d};
-                    const OrnMinRenderPoint points[] = {{a, b}, {c, d}, {b, c}};
-                    OrnMinRenderDrawLineYUV420SP(nullptr, &frame.image, {a, b}, {c, d}, kInk, 0);
-                    OrnMinRenderDrawFrameYUV420SP(Context(), &frame.image, &rect, kInk, 1);
-                    OrnMinRenderFillRectYUV420SP(Context(), &frame.image, &rect, kInk);
-                    OrnMinRenderFillPolygonYUV420SP(Context(), &frame.image, points, 3, kInk);
-                }
+    ForAll({limits, limits, limits, limits}, [&](const Ints &v) {
+        const int a = int(v[0]), b = int(v[1]), c = int(v[2]), d = int(v[3]);
+        const OrnMinRenderRect rect = {a, b, c, d};
+        const OrnMinRenderPoint points[] = {{a, b}, {c, d}, {b, c}};
+        OrnMinRenderDrawLineYUV420SP(nullptr, &frame.image, {a, b}, {c, d}, kInk, 0);
+        OrnMinRenderDrawFrameYUV420SP(Context(), &frame.image, &rect, kInk, 1);
+        OrnMinRenderFillRectYUV420SP(Context(), &frame.image, &rect, kInk);
+        OrnMinRenderFillPolygonYUV420SP(Context(), &frame.image, points, 3, kInk);
+    });
     for (int width : {INT_MIN, -1, 0})
         for (int height : {INT_MIN, 0, 16}) {
             frame.image.width = width;
@@ -545,42 +434,38 @@ TEST(Extremes, CostNoTimeAndStayInside) {
 // ---- Colours ----
 
 TEST(Colours, FollowTheEquationsAndStayInRange) {
-    for (int r = 0; r < 256; r += 3)
-        for (int g = 0; g < 256; g += 3)
-            for (int b = 0; b < 256; ++b) {
-                const uint8_t rgb[3] = {uint8_t(r), uint8_t(g), uint8_t(b)};
-                uint8_t yuv[3];
-                OrnMinRenderRGB2YUV(yuv, rgb);
-                const double exact[3] = {0.299 * r + 0.587 * g + 0.114 * b,
-                                         128 - 0.168736 * r - 0.331264 * g + 0.5 * b,
-                                         128 + 0.5 * r - 0.418688 * g - 0.081312 * b};
-                for (int i = 0; i < 3; ++i)
-                    ASSERT_TRUE(yuv[i] <= exact[i] + 0.01 && yuv[i] > exact[i] - 1.01)
-                        << r << ' ' << g << ' ' << b << " component " << i;
-            }
+    ForAll({Range(0, 51), Range(0, 51), Range(0, 255)}, [](const Ints &v) {
+        const double r = double(v[0] * 5), g = double(v[1] * 5), b = double(v[2]);
+        const uint8_t rgb[3] = {uint8_t(r), uint8_t(g), uint8_t(b)};
+        uint8_t yuv[3];
+        OrnMinRenderRGB2YUV(yuv, rgb);
+        const double exact[3] = {0.299 * r + 0.587 * g + 0.114 * b,
+                                 128 - 0.168736 * r - 0.331264 * g + 0.5 * b,
+                                 128 + 0.5 * r - 0.418688 * g - 0.081312 * b};
+        for (int i = 0; i < 3; ++i)
+            ASSERT_TRUE(yuv[i] <= exact[i] + 0.01 && yuv[i] > exact[i] - 1.01) << i;
+    });
 }
 
 TEST(Colours, ReproduceTheTableAlsoInPlace) {
-    const struct {
-        uint8_t rgb[3], yuv[3], back[3];
-    } cases[] = {{{255, 255, 255}, {254, 128, 128}, {254, 254, 254}},
-                 {{0, 0, 0}, {0, 128, 128}, {0, 0, 0}},
-                 {{255, 0, 0}, {76, 84, 255}, {254, 1, 0}},
-                 {{0, 255, 0}, {149, 43, 21}, {0, 255, 0}},
-                 {{0, 0, 255}, {29, 255, 107}, {0, 1, 254}}};
-    for (const auto &c : cases) {
-        uint8_t triple[3] = {c.rgb[0], c.rgb[1], c.rgb[2]};
+    const uint8_t triples[][9] = {// RGB, its YUV, and that back in RGB
+                                  {255, 255, 255, 254, 128, 128, 254, 254, 254},
+                                  {0, 0, 0, 0, 128, 128, 0, 0, 0},
+                                  {255, 0, 0, 76, 84, 255, 254, 1, 0},
+                                  {0, 255, 0, 149, 43, 21, 0, 255, 0},
+                                  {0, 0, 255, 29, 255, 107, 0, 1, 254}};
+    for (const auto &t : triples) {
+        uint8_t triple[3] = {t[0], t[1], t[2]};
         OrnMinRenderRGB2YUV(triple, triple);
-        EXPECT_EQ(memcmp(triple, c.yuv, 3), 0) << int(c.rgb[0]);
+        EXPECT_EQ(memcmp(triple, t + 3, 3), 0) << int(t[0]);
         OrnMinRenderYUV2RGB(triple, triple);
-        EXPECT_EQ(memcmp(triple, c.back, 3), 0) << int(c.rgb[0]);
+        EXPECT_EQ(memcmp(triple, t + 6, 3), 0) << int(t[0]);
     }
-    const uint8_t yuv[][3] = {{0, 128, 0}, {255, 128, 255}},
-                  rgb[][3] = {{0, 92, 0}, {255, 165, 255}};
-    for (int i = 0; i < 2; ++i) {
-        uint8_t out[3];
-        OrnMinRenderYUV2RGB(out, yuv[i]);
-        EXPECT_EQ(memcmp(out, rgb[i], 3), 0) << i;
+    const uint8_t clamped[][6] = {{0, 128, 0, 0, 92, 0}, {255, 128, 255, 255, 165, 255}};
+    for (const auto &t : clamped) {
+        uint8_t rgb[3];
+        OrnMinRenderYUV2RGB(rgb, t);
+        EXPECT_EQ(memcmp(rgb, t + 3, 3), 0) << int(t[0]);
     }
 }
 

@@ -7,8 +7,6 @@
 
 namespace {
 
-using Int = int64_t;
-
 void Ellipse(const OrnMinRenderImage *image, OrnMinRenderRect rect) {
     OrnMinRenderDrawEllipseYUV420SP(nullptr, image, &rect, kInk);
 }
@@ -25,101 +23,69 @@ void RoundFill(const OrnMinRenderImage *image, OrnMinRenderRect rect, OrnMinRend
     OrnMinRenderFillRoundRectYUV420SP(Context(), image, &rect, &radii, kInk);
 }
 
-// ---- Literal pictures ----
+// ---- Literal pictures: luma, and chroma beside it ----
 
+// clang-format off
 TEST(EllipsePictures, Circle) {
     Frame frame(13, 13);
     Ellipse(&frame.image, {2, 2, 10, 10});
-    EXPECT_EQ(frame.Luma(), ".............\n"
-                            ".............\n"
-                            "....######...\n"
-                            "...########..\n"
-                            "..###...###..\n"
-                            "..##.....###.\n"
-                            "..##......##.\n"
-                            "..##.....###.\n"
-                            "..###....###.\n"
-                            "..####.####..\n"
-                            "...#######...\n"
-                            ".....####....\n"
-                            ".............\n");
-    EXPECT_EQ(frame.Chroma(), ".####..\n"
-                              "##..##.\n"
-                              "#....#.\n"
-                              "#....#.\n"
-                              "##...#.\n"
-                              ".####..\n"
-                              ".......\n");
+    EXPECT_EQ(frame.Picture(),
+        "............. .####..\n"
+        "............. ##..##.\n"
+        "....######... #....#.\n"
+        "...########.. #....#.\n"
+        "..###...###.. ##...#.\n"
+        "..##.....###. .####..\n"
+        "..##......##. .......\n"
+        "..##.....###.\n"
+        "..###....###.\n"
+        "..####.####..\n"
+        "...#######...\n"
+        ".....####....\n"
+        ".............\n");
 }
 
 TEST(EllipsePictures, NoBlockIsAnchoredOnRowZero) {
     Frame frame(9, 9);
     Ellipse(&frame.image, {0, 0, 8, 8});
-    EXPECT_EQ(frame.Luma(), ".........\n"
-                            ".##...###\n"
-                            "###...###\n"
-                            "##.....##\n"
-                            "##......#\n"
-                            "##.....##\n"
-                            "###....##\n"
-                            "####.####\n"
-                            ".#######.\n");
-    EXPECT_EQ(frame.Chroma(), "#..##\n"
-                              "#...#\n"
-                              "#...#\n"
-                              "#...#\n"
-                              "####.\n");
-}
-
-TEST(EllipsePictures, SmallestProperOne) {
-    Frame frame(7, 7);
-    Ellipse(&frame.image, {2, 2, 4, 4});
-    EXPECT_EQ(frame.Luma(), ".......\n"
-                            ".......\n"
-                            "..###..\n"
-                            "..####.\n"
-                            "..####.\n"
-                            "...##..\n"
-                            ".......\n");
-    EXPECT_EQ(frame.Chroma(), "###.\n"
-                              "#.#.\n"
-                              "###.\n"
-                              "....\n");
+    EXPECT_EQ(frame.Picture(),
+        "......... #..##\n"
+        ".##...### #...#\n"
+        "###...### #...#\n"
+        "##.....## #...#\n"
+        "##......# ####.\n"
+        "##.....##\n"
+        "###....##\n"
+        "####.####\n"
+        ".#######.\n");
 }
 
 TEST(EllipsePictures, RoundedOutline) {
     Frame frame(25, 19);
     RoundBox(&frame.image, {2, 2, 22, 16}, {5, 4});
-    EXPECT_EQ(frame.Luma(), ".........................\n"
-                            ".........................\n"
-                            "....#################....\n"
-                            "...###################...\n"
-                            "..####..............###..\n"
-                            "..###................###.\n"
-                            "..##.................###.\n"
-                            "..##..................##.\n"
-                            "..##..................##.\n"
-                            "..##..................##.\n"
-                            "..##..................##.\n"
-                            "..##..................##.\n"
-                            "..##..................##.\n"
-                            "..##.................###.\n"
-                            "..###...............###..\n"
-                            "...####...........#####..\n"
-                            "....##################...\n"
-                            "......##############.....\n"
-                            ".........................\n");
-    EXPECT_EQ(frame.Chroma(), ".###.....##..\n"
-                              "##.#####..##.\n"
-                              "#..........#.\n"
-                              ".#.........#.\n"
-                              ".#.........#.\n"
-                              ".#.........#.\n"
-                              "#..........#.\n"
-                              "##........##.\n"
-                              ".#######.##..\n"
-                              ".............\n");
+    EXPECT_EQ(frame.Picture(),
+        "......................... .###.....##..\n"
+        "......................... ##.#####..##.\n"
+        "....#################.... #..........#.\n"
+        "...###################... .#.........#.\n"
+        "..####..............###.. .#.........#.\n"
+        "..###................###. .#.........#.\n"
+        "..##.................###. #..........#.\n"
+        "..##..................##. ##........##.\n"
+        "..##..................##. .#######.##..\n"
+        "..##..................##. .............\n"
+        "..##..................##.\n"
+        "..##..................##.\n"
+        "..##..................##.\n"
+        "..##.................###.\n"
+        "..###...............###..\n"
+        "...####...........#####..\n"
+        "....##################...\n"
+        "......##############.....\n"
+        ".........................\n");
 }
+
+// clang-format on
 
 TEST(EllipsePictures, GapsOfAnEccentricRingStayOpen) {
     Frame frame(120, 130);
@@ -129,59 +95,43 @@ TEST(EllipsePictures, GapsOfAnEccentricRingStayOpen) {
     EXPECT_EQ(frame.Y(54, 114), kInk.y);
 }
 
-// Row extents {row, first, last}.
-TEST(EllipsePictures, Discs) {
-    struct Row {
-        int y, first, last;
-    };
-    const auto check = [](Frame &frame, const std::vector<Row> &luma,
-                          const std::vector<Row> &chroma) {
-        Frame expected(frame.image.width, frame.image.height);
-        for (const Row &row : luma)
-            for (int x = row.first; x <= row.last; ++x)
-                expected.Y(x, row.y) = kInk.y;
-        for (const Row &row : chroma)
-            for (int cx = row.first; cx <= row.last; ++cx)
-                expected.SetUV(cx, row.y);
-        EXPECT_EQ(frame.Luma(), expected.Luma());
-        EXPECT_EQ(frame.Chroma(), expected.Chroma());
-    };
-    Frame circle(24, 24);
+// The rows that a shape fills in each plane.
+struct Row {
+    int y, first, last;
+};
+
+void ExpectRows(Frame *frame, const std::vector<Row> &luma, const std::vector<Row> &chroma) {
+    Frame expected(frame->image.width, frame->image.height);
+    for (const Row &row : luma)
+        memset(&expected.Y(row.first, row.y), kInk.y, size_t(row.last - row.first + 1));
+    for (const Row &row : chroma)
+        for (int cx = row.first; cx <= row.last; ++cx)
+            expected.SetUV(cx, row.y);
+    EXPECT_EQ(frame->Picture(), expected.Picture());
+}
+
+TEST(EllipsePictures, Fills) {
+    // clang-format off
+    Frame circle(24, 24), wide(34, 24), narrow(310, 312), rounded(34, 28);
     Disc(&circle.image, {10, 10, 18, 18});
-    check(circle,
-          {{11, 12, 15},
-           {12, 11, 16},
-           {13, 10, 17},
-           {14, 10, 17},
-           {15, 10, 17},
-           {16, 11, 16},
-           {17, 12, 15}},
-          {{5, 6, 7}, {6, 5, 8}, {7, 5, 8}, {8, 6, 7}});
-    Frame wide(34, 24);
+    ExpectRows(&circle, {{11, 12, 15}, {12, 11, 16}, {13, 10, 17}, {14, 10, 17}, {15, 10, 17},
+                         {16, 11, 16}, {17, 12, 15}},
+               {{5, 6, 7}, {6, 5, 8}, {7, 5, 8}, {8, 6, 7}});
     Disc(&wide.image, {10, 10, 30, 20});
-    check(wide,
-          {{11, 15, 24},
-           {12, 12, 27},
-           {13, 11, 28},
-           {14, 10, 29},
-           {15, 10, 29},
-           {16, 10, 29},
-           {17, 11, 28},
-           {18, 12, 27},
-           {19, 15, 24}},
-          {{6, 6, 13}, {7, 5, 14}, {8, 6, 13}, {9, 8, 11}});
-    Frame narrow(310, 312);
+    ExpectRows(&wide, {{11, 15, 24}, {12, 12, 27}, {13, 11, 28}, {14, 10, 29}, {15, 10, 29},
+                       {16, 10, 29}, {17, 11, 28}, {18, 12, 27}, {19, 15, 24}},
+               {{6, 6, 13}, {7, 5, 14}, {8, 6, 13}, {9, 8, 11}});
     Disc(&narrow.image, {300, 300, 303, 308});
-    check(narrow,
-          {{302, 300, 301}, {303, 300, 301}, {304, 300, 301}, {305, 300, 301}, {306, 300, 301}},
-          {{151, 150, 150}, {152, 150, 150}, {153, 150, 150}});
-    Frame rounded(34, 28);
+    ExpectRows(&narrow, {{302, 300, 301}, {303, 300, 301}, {304, 300, 301}, {305, 300, 301},
+                         {306, 300, 301}},
+               {{151, 150, 150}, {152, 150, 150}, {153, 150, 150}});
     RoundFill(&rounded.image, {10, 24, 30, 10}, {5, 4});
     std::vector<Row> rows = {{11, 12, 27}, {12, 11, 28}, {22, 11, 28}, {23, 12, 27}};
     for (int y = 13; y <= 21; ++y)
         rows.push_back({y, 10, 29});
-    check(rounded, rows,
-          {{6, 6, 13}, {7, 5, 14}, {8, 5, 14}, {9, 5, 14}, {10, 5, 14}, {11, 6, 13}});
+    ExpectRows(&rounded, rows, {{6, 6, 13}, {7, 5, 14}, {8, 5, 14}, {9, 5, 14}, {10, 5, 14},
+                                {11, 6, 13}});
+    // clang-format on
 }
 
 TEST(EllipsePictures, SquareCorners) {
@@ -263,76 +213,63 @@ TEST(ShapeProperties, SwappedCornersMissingPlanesAndCutOuts) {
 }
 
 TEST(ShapeProperties, FillsLieInsideTheirOutlinesAndMirror) {
-    for (int width = 2; width < 60; width += 1 + width / 9)
-        for (int height = 2; height < 60; ++height)
-            for (int radius : {1000, 1, 3, 8}) {
-                SCOPED_TRACE(testing::PrintToString(std::vector<int>{width, height, radius}));
-                const OrnMinRenderRect rect = {4, 4, 4 + width, 4 + height};
-                Frame outline(70, 70), fill(70, 70);
-                RoundBox(&outline.image, rect, {radius, radius});
-                RoundFill(&fill.image, rect, {radius, radius});
-                if (radius == 1000 && width % 2 == 0 && height % 2 == 0) {
-                    Frame ellipse(70, 70);
-                    Ellipse(&ellipse.image, rect);
-                    ASSERT_TRUE(outline == ellipse);
-                }
-                for (int y = 0; y < 70; ++y) {
-                    int first = 70, last = -1;
-                    for (int x = 0; x < 70; ++x)
-                        if (outline.Y(x, y) == kInk.y) {
-                            first = std::min(first, x);
-                            last = x;
-                        }
-                    for (int x = 0; x < 70; ++x) {
-                        // The stepping of the fill leaves very narrow boxes by a column.
-                        const bool inside = 2 * width < height || (x >= first && x <= last);
-                        ASSERT_TRUE(inside || fill.Y(x, y) != kInk.y) << x << ' ' << y;
-                        const bool mirrors = width % 2 == 0 && x < width;
-                        ASSERT_TRUE(!mirrors || fill.Y(4 + x, y) == fill.Y(3 + width - x, y))
-                            << x << ' ' << y;
-                    }
-                }
-                for (int y = 0; y <= height && height % 2 == 0 && width % 2 == 0; ++y)
-                    for (int x = 0; x < width; ++x)
-                        ASSERT_EQ(fill.Y(4 + x, 4 + y), fill.Y(4 + x, 4 + height - y));
+    ForAll({{2, 3, 8, 13, 20, 41, 58}, Range(2, 60), {1000, 1, 3, 8}}, [](const Ints &v) {
+        const int width = int(v[0]), height = int(v[1]), radius = int(v[2]);
+        const OrnMinRenderRect rect = {4, 4, 4 + width, 4 + height};
+        Frame outline(70, 70), fill(70, 70), ellipse(70, 70);
+        RoundBox(&outline.image, rect, {radius, radius});
+        RoundFill(&fill.image, rect, {radius, radius});
+        Ellipse(&ellipse.image, rect);
+        const bool even = width % 2 == 0 && height % 2 == 0;
+        ASSERT_TRUE(!even || radius < 1000 || outline == ellipse);
+        for (int y = 0; y < 70; ++y) {
+            const auto *row = &outline.Y(0, y);
+            const auto *first = static_cast<const uint8_t *>(memchr(row, kInk.y, 70));
+            const auto *last = static_cast<const uint8_t *>(memrchr(row, kInk.y, 70));
+            for (int x = 0; x < 70; ++x) {
+                // The stepping of the fill leaves very narrow boxes by a column.
+                const bool inside =
+                    2 * width < height || (first && row + x >= first && row + x <= last);
+                ASSERT_TRUE(inside || fill.Y(x, y) != kInk.y) << x << ' ' << y;
             }
+            for (int x = 0; x < width && even && y <= height; ++x) {
+                ASSERT_EQ(fill.Y(4 + x, y), fill.Y(3 + width - x, y)) << x << ' ' << y;
+                ASSERT_EQ(fill.Y(4 + x, 4 + y), fill.Y(4 + x, 4 + height - y)) << x << ' ' << y;
+            }
+        }
+    });
 }
 
 // What the stepping leaves when one side is 0 or 1 must end and stay in its box.
 TEST(ShapeProperties, ThinAndExtremeShapesEnd) {
     const auto begin = std::chrono::steady_clock::now();
-    for (int width : {0, 1, 2, 40, 65536, 65537, INT_MAX - 10})
-        for (int height : {0, 1, 2, 40, 65536, 65537, INT_MAX - 10})
-            for (int radius : {INT_MIN, 0, 1, 2, 32768, 32769, INT_MAX}) {
-                const OrnMinRenderRect rect = {10, 6, 10 + width, 6 + height};
-                const bool large = width > 65536 || height > 65536;
-                Frame ring(60, 60), disc(60, 60), box(60, 60);
-                Ellipse(&ring.image, rect);
-                Disc(&disc.image, rect);
-                RoundBox(&box.image, rect, {radius, radius});
-                RoundFill(&box.image, rect, {radius, radius});
-                const bool proper = 4 * Int{width} >= height; // narrower discs leave their box
-                for (Frame *frame : {&ring, proper ? &disc : &ring})
-                    for (int y = 0; y < 60; ++y)
-                        for (int x = 0; x < 60; ++x)
-                            if (frame->Y(x, y) == kInk.y) {
-                                ASSERT_FALSE(large);
-                                ASSERT_TRUE(x >= 10 && x <= Int{11} + width && y >= 6 &&
-                                            y <= Int{7} + height)
-                                    << x << ' ' << y << " of " << width << " x " << height;
-                            }
-                if (width == 1 || height < 2) {
-                    ASSERT_EQ(disc.Luma().find('#'), std::string::npos);
-                }
+    const Ints sides = {0, 1, 2, 40, 65536, 65537, INT_MAX - 10};
+    const Ints radii = {INT_MIN, 0, 1, 2, 32768, 32769, INT_MAX};
+    ForAll({sides, sides, radii}, [](const Ints &v) {
+        const Int width = v[0], height = v[1];
+        const OrnMinRenderRect rect = {10, 6, int(10 + width), int(6 + height)};
+        Frame ring(60, 60), disc(60, 60), box(60, 60);
+        Ellipse(&ring.image, rect);
+        Disc(&disc.image, rect);
+        RoundBox(&box.image, rect, {int(v[2]), int(v[2])});
+        RoundFill(&box.image, rect, {int(v[2]), int(v[2])});
+        const bool large = width > 65536 || height > 65536;
+        const bool proper = 4 * width >= height; // narrower discs leave their box
+        for (int y = 0; y < 60; ++y)
+            for (int x = 0; x < 60; ++x) {
+                const bool inBox = x >= 10 && x <= 11 + width && y >= 6 && y <= 7 + height;
+                ASSERT_TRUE((inBox && !large) || ring.Y(x, y) == kPaper) << x << ' ' << y;
+                ASSERT_TRUE((inBox && !large) || !proper || disc.Y(x, y) == kPaper);
+                ASSERT_TRUE((width != 1 && height >= 2) || disc.Y(x, y) == kPaper);
             }
+    });
     Frame frame(16, 16);
-    for (int a : {INT_MIN, -1, INT_MAX})
-        for (int b : {INT_MIN, 3, INT_MAX})
-            for (int r : {INT_MIN, 1, 30000, INT_MAX}) {
-                const Shape shape = {{a, b, b, a}, {r, r}};
-                for (const ShapeCall draw : kShapes)
-                    draw(&frame.image, shape);
-            }
+    const Ints limits = {INT_MIN, -1, 3, INT_MAX};
+    ForAll({limits, limits, radii}, [&](const Ints &v) {
+        const int a = int(v[0]), b = int(v[1]);
+        for (const ShapeCall draw : kShapes)
+            draw(&frame.image, {{a, b, b, a}, {int(v[2]), int(v[2])}});
+    });
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
 }
 
@@ -371,38 +308,30 @@ TEST(Blit, MatchesTheReferenceInSmallWorlds) {
     std::mt19937 random(9);
     Frame source(7, 6, 3, 10);
     source.Randomise(random);
-    for (int w : {1, 4, 5})
-        for (int l = -2; l <= 5; ++l)
-            for (int t = -2; t <= 4; ++t)
-                for (int r = l - 1; r <= l + 7; ++r)
-                    for (int b = t - 1; b <= t + 6; ++b)
-                        for (int p = 0; p < 9; ++p) {
-                            const int px = p % 3 * 2 - 1 - (p == 0), py = p / 3 * 2 - 2;
-                            Frame drawn(w, 5), expected(w, 5);
-                            OrnMinRenderBltYUV420SP(&drawn.image, {l, t, r, b}, &source.image,
-                                                    {px, py});
-                            int x0 = INT_MAX, y0 = 0, width = 0, height = 0;
-                            for (int y = 0; y < 5; ++y)
-                                for (int x = 0; x < w; ++x) {
-                                    const int sx = x - l + px, sy = y - t + py;
-                                    if (x < l || x >= r || y < t || y >= b || sx < 0 || sy < 0 ||
-                                        sx >= 7 || sy >= 6)
-                                        continue;
-                                    expected.Y(x, y) = source.Y(sx, sy);
-                                    if (x0 == INT_MAX) {
-                                        x0 = x;
-                                        y0 = y;
-                                    }
-                                    width = x - x0 + 1;
-                                    height = y - y0 + 1;
-                                }
-                            for (int i = 0; i < height / 2; ++i)
-                                memcpy(expected.UV(x0 / 2, y0 / 2 + i),
-                                       source.UV((x0 - l + px) / 2, (y0 - t + py) / 2 + i),
-                                       size_t(width));
-                            ASSERT_TRUE(drawn == expected)
-                                << testing::PrintToString(std::vector<int>{w, l, t, r, b, px, py});
-                        }
+    const Ints starts = {-2, -1, 0, 2, 4}, lengths = {-1, 0, 1, 2, 3, 6}, from = {-2, -1, 0, 1, 3};
+    ForAll({{1, 4, 5}, starts, starts, lengths, lengths, from, from}, [&](const Ints &v) {
+        const int w = int(v[0]), px = int(v[5]), py = int(v[6]);
+        const OrnMinRenderRect r = {int(v[1]), int(v[2]), int(v[1] + v[3]), int(v[2] + v[4])};
+        Frame drawn(w, 5), expected(w, 5);
+        OrnMinRenderBltYUV420SP(&drawn.image, r, &source.image, {px, py});
+        int x0 = -1, y0 = 0, width = 0, height = 0; // what is copied
+        for (int y = 0; y < 5; ++y)
+            for (int x = 0; x < w; ++x) {
+                const int sx = x - r.left + px, sy = y - r.top + py;
+                if (x < r.left || x >= r.right || y < r.top || y >= r.bottom || sx < 0 || sy < 0 ||
+                    sx >= 7 || sy >= 6)
+                    continue;
+                expected.Y(x, y) = source.Y(sx, sy);
+                y0 = x0 < 0 ? y : y0;
+                x0 = x0 < 0 ? x : x0;
+                width = x - x0 + 1;
+                height = y - y0 + 1;
+            }
+        for (int i = 0; i < height / 2; ++i)
+            memcpy(expected.UV(x0 / 2, y0 / 2 + i),
+                   source.UV((x0 - r.left + px) / 2, (y0 - r.top + py) / 2 + i), size_t(width));
+        ASSERT_TRUE(drawn == expected);
+    });
 }
 
 TEST(Blit, SkipsMissingPlanesAndTakesExtremes) {
