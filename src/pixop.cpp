@@ -11,23 +11,25 @@ void OrnMinRenderSetUVPixel(const OrnMinRenderImage *image, int32_t cx, int32_t 
     StoreChroma(ChromaRow(image, cy) + 2 * ptrdiff_t{cx}, colour);
 }
 
-// Stores the pair in blocks of eight; the rest of a long run is one block that overlaps the last.
-static void FillChromaRun(uint8_t *first, int32_t samples, OrnMinRenderColour colour) {
-    constexpr size_t kBlock = 16;
-    uint8_t block[kBlock];
-    for (size_t i = 0; i < kBlock; i += 2)
-        StoreChroma(block + i, colour);
-
-    const size_t bytes = 2 * static_cast<size_t>(samples);
-    if (bytes < kBlock) {
-        for (size_t i = 0; i < bytes; i += 2)
-            StoreChroma(first + i, colour);
-        return;
-    }
-    for (size_t i = 0; i + kBlock <= bytes; i += kBlock)
-        memcpy(first + i, block, kBlock);
-    memcpy(first + bytes - kBlock, block, kBlock);
+// A long run; in luma, or where U equals V, the C library knows the fastest stores.
+static void FillLongRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
+    const auto byte = static_cast<uint8_t>(pattern.bytes);
+    if (pattern.bytes == LumaPattern(byte).bytes)
+        memset(first, byte, static_cast<size_t>(bytes));
+    else
+        FillRun(first, bytes, pattern);
 }
+
+constexpr ptrdiff_t kLongRun = 128;
+
+static void FillAnyRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
+    if (bytes >= kLongRun)
+        FillLongRun(first, bytes, pattern);
+    else
+        FillRun(first, bytes, pattern);
+}
+
+// ---- Span lists ----
 
 // The number of spans in a list of count points; an odd last point still begins a span.
 static int32_t SpanCount(int32_t count) {
@@ -36,71 +38,57 @@ static int32_t SpanCount(int32_t count) {
 
 void OrnMinRenderDrawScanlinesY8(const OrnMinRenderImage *image, const OrnMinRenderScanline *spans,
                                  int32_t count, uint8_t luma) {
+    const Pattern pattern = LumaPattern(luma);
     const OrnMinRenderScanline *end = spans + SpanCount(count);
-    for (const OrnMinRenderScanline *span = spans; span < end; ++span) {
-        const int32_t length = span->end.x - span->start.x;
-        if (length > 0)
-            memset(LumaRow(image, span->start.y) + span->start.x, luma,
-                   static_cast<size_t>(length));
-    }
+    for (const OrnMinRenderScanline *span = spans; span < end; ++span)
+        FillAnyRun(LumaRow(image, span->start.y) + span->start.x,
+                   ptrdiff_t{span->end.x} - span->start.x, pattern);
 }
 
 void OrnMinRenderDrawScanlinesUV(const OrnMinRenderImage *image, const OrnMinRenderScanline *spans,
                                  int32_t count, OrnMinRenderColour colour) {
+    const Pattern pattern = ChromaPattern(colour);
     const OrnMinRenderScanline *end = spans + SpanCount(count);
-    for (const OrnMinRenderScanline *span = spans; span < end; ++span) {
-        const int32_t samples = span->end.x - span->start.x;
-        if (samples > 0)
-            FillChromaRun(ChromaRow(image, span->start.y) + 2 * ptrdiff_t{span->start.x}, samples,
-                          colour);
+    for (const OrnMinRenderScanline *span = spans; span < end; ++span)
+        FillAnyRun(ChromaRow(image, span->start.y) + 2 * ptrdiff_t{span->start.x},
+                   2 * (ptrdiff_t{span->end.x} - span->start.x), pattern);
+}
+
+// ---- Rectangles: one span for each row, all alike, and so painted without being listed ----
+
+static void FillRows(uint8_t *first, int64_t stride, int64_t rows, int64_t bytes, Pattern pattern) {
+    if (bytes == stride) { // no gap between the rows
+        bytes *= rows;
+        rows = 1;
     }
-}
-
-// Lists the same columns for rows first..end - 1 from the start of the scratch memory; returns the
-// length of the list in points. At most kScratchSpans rows.
-static int32_t ListRows(OrnMinRenderScanline *spans, int32_t left, int32_t right, int32_t first,
-                        int32_t end) {
-    for (int32_t row = first; row < end; ++row)
-        spans[row - first] = MakeSpan(left, right, row);
-    return 2 * (end - first);
-}
-
-static int32_t BatchEnd(int32_t first, int32_t end) {
-    return static_cast<int32_t>(Min(end, int64_t{first} + kScratchSpans));
+    for (int64_t row = 0; row < rows; ++row)
+        FillAnyRun(first + static_cast<ptrdiff_t>(row * stride), static_cast<ptrdiff_t>(bytes),
+                   pattern);
 }
 
 static bool IsEmpty(const OrnMinRenderRect *rect) {
     return rect->left >= rect->right || rect->top >= rect->bottom;
 }
 
-void OrnMinRenderFillRectY8Impl(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+void OrnMinRenderFillRectY8Impl(OrnMinRenderContext *, const OrnMinRenderImage *image,
                                 const OrnMinRenderRect *rect, uint8_t luma) {
     if (!image->yPlane || IsEmpty(rect))
         return;
-    OrnMinRenderScanline *spans = ScratchSpans(context);
-    for (int32_t row = rect->top; row < rect->bottom;) {
-        const int32_t end = BatchEnd(row, rect->bottom);
-        const int32_t count = ListRows(spans, rect->left, rect->right, row, end);
-        OrnMinRenderDrawScanlinesY8(image, spans, count, luma);
-        row = end;
-    }
+    FillRows(LumaRow(image, rect->top) + rect->left, image->stride,
+             int64_t{rect->bottom} - rect->top, int64_t{rect->right} - rect->left,
+             LumaPattern(luma));
 }
 
-void OrnMinRenderFillRectUVImpl(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+void OrnMinRenderFillRectUVImpl(OrnMinRenderContext *, const OrnMinRenderImage *image,
                                 const OrnMinRenderRect *rect, OrnMinRenderColour colour) {
     // An empty rectangle at odd coordinates would round outward to a sample that holds none of it.
     if (!image->uvPlane || IsEmpty(rect))
         return;
-    OrnMinRenderScanline *spans = ScratchSpans(context);
-    const int32_t left = rect->left / 2;
-    const int32_t right = ChromaSize(rect->right);
-    const int32_t bottom = ChromaSize(rect->bottom);
-    for (int32_t row = rect->top / 2; row < bottom;) {
-        const int32_t end = BatchEnd(row, bottom);
-        const int32_t count = ListRows(spans, left, right, row, end);
-        OrnMinRenderDrawScanlinesUV(image, spans, count, colour);
-        row = end;
-    }
+    const int64_t left = rect->left / 2;
+    const int64_t top = rect->top / 2;
+    FillRows(ChromaRow(image, top) + static_cast<ptrdiff_t>(2 * left), image->stride,
+             ChromaSize(rect->bottom) - top, 2 * (ChromaSize(rect->right) - left),
+             ChromaPattern(colour));
 }
 
 // ---- Blit ----
@@ -112,6 +100,11 @@ struct PlaneBlock {
 
 static void CopyRows(uint8_t *to, int64_t toStride, const uint8_t *from, int64_t fromStride,
                      PlaneBlock block) {
+    const auto bytes = static_cast<int64_t>(block.bytes);
+    if (toStride == bytes && fromStride == bytes) { // no gap between the rows
+        block.bytes *= static_cast<size_t>(block.rows);
+        block.rows = 1;
+    }
     for (int64_t row = 0; row < block.rows; ++row)
         memcpy(to + static_cast<ptrdiff_t>(row * toStride),
                from + static_cast<ptrdiff_t>(row * fromStride), block.bytes);
@@ -147,44 +140,27 @@ void OrnMinRenderBltYUV420SP(const OrnMinRenderImage *image, OrnMinRenderRect re
 
 const int64_t WordWidth = 32;
 
-// What is stored where a bitmap's bit is set: one type for each way, since the choice must not be
-// made again for every sample.
-struct StoreLumaSample {
-    static constexpr ptrdiff_t kBytes = 1;
-    uint8_t luma;
-    void operator()(uint8_t *sample) const {
-        *sample = luma;
-    }
+// What a set bit does to the bytes of its sample.
+struct Ink {
+    Pattern pattern;
+    ptrdiff_t sampleBytes; // 1 luma, 2 chroma
+    bool half;             // average with what is there, rounded down
 };
 
-struct StoreChromaSample {
-    static constexpr ptrdiff_t kBytes = 2;
-    OrnMinRenderColour colour;
-    void operator()(uint8_t *sample) const {
-        StoreChroma(sample, colour);
+static void BlendRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
+    constexpr uint64_t kUpperBits = 0xFEFEFEFEFEFEFEFE;
+    ptrdiff_t i = 0;
+    for (; i + 8 <= bytes; i += 8) {
+        uint64_t old;
+        memcpy(&old, first + i, sizeof old);
+        // a + b = 2 (a & b) + (a ^ b), halved in each byte on its own
+        const uint64_t average = (old & pattern.bytes) + ((old ^ pattern.bytes) & kUpperBits) / 2;
+        memcpy(first + i, &average, sizeof average);
     }
-};
-
-static uint8_t Average(uint8_t a, uint8_t b) {
-    return static_cast<uint8_t>((a + b) >> 1);
+    const auto *pair = reinterpret_cast<const uint8_t *>(&pattern);
+    for (; i < bytes; ++i)
+        first[i] = static_cast<uint8_t>((first[i] + pair[i % 2]) / 2);
 }
-
-struct BlendLumaSample {
-    static constexpr ptrdiff_t kBytes = 1;
-    uint8_t luma;
-    void operator()(uint8_t *sample) const {
-        *sample = Average(*sample, luma);
-    }
-};
-
-struct BlendChromaSample {
-    static constexpr ptrdiff_t kBytes = 2;
-    OrnMinRenderColour colour;
-    void operator()(uint8_t *sample) const {
-        sample[0] = Average(sample[0], colour.u);
-        sample[1] = Average(sample[1], colour.v);
-    }
-};
 
 // How one side of a bitmap is spread over a side of its rectangle: sample i of the rectangle shows
 // column (or row) i * step / 65536 of the bitmap.
@@ -207,48 +183,117 @@ static bool MakeSampling(int64_t from, int64_t to, int32_t bitmapSide, int32_t p
     return sampling->first < sampling->end;
 }
 
+// The first sample that shows the given column (or row) of the bitmap, or a later one.
+static int64_t FirstSampleOf(const Sampling &sampling, uint32_t index) {
+    if (index == 0)
+        return 0;
+    if (sampling.step == 0) // a bitmap of one column over more than 65536 samples
+        return sampling.end;
+    const auto step = static_cast<uint32_t>(sampling.step);
+    return ((index << 16) - 1) / step + 1;
+}
+
 struct BitmapView {
     const uint32_t *words; // the most significant bit leftmost
     int32_t width;
     int32_t height;
 };
 
-template <typename Paint>
-static void PaintBitmapRow(uint8_t *row, const uint32_t *bits, const Sampling &columns,
-                           Paint paint) {
-    int64_t position = columns.first * columns.step;
-    for (int64_t i = columns.first; i < columns.end; ++i, position += columns.step) {
-        const auto column = static_cast<uint32_t>(position >> 16);
-        if (bits[column / 32] << column % 32 & 0x80000000u)
-            paint(row + static_cast<ptrdiff_t>(columns.origin + i) * Paint::kBytes);
+// The first column from the given one on whose bit differs from those of flip, or the width.
+static int32_t NextBit(const uint32_t *bits, int32_t column, int32_t width, uint32_t flip) {
+    if (column >= width)
+        return width;
+    int32_t index = column / 32;
+    uint32_t word = (bits[index] ^ flip) & (0xFFFFFFFFu >> column % 32);
+    while (word == 0) {
+        ++index;
+        if (index * 32 >= width)
+            return width;
+        word = bits[index] ^ flip;
+    }
+    return static_cast<int32_t>(Min(width, index * 32 + __builtin_clz(word)));
+}
+
+// Runs of set bits in one bitmap row, as the bytes that they paint in a row of the plane.
+constexpr int32_t kMaxRuns = 128;
+
+struct ByteRun {
+    ptrdiff_t first;
+    ptrdiff_t bytes;
+};
+
+struct BitmapRuns {
+    ByteRun runs[kMaxRuns];
+    int32_t count;
+    int32_t nextColumn; // where to go on when there are more; at the end: past what is visible
+};
+
+static void ListRuns(BitmapRuns *list, const uint32_t *bits, int32_t width, const Sampling &columns,
+                     ptrdiff_t sampleBytes) {
+    list->count = 0;
+    while (list->count < kMaxRuns && list->nextColumn < width) {
+        const int32_t start = NextBit(bits, list->nextColumn, width, 0);
+        const int32_t stop = NextBit(bits, start, width, 0xFFFFFFFFu);
+        const int64_t from = FirstSampleOf(columns, static_cast<uint32_t>(start));
+        const int64_t to = FirstSampleOf(columns, static_cast<uint32_t>(stop));
+        const int64_t first = Max(columns.first, from);
+        const int64_t end = Min(columns.end, to);
+        list->nextColumn = from < columns.end ? stop : width;
+        if (first < end)
+            list->runs[list->count++] = {static_cast<ptrdiff_t>((columns.origin + first)) *
+                                             sampleBytes,
+                                         static_cast<ptrdiff_t>(end - first) * sampleBytes};
     }
 }
 
-template <typename Paint>
-static void PaintBitmap(uint8_t *plane, int64_t stride, const BitmapView &bitmap,
-                        const Sampling &columns, const Sampling &rows, Paint paint) {
+static void PaintRuns(uint8_t *row, const BitmapRuns *list, const Ink &ink) {
+    for (int32_t i = 0; i < list->count; ++i) {
+        uint8_t *first = row + list->runs[i].first;
+        if (ink.half)
+            BlendRun(first, list->runs[i].bytes, ink.pattern);
+        else
+            FillRun(first, list->runs[i].bytes, ink.pattern);
+    }
+}
+
+struct Plane {
+    uint8_t *first;
+    int64_t stride;
+};
+
+// Each bitmap row is turned into runs once, for all the rows of the plane that show it.
+static void PaintBitmap(Plane plane, const BitmapView &bitmap, const Sampling &columns,
+                        const Sampling &rows, const Ink &ink) {
     const int64_t pitch = (int64_t{bitmap.width} + 31) / 32;
-    for (int64_t j = rows.first; j < rows.end; ++j) {
-        uint8_t *row = plane + static_cast<ptrdiff_t>((rows.origin + j) * stride);
-        PaintBitmapRow(row, bitmap.words + (j * rows.step >> 16) * pitch, columns, paint);
+    const auto firstColumn = static_cast<int32_t>(columns.first * columns.step >> 16);
+    BitmapRuns list;
+    for (int64_t begin = rows.first, end; begin < rows.end; begin = end) {
+        const int64_t source = begin * rows.step >> 16;
+        end = Min(rows.end, FirstSampleOf(rows, static_cast<uint32_t>(source + 1)));
+        list.nextColumn = firstColumn;
+        while (list.nextColumn < bitmap.width) {
+            ListRuns(&list, bitmap.words + source * pitch, bitmap.width, columns, ink.sampleBytes);
+            for (int64_t j = begin; j < end; ++j)
+                PaintRuns(plane.first + static_cast<ptrdiff_t>((rows.origin + j) * plane.stride),
+                          &list, ink);
+        }
     }
 }
 
-template <typename Paint>
 static void DrawBitmapLuma(const OrnMinRenderImage *image, const OrnMinRenderRect *rect,
-                           const BitmapView &bitmap, Paint paint) {
+                           const BitmapView &bitmap, uint8_t luma, bool half) {
     Sampling columns;
     Sampling rows;
     if (image->yPlane &&
         MakeSampling(rect->left, rect->right, bitmap.width, image->width, &columns) &&
         MakeSampling(rect->top, rect->bottom, bitmap.height, image->height, &rows))
-        PaintBitmap(image->yPlane, image->stride, bitmap, columns, rows, paint);
+        PaintBitmap({image->yPlane, image->stride}, bitmap, columns, rows,
+                    {LumaPattern(luma), 1, half});
 }
 
 // The bitmap is sampled afresh onto the chroma grid, over the halved rectangle.
-template <typename Paint>
 static void DrawBitmapChroma(const OrnMinRenderImage *image, const OrnMinRenderRect *rect,
-                             const BitmapView &bitmap, Paint paint) {
+                             const BitmapView &bitmap, OrnMinRenderColour colour, bool half) {
     Sampling columns;
     Sampling rows;
     if (image->uvPlane &&
@@ -256,32 +301,33 @@ static void DrawBitmapChroma(const OrnMinRenderImage *image, const OrnMinRenderR
                      &columns) &&
         MakeSampling(rect->top / 2, rect->bottom / 2, bitmap.height, ChromaSize(image->height),
                      &rows))
-        PaintBitmap(image->uvPlane, image->stride, bitmap, columns, rows, paint);
+        PaintBitmap({image->uvPlane, image->stride}, bitmap, columns, rows,
+                    {ChromaPattern(colour), 2, half});
 }
 
 void OrnMinRenderDrawBitmapY8(const OrnMinRenderImage *image, const OrnMinRenderRect *rect,
                               int32_t width, int32_t height, const uint32_t *bits, uint8_t luma) {
     if (image && rect && bits)
-        DrawBitmapLuma(image, rect, {bits, width, height}, StoreLumaSample{luma});
+        DrawBitmapLuma(image, rect, {bits, width, height}, luma, false);
+}
+
+static void DrawBitmap(const OrnMinRenderImage *image, const OrnMinRenderRect *rect,
+                       const BitmapView &bitmap, OrnMinRenderColour colour, bool half) {
+    if (!image || !rect || !bitmap.words)
+        return;
+    DrawBitmapLuma(image, rect, bitmap, colour.y, half);
+    DrawBitmapChroma(image, rect, bitmap, colour, half);
 }
 
 void OrnMinRenderDrawBitmapYUV420SP(const OrnMinRenderImage *image, const OrnMinRenderRect *rect,
                                     int32_t width, int32_t height, const uint32_t *bits,
                                     OrnMinRenderColour colour) {
-    if (!image || !rect || !bits)
-        return;
-    const BitmapView bitmap = {bits, width, height};
-    DrawBitmapLuma(image, rect, bitmap, StoreLumaSample{colour.y});
-    DrawBitmapChroma(image, rect, bitmap, StoreChromaSample{colour});
+    DrawBitmap(image, rect, {bits, width, height}, colour, false);
 }
 
 void OrnMinRenderDrawBitmapSemiTransparentYUV420SP(const OrnMinRenderImage *image,
                                                    const OrnMinRenderRect *rect, int32_t width,
                                                    int32_t height, const uint32_t *bits,
                                                    OrnMinRenderColour colour) {
-    if (!image || !rect || !bits)
-        return;
-    const BitmapView bitmap = {bits, width, height};
-    DrawBitmapLuma(image, rect, bitmap, BlendLumaSample{colour.y});
-    DrawBitmapChroma(image, rect, bitmap, BlendChromaSample{colour});
+    DrawBitmap(image, rect, {bits, width, height}, colour, true);
 }

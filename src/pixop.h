@@ -30,6 +30,49 @@ inline void StoreLumaPair(uint8_t *pixel, uint8_t luma) {
     memcpy(pixel, pair, sizeof pair);
 }
 
+// Eight bytes of a plane painted in one colour: equal luma bytes, or four U,V pairs.
+struct Pattern {
+    uint64_t bytes;
+};
+
+inline Pattern LumaPattern(uint8_t luma) {
+    return {luma * 0x0101010101010101u};
+}
+
+inline Pattern ChromaPattern(OrnMinRenderColour colour) {
+    Pattern pattern;
+    for (size_t i = 0; i < sizeof pattern; i += 2)
+        StoreChroma(reinterpret_cast<uint8_t *>(&pattern) + i, colour);
+    return pattern;
+}
+
+// Stores the first count bytes of the pattern; count is a constant, so that this is one store.
+template <size_t count> inline void StorePattern(uint8_t *to, Pattern pattern) {
+    const uint64_t block[2] = {pattern.bytes, pattern.bytes};
+    memcpy(to, block, count);
+}
+
+// Repeats the pattern over a run of bytes, an even number of them in the chroma plane. A run that
+// is no whole number of stores ends with one that overlaps the last: no byte outside it is written.
+inline void FillRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
+    if (bytes >= 16) {
+        for (ptrdiff_t i = 0; i + 16 < bytes; i += 16)
+            StorePattern<16>(first + i, pattern);
+        StorePattern<16>(first + bytes - 16, pattern);
+    } else if (bytes >= 8) {
+        StorePattern<8>(first, pattern);
+        StorePattern<8>(first + bytes - 8, pattern);
+    } else if (bytes >= 4) {
+        StorePattern<4>(first, pattern);
+        StorePattern<4>(first + bytes - 4, pattern);
+    } else if (bytes >= 2) {
+        StorePattern<2>(first, pattern);
+        StorePattern<2>(first + bytes - 2, pattern);
+    } else if (bytes == 1) {
+        StorePattern<1>(first, pattern);
+    }
+}
+
 inline OrnMinRenderScanline MakeSpan(int32_t first, int32_t end, int32_t row) {
     return {{first, row}, {end, row}};
 }

@@ -76,14 +76,17 @@ static void SwapPoints(OrnMinRenderPoint *a, OrnMinRenderPoint *b) {
     *b = kept;
 }
 
-// Shell sort of the points of one row: nearly always a handful, and still quick when a plane's
-// whole share lies in one row.
+// Nearly always two points, or a handful; a Shell sort keeps the worst case short, when a plane's
+// whole share of points lies in one row.
 static void SortColumns(OrnMinRenderPoint *points, size_t count) {
     static const size_t kGaps[] = {1750, 701, 301, 132, 57, 23, 10, 4, 1}; // M. Ciura, 2001
-    for (const size_t gap : kGaps)
+    size_t first = count <= 8 ? 8 : 0;
+    for (; first < sizeof kGaps / sizeof *kGaps; ++first) {
+        const size_t gap = kGaps[first];
         for (size_t i = gap; i < count; ++i)
             for (size_t j = i; j >= gap && points[j].x < points[j - gap].x; j -= gap)
                 SwapPoints(&points[j], &points[j - gap]);
+    }
 }
 
 // Moves every point into its row's share of the array, by following the displaced points around.
