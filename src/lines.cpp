@@ -29,6 +29,11 @@ static bool ChromaDash(int32_t position) {
     return (position & 4) != 0;
 }
 
+// The first dash of luma that ends after the given coordinate. Dashes repeat every 16 pixels.
+static int64_t FirstDash(int32_t position) {
+    return (position & ~15) + 8;
+}
+
 static bool HasRow(const OrnMinRenderImage *image, int64_t y) {
     return y >= 0 && y < image->height;
 }
@@ -57,25 +62,27 @@ static void DrawSolidHLineChroma(OrnMinRenderContext *context, const OrnMinRende
     OrnMinRenderDrawScanlinesUV(image, span, 2, colour);
 }
 
+// Paints the dashes of a row over a range of its bytes. Those of chroma, every other four samples
+// of two bytes, lie at the same bytes as those of luma.
+static void DrawDashes(uint8_t *row, int64_t first, int64_t end, Pattern pattern) {
+    for (int64_t dash = FirstDash(static_cast<int32_t>(first)); dash < end; dash += 16) {
+        const int64_t from = Max(dash, first);
+        FillRun(row + from, static_cast<ptrdiff_t>(Min(dash + 8, end) - from), pattern);
+    }
+}
+
 static void DrawDashedRowLuma(const OrnMinRenderImage *image, Range columns, int64_t y,
                               uint8_t luma) {
-    if (!image->yPlane || !HasRow(image, y))
-        return;
-    uint8_t *row = LumaRow(image, y);
-    for (int32_t x = columns.first; x < columns.end; ++x)
-        if (LumaDash(x))
-            row[x] = luma;
+    if (image->yPlane && HasRow(image, y))
+        DrawDashes(LumaRow(image, y), columns.first, columns.end, LumaPattern(luma));
 }
 
 static void DrawDashedRowChroma(const OrnMinRenderImage *image, Range columns, int32_t y,
                                 OrnMinRenderColour colour) {
-    if (!image->uvPlane || !HasRow(image, y))
-        return;
-    uint8_t *row = ChromaRow(image, y / 2);
     const Range samples = HalveRange(columns);
-    for (int32_t cx = samples.first; cx < samples.end; ++cx)
-        if (ChromaDash(cx))
-            StoreChroma(row + 2 * ptrdiff_t{cx}, colour);
+    if (image->uvPlane && HasRow(image, y))
+        DrawDashes(ChromaRow(image, y / 2), 2 * int64_t{samples.first}, 2 * int64_t{samples.end},
+                   ChromaPattern(colour));
 }
 
 void OrnMinRenderDrawHLineY8(OrnMinRenderContext *context, const OrnMinRenderImage *image,
@@ -120,14 +127,25 @@ static bool IsLineStyle(int32_t style) {
     return style == OrnMinRenderLineSolid || style == OrnMinRenderLineDashed;
 }
 
+static void DrawColumnPair(const OrnMinRenderImage *image, int32_t x, int64_t first, int64_t end,
+                           uint8_t luma) {
+    const auto stride = static_cast<ptrdiff_t>(image->stride);
+    uint8_t *const pixels = LumaRow(image, first) + x;
+    for (ptrdiff_t row = 0; row < end - first; ++row)
+        StoreLumaPair(pixels + row * stride, luma);
+}
+
 void OrnMinRenderDrawVLineY8(OrnMinRenderContext *, const OrnMinRenderImage *image, int32_t x,
                              int32_t y0, int32_t y1, uint8_t luma, int32_t style) {
     if (!image || !image->yPlane || !HasColumnPair(image, x) || !IsLineStyle(style))
         return;
+    const int32_t first = ClampToSize(y0, image->height);
     const int32_t end = ClampToSize(y1, image->height);
-    for (int32_t y = ClampToSize(y0, image->height); y < end; ++y)
-        if (style == OrnMinRenderLineSolid || LumaDash(y))
-            StoreLumaPair(LumaRow(image, y) + x, luma);
+    if (style == OrnMinRenderLineSolid)
+        DrawColumnPair(image, x, first, end, luma);
+    else
+        for (int64_t dash = FirstDash(first); dash < end; dash += 16)
+            DrawColumnPair(image, x, Max(dash, first), Min(dash + 8, end), luma);
 }
 
 void OrnMinRenderDrawVLineYUV420SP(OrnMinRenderContext *context, const OrnMinRenderImage *image,
@@ -239,7 +257,7 @@ static bool PrepareLine(const OrnMinRenderImage *image, OrnMinRenderPoint p0, Or
     return true;
 }
 
-static void DrawLineLuma(const OrnMinRenderImage *image, const SlopedLine &line, uint8_t luma,
+static void DrawLineLuma(const OrnMinRenderImage *image, const SlopedLine line, uint8_t luma,
                          bool dashed) {
     const auto stride = static_cast<ptrdiff_t>(image->stride);
     const ptrdiff_t majorPitch = line.steep ? stride : 1;
@@ -264,7 +282,7 @@ static void DrawLineLuma(const OrnMinRenderImage *image, const SlopedLine &line,
 
 // The chroma line starts from the halved first point with an error term of its own, so that its
 // minor coordinate can leave the plane by one sample.
-static void DrawLineChroma(const OrnMinRenderImage *image, const SlopedLine &line,
+static void DrawLineChroma(const OrnMinRenderImage *image, const SlopedLine line,
                            OrnMinRenderColour colour, bool dashed) {
     const int32_t minorSize = ChromaSize(line.steep ? image->width : image->height);
     const int32_t last = line.major1 / 2;

@@ -140,28 +140,6 @@ void OrnMinRenderBltYUV420SP(const OrnMinRenderImage *image, OrnMinRenderRect re
 
 const int64_t WordWidth = 32;
 
-// What a set bit does to the bytes of its sample.
-struct Ink {
-    Pattern pattern;
-    ptrdiff_t sampleBytes; // 1 luma, 2 chroma
-    bool half;             // average with what is there, rounded down
-};
-
-static void BlendRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
-    constexpr uint64_t kUpperBits = 0xFEFEFEFEFEFEFEFE;
-    ptrdiff_t i = 0;
-    for (; i + 8 <= bytes; i += 8) {
-        uint64_t old;
-        memcpy(&old, first + i, sizeof old);
-        // a + b = 2 (a & b) + (a ^ b), halved in each byte on its own
-        const uint64_t average = (old & pattern.bytes) + ((old ^ pattern.bytes) & kUpperBits) / 2;
-        memcpy(first + i, &average, sizeof average);
-    }
-    const auto *pair = reinterpret_cast<const uint8_t *>(&pattern);
-    for (; i < bytes; ++i)
-        first[i] = static_cast<uint8_t>((first[i] + pair[i % 2]) / 2);
-}
-
 // How one side of a bitmap is spread over a side of its rectangle: sample i of the rectangle shows
 // column (or row) i * step / 65536 of the bitmap.
 struct Sampling {
@@ -183,6 +161,12 @@ static bool MakeSampling(int64_t from, int64_t to, int32_t bitmapSide, int32_t p
     return sampling->first < sampling->end;
 }
 
+struct BitmapView {
+    const uint32_t *words; // the most significant bit leftmost
+    int32_t width;
+    int32_t height;
+};
+
 // The first sample that shows the given column (or row) of the bitmap, or a later one.
 static int64_t FirstSampleOf(const Sampling &sampling, uint32_t index) {
     if (index == 0)
@@ -193,66 +177,94 @@ static int64_t FirstSampleOf(const Sampling &sampling, uint32_t index) {
     return ((index << 16) - 1) / step + 1;
 }
 
-struct BitmapView {
-    const uint32_t *words; // the most significant bit leftmost
-    int32_t width;
-    int32_t height;
+// A piece of a row of the plane, as a mask.
+constexpr int32_t kPieceSamples = 512;
+
+struct MaskPiece {
+    int64_t first; // sample of bit 0
+    int32_t samples;
+    uint32_t words[kPieceSamples / 32];
 };
 
-// The first column from the given one on whose bit differs from those of flip, or the width.
-static int32_t NextBit(const uint32_t *bits, int32_t column, int32_t width, uint32_t flip) {
-    if (column >= width)
-        return width;
-    int32_t index = column / 32;
-    uint32_t word = (bits[index] ^ flip) & (0xFFFFFFFFu >> column % 32);
-    while (word == 0) {
-        ++index;
-        if (index * 32 >= width)
-            return width;
-        word = bits[index] ^ flip;
-    }
-    return static_cast<int32_t>(Min(width, index * 32 + __builtin_clz(word)));
-}
-
-// Runs of set bits in one bitmap row, as the bytes that they paint in a row of the plane.
-constexpr int32_t kMaxRuns = 128;
-
-struct ByteRun {
-    ptrdiff_t first;
-    ptrdiff_t bytes;
-};
-
-struct BitmapRuns {
-    ByteRun runs[kMaxRuns];
-    int32_t count;
-    int32_t nextColumn; // where to go on when there are more; at the end: past what is visible
-};
-
-static void ListRuns(BitmapRuns *list, const uint32_t *bits, int32_t width, const Sampling &columns,
-                     ptrdiff_t sampleBytes) {
-    list->count = 0;
-    while (list->count < kMaxRuns && list->nextColumn < width) {
-        const int32_t start = NextBit(bits, list->nextColumn, width, 0);
-        const int32_t stop = NextBit(bits, start, width, 0xFFFFFFFFu);
-        const int64_t from = FirstSampleOf(columns, static_cast<uint32_t>(start));
-        const int64_t to = FirstSampleOf(columns, static_cast<uint32_t>(stop));
-        const int64_t first = Max(columns.first, from);
-        const int64_t end = Min(columns.end, to);
-        list->nextColumn = from < columns.end ? stop : width;
-        if (first < end)
-            list->runs[list->count++] = {static_cast<ptrdiff_t>((columns.origin + first)) *
-                                             sampleBytes,
-                                         static_cast<ptrdiff_t>(end - first) * sampleBytes};
+// One bit for each sample; the choice where the bitmap is reduced.
+static void SampleBits(MaskPiece *piece, const uint32_t *bits, const Sampling &columns) {
+    int64_t position = piece->first * columns.step;
+    for (int32_t i = 0; i < piece->samples; ++i, position += columns.step) {
+        const auto column = static_cast<uint32_t>(position >> 16);
+        const uint32_t bit = bits[column / 32] >> (31 - column % 32) & 1;
+        piece->words[i / 32] |= bit << i % 32;
     }
 }
 
-static void PaintRuns(uint8_t *row, const BitmapRuns *list, const Ink &ink) {
-    for (int32_t i = 0; i < list->count; ++i) {
-        uint8_t *first = row + list->runs[i].first;
-        if (ink.half)
-            BlendRun(first, list->runs[i].bytes, ink.pattern);
-        else
-            FillRun(first, list->runs[i].bytes, ink.pattern);
+static void SetBits(uint32_t *words, int32_t first, int32_t end) {
+    for (int32_t i = first; i < end;) {
+        const auto wordEnd = static_cast<int32_t>(Min(end, (i / 32 + 1) * 32));
+        words[i / 32] |= BitRange(i % 32, wordEnd - i / 32 * 32);
+        i = wordEnd;
+    }
+}
+
+static uint32_t ReverseBits(uint32_t word) {
+    word = (word >> 1 & 0x55555555) | (word & 0x55555555) << 1;
+    word = (word >> 2 & 0x33333333) | (word & 0x33333333) << 2;
+    word = (word >> 4 & 0x0F0F0F0F) | (word & 0x0F0F0F0F) << 4;
+    return __builtin_bswap32(word);
+}
+
+// The bits of 32 columns from the given one on, the first of them the most significant; those past
+// the row's words are clear.
+static uint32_t ColumnBits(const uint32_t *bits, int64_t column, int64_t pitch) {
+    const int64_t index = column / 32;
+    const auto shift = static_cast<uint32_t>(column % 32);
+    const uint32_t next = index + 1 < pitch ? bits[index + 1] : 0;
+    return shift ? bits[index] << shift | next >> (32 - shift) : bits[index];
+}
+
+// The columns as they are; the choice where the bitmap keeps its width.
+static void CopyBits(MaskPiece *piece, const uint32_t *bits, int64_t pitch) {
+    for (int32_t i = 0; i < piece->samples; i += 32)
+        piece->words[i / 32] = ReverseBits(ColumnBits(bits, piece->first + i, pitch));
+    const int32_t rest = piece->samples % 32;
+    if (rest)
+        piece->words[piece->samples / 32] &= BitRange(0, rest);
+}
+
+// Where the columns of a piece begin, in samples of the piece: for a bitmap that is not reduced, so
+// that a piece shows at most so many columns.
+struct ColumnEdges {
+    int32_t firstColumn;
+    int32_t endColumn;
+    int32_t samples[kPieceSamples + 2]; // of firstColumn..endColumn
+};
+
+static void FindEdges(ColumnEdges *edges, const MaskPiece &piece, const Sampling &columns) {
+    const int64_t last = piece.first + piece.samples - 1;
+    edges->firstColumn = static_cast<int32_t>(piece.first * columns.step >> 16);
+    edges->endColumn = static_cast<int32_t>(last * columns.step >> 16) + 1;
+    for (int32_t c = edges->firstColumn; c <= edges->endColumn; ++c) {
+        const int64_t sample = FirstSampleOf(columns, static_cast<uint32_t>(c)) - piece.first;
+        edges->samples[c - edges->firstColumn] =
+            static_cast<int32_t>(Max(0, Min(sample, piece.samples)));
+    }
+}
+
+// One range of bits for each run of set columns, word by word; the choice where the bitmap is
+// enlarged.
+static void SpreadRuns(MaskPiece *piece, const uint32_t *bits, const ColumnEdges &edges) {
+    const auto sampleOf = [&](int32_t column) {
+        const int32_t inside =
+            static_cast<int32_t>(Max(edges.firstColumn, Min(column, edges.endColumn)));
+        return edges.samples[inside - edges.firstColumn];
+    };
+    for (int32_t base = edges.firstColumn / 32 * 32; base < edges.endColumn; base += 32) {
+        uint32_t word = bits[base / 32];
+        while (word) {
+            const int start = __builtin_clz(word);
+            const uint32_t rest = ~(word << start);
+            const int end = rest ? start + __builtin_clz(rest) : 32;
+            SetBits(piece->words, sampleOf(base + start), sampleOf(base + end));
+            word = end < 32 ? word & (0xFFFFFFFFu >> end) : 0;
+        }
     }
 }
 
@@ -261,22 +273,48 @@ struct Plane {
     int64_t stride;
 };
 
-// Each bitmap row is turned into runs once, for all the rows of the plane that show it.
-static void PaintBitmap(Plane plane, const BitmapView &bitmap, const Sampling &columns,
-                        const Sampling &rows, const Ink &ink) {
+// Paints rows first..end - 1 of the rectangle, which all show the same row of the bitmap.
+static void PaintPiece(Plane plane, const MaskPiece &piece, const Sampling &columns,
+                       const Sampling &rows, int64_t first, int64_t end, const Ink &ink) {
+    const int32_t words = (piece.samples + 31) / 32;
+    const Mask mask = {piece.words, 0,           static_cast<int32_t>(end - first),
+                       words,       0xFFFFFFFFu, 0xFFFFFFFFu};
+    uint8_t *row = plane.first + static_cast<ptrdiff_t>((rows.origin + first) * plane.stride);
+    PaintMask(row + static_cast<ptrdiff_t>(columns.origin + piece.first) * ink.sampleBytes,
+              plane.stride, mask, ink);
+}
+
+constexpr int64_t kSameSize = 65536; // the step at which every sample shows a column of its own
+
+// Each row of the bitmap becomes a mask once, for all the rows of the plane that show it.
+static void PaintColumns(Plane plane, const BitmapView &bitmap, MaskPiece *piece,
+                         const Sampling &columns, const Sampling &rows, const Ink &ink) {
     const int64_t pitch = (int64_t{bitmap.width} + 31) / 32;
-    const auto firstColumn = static_cast<int32_t>(columns.first * columns.step >> 16);
-    BitmapRuns list;
+    ColumnEdges edges;
+    edges.firstColumn = edges.endColumn = 0;
+    if (columns.step < kSameSize)
+        FindEdges(&edges, *piece, columns);
     for (int64_t begin = rows.first, end; begin < rows.end; begin = end) {
         const int64_t source = begin * rows.step >> 16;
+        const uint32_t *bits = bitmap.words + source * pitch;
         end = Min(rows.end, FirstSampleOf(rows, static_cast<uint32_t>(source + 1)));
-        list.nextColumn = firstColumn;
-        while (list.nextColumn < bitmap.width) {
-            ListRuns(&list, bitmap.words + source * pitch, bitmap.width, columns, ink.sampleBytes);
-            for (int64_t j = begin; j < end; ++j)
-                PaintRuns(plane.first + static_cast<ptrdiff_t>((rows.origin + j) * plane.stride),
-                          &list, ink);
-        }
+        memset(piece->words, 0, sizeof piece->words);
+        if (columns.step < kSameSize)
+            SpreadRuns(piece, bits, edges);
+        else if (columns.step == kSameSize)
+            CopyBits(piece, bits, pitch);
+        else
+            SampleBits(piece, bits, columns);
+        PaintPiece(plane, *piece, columns, rows, begin, end, ink);
+    }
+}
+
+static void PaintBitmap(Plane plane, const BitmapView &bitmap, const Sampling &columns,
+                        const Sampling &rows, const Ink &ink) {
+    MaskPiece piece;
+    for (piece.first = columns.first; piece.first < columns.end; piece.first += kPieceSamples) {
+        piece.samples = static_cast<int32_t>(Min(kPieceSamples, columns.end - piece.first));
+        PaintColumns(plane, bitmap, &piece, columns, rows, ink);
     }
 }
 

@@ -76,3 +76,39 @@ inline void FillRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
 inline OrnMinRenderScanline MakeSpan(int32_t first, int32_t end, int32_t row) {
     return {{first, row}, {end, row}};
 }
+
+// ---- Masks: rows of words whose set bits paint samples, the least significant bit leftmost ----
+
+// What a set bit does to the bytes of its sample.
+struct Ink {
+    Pattern pattern;
+    ptrdiff_t sampleBytes; // 1 luma, 2 chroma
+    bool half;             // average with what is there, rounded down
+};
+
+struct Mask {
+    const uint32_t *words;
+    int32_t pitch; // words from one row to the next; 0 repeats a row
+    int32_t rows;
+    int32_t wordsPerRow;
+    uint32_t firstWordBits; // which bits of the first and of the last word count
+    uint32_t lastWordBits;
+};
+
+// The bits of word i of a row that count.
+inline uint32_t EdgeBits(const Mask &mask, int32_t i) {
+    return (i == 0 ? mask.firstWordBits : 0xFFFFFFFFu) &
+           (i == mask.wordsPerRow - 1 ? mask.lastWordBits : 0xFFFFFFFFu);
+}
+
+// Bits first..end - 1 of a word, both in 0..32, first < end.
+inline uint32_t BitRange(int32_t first, int32_t end) {
+    return (0xFFFFFFFFu << first) & (0xFFFFFFFFu >> (32 - end));
+}
+
+// Paints samples from first (bit 0 of the first word) on. Where the first word does not count in
+// full, first may lie outside the plane: only samples of set bits are touched.
+void PaintMask(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink);
+
+// What PaintMask does, without special instructions.
+void PaintMaskPlain(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink);

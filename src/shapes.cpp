@@ -62,76 +62,6 @@ void OrnMinRenderFillRectYUV420SP(OrnMinRenderContext *context, const OrnMinRend
     OrnMinRenderFillRectUVImpl(context, image, &clipped, colour);
 }
 
-// ---- Sorting the crossing points of a polygon ----
-
-int ComparePoints(const void *first, const void *second) {
-    const auto *a = static_cast<const OrnMinRenderPoint *>(first);
-    const auto *b = static_cast<const OrnMinRenderPoint *>(second);
-    return a->y != b->y ? a->y - b->y : a->x - b->x; // clamped to a plane: no overflow
-}
-
-static void SwapPoints(OrnMinRenderPoint *a, OrnMinRenderPoint *b) {
-    const OrnMinRenderPoint kept = *a;
-    *a = *b;
-    *b = kept;
-}
-
-// Nearly always two points, or a handful; a Shell sort keeps the worst case short, when a plane's
-// whole share of points lies in one row.
-static void SortColumns(OrnMinRenderPoint *points, size_t count) {
-    static const size_t kGaps[] = {1750, 701, 301, 132, 57, 23, 10, 4, 1}; // M. Ciura, 2001
-    size_t first = count <= 8 ? 8 : 0;
-    for (; first < sizeof kGaps / sizeof *kGaps; ++first) {
-        const size_t gap = kGaps[first];
-        for (size_t i = gap; i < count; ++i)
-            for (size_t j = i; j >= gap && points[j].x < points[j - gap].x; j -= gap)
-                SwapPoints(&points[j], &points[j - gap]);
-    }
-}
-
-// Moves every point into its row's share of the array, by following the displaced points around.
-// ends[r] is where the share of row firstRow + r ends.
-static void PartitionByRow(OrnMinRenderPoint *points, int32_t firstRow, const uint16_t *ends,
-                           size_t rows) {
-    uint16_t next[kScratchPoints / 2]; // the first place of each share not yet settled
-    next[0] = 0;
-    for (size_t r = 1; r < rows; ++r)
-        next[r] = ends[r - 1];
-    for (size_t r = 0; r < rows; ++r) {
-        while (next[r] < ends[r]) {
-            OrnMinRenderPoint *point = &points[next[r]];
-            const auto home = static_cast<size_t>(point->y - firstRow);
-            if (home != r)
-                SwapPoints(point, &points[next[home]]);
-            ++next[home];
-        }
-    }
-}
-
-// A general sort would dominate the fill and, in common C libraries, allocate. Two points a row
-// bound the number of rows by half the number of points.
-void SortCrossings(OrnMinRenderPoint *points, size_t count) {
-    if (count == 0)
-        return;
-    int32_t firstRow = points[0].y;
-    int32_t lastRow = points[0].y;
-    for (size_t i = 1; i < count; ++i) {
-        firstRow = static_cast<int32_t>(Min(firstRow, points[i].y));
-        lastRow = static_cast<int32_t>(Max(lastRow, points[i].y));
-    }
-    const auto rows = static_cast<size_t>(lastRow - firstRow) + 1;
-
-    uint16_t ends[kScratchPoints / 2] = {0};
-    for (size_t i = 0; i < count; ++i)
-        ++ends[points[i].y - firstRow];
-    for (size_t r = 1; r < rows; ++r)
-        ends[r] = static_cast<uint16_t>(ends[r] + ends[r - 1]);
-
-    PartitionByRow(points, firstRow, ends, rows);
-    for (size_t r = 0, begin = 0; r < rows; begin = ends[r++])
-        SortColumns(points + begin, ends[r] - begin);
-}
-
 // ---- Polygons ----
 
 // The crossing of an edge with one pixel row, and how it moves from row to row: by whole columns,
@@ -145,25 +75,28 @@ struct EdgeWalk {
     int32_t direction; // +1 or -1
 };
 
-// The walk at the row that lies rows (1 or more) below the edge's upper end: the column nearest to
-// the exact crossing, a tie going toward the upper end. Reached arithmetically, so that edges far
-// above the frame cost nothing. All products stay below 2^64.
+// The walk at the row that lies rows below the edge's upper end: the column nearest to the exact
+// crossing, a tie going toward the upper end; that of an end itself is exact. Reached
+// arithmetically, so that edges far above the frame cost nothing. The products stay below 2^64.
 static EdgeWalk StartEdgeWalk(OrnMinRenderPoint upper, OrnMinRenderPoint lower, int64_t rows) {
-    const int64_t height = int64_t{lower.y} - upper.y;
     const int64_t shift = int64_t{lower.x} - upper.x;
+    const auto width = static_cast<uint32_t>(shift >= 0 ? shift : -shift);
+    const auto height = static_cast<uint32_t>(int64_t{lower.y} - upper.y);
     const int32_t direction = shift >= 0 ? 1 : -1;
-    const auto width = static_cast<uint64_t>(shift >= 0 ? shift : -shift);
-    const auto height64 = static_cast<uint64_t>(height);
+    const int64_t wholeStep = int64_t{width / height} * direction;
+    const uint32_t rest = width % height;
 
-    const uint64_t travelled = width * static_cast<uint64_t>(rows);
-    const uint64_t half = height64 / 2;
-    const uint64_t columns = travelled > half ? (travelled - half + (height64 - 1)) / height64 : 0;
-    const auto error = static_cast<int64_t>(half + columns * height64 - travelled);
-    return {upper.x + direction * static_cast<int64_t>(columns),
-            error,
+    // Beyond the whole steps: one column more whenever the rests exceed the half, and then again.
+    const uint64_t rests = rest * static_cast<uint64_t>(rows);
+    const uint64_t half = height / 2;
+    uint64_t more = 0;
+    if (rests > half)
+        more = rows == 1 ? 1 : (rests - half + (height - 1)) / height;
+    return {upper.x + wholeStep * rows + direction * static_cast<int64_t>(more),
+            static_cast<int64_t>(half + more * height - rests),
             height,
-            direction * static_cast<int64_t>(width / height64),
-            static_cast<int64_t>(width % height64),
+            wholeStep,
+            rest,
             direction};
 }
 
@@ -176,74 +109,180 @@ static void StepEdgeWalk(EdgeWalk *walk) {
     }
 }
 
-// Where the crossing points of one plane go.
-struct CrossingList {
-    OrnMinRenderPoint *next;
-    OrnMinRenderPoint *end;
-    int32_t width; // of the plane
+// A polygon as one plane sees it: shift 0 is luma, 1 chroma.
+struct PolygonPlane {
+    const OrnMinRenderPoint *points;
+    size_t count;
+    int32_t shift;
+    int32_t width;
     int32_t height;
 };
 
-static bool IsFull(const CrossingList *list) {
-    return list->next == list->end;
+static OrnMinRenderPoint VertexOf(const PolygonPlane &plane, size_t i) {
+    const OrnMinRenderPoint &point = plane.points[i < plane.count ? i : i - plane.count];
+    return {point.x >> plane.shift, point.y >> plane.shift};
+}
+
+// What one edge adds to a plane: a point in each row from its start up to, but without, its end;
+// and perhaps one at its end.
+struct Segment {
+    OrnMinRenderPoint start;
+    OrnMinRenderPoint end;
+    int32_t firstRow; // of those that lie in the plane
+    int32_t endRow;   // not below firstRow
+    bool hasEnd;
+};
+
+// A vertex counts once as the start of an edge, and as the end of one only where it is a local top
+// or bottom, so that every row gets an even number of points.
+static Segment ComputeSegment(const PolygonPlane &plane, size_t i) {
+    const OrnMinRenderPoint a = VertexOf(plane, i);
+    const OrnMinRenderPoint b = VertexOf(plane, i + 1);
+    const bool upward = a.y > b.y;
+    const bool turns = (b.y < VertexOf(plane, i + 2).y) == upward;
+    const int64_t first = upward ? int64_t{b.y} + 1 : a.y;
+    const int64_t end = upward ? int64_t{a.y} + 1 : Max(b.y, int64_t{a.y} + 1);
+    return {a, b, ClampToSize(first, plane.height), ClampToSize(end, plane.height),
+            turns && b.y >= 0 && b.y < plane.height};
+}
+
+// The number of crossing points, and the rows that they lie in. As the outline is closed, none of
+// the rows between its highest and its lowest vertex is without.
+struct CrossingCount {
+    int64_t points;
+    int32_t firstRow;
+    int32_t endRow;
+};
+
+// Counting ends where there are too many.
+static CrossingCount CountCrossings(const PolygonPlane &plane) {
+    CrossingCount count = {0, plane.height, 0};
+    for (size_t i = 0; i < plane.count && count.points < int64_t{kScratchPoints}; ++i) {
+        const Segment segment = ComputeSegment(plane, i);
+        count.points += segment.endRow - segment.firstRow + segment.hasEnd;
+        if (segment.firstRow < segment.endRow) {
+            count.firstRow = static_cast<int32_t>(Min(count.firstRow, segment.firstRow));
+            count.endRow = static_cast<int32_t>(Max(count.endRow, segment.endRow));
+        }
+    }
+    return count;
+}
+
+// The list being made, and where the next point of each row goes. Fewer than kScratchPoints points,
+// at least two in a row, fill fewer rows than half their number.
+struct CrossingList {
+    OrnMinRenderPoint *points;
+    int32_t width; // of the plane
+    int32_t firstRow;
+    int32_t rows;
+    uint16_t next[kScratchPoints / 2 + 1];
+};
+
+static void CountRows(CrossingList *list, int32_t first, int32_t end) {
+    ++list->next[first - list->firstRow];
+    --list->next[end - list->firstRow];
+}
+
+// Finds where the share of each row begins: first how the number of points changes from row to row,
+// then the sums of the sums of that.
+static void FindShares(CrossingList *list, const PolygonPlane &plane) {
+    memset(list->next, 0, static_cast<size_t>(list->rows + 1) * sizeof *list->next);
+    for (size_t i = 0; i < plane.count; ++i) {
+        const Segment segment = ComputeSegment(plane, i);
+        if (segment.firstRow < segment.endRow)
+            CountRows(list, segment.firstRow, segment.endRow);
+        if (segment.hasEnd)
+            CountRows(list, segment.end.y, segment.end.y + 1);
+    }
+    uint32_t inRow = 0;
+    uint32_t before = 0;
+    for (int32_t r = 0; r < list->rows; ++r) {
+        inRow = (inRow + list->next[r]) & 0xFFFF; // changes may be negative
+        list->next[r] = static_cast<uint16_t>(before);
+        before += inRow;
+    }
 }
 
 static void AddCrossing(CrossingList *list, int64_t x, int32_t y) {
-    if (!IsFull(list))
-        *list->next++ = {ClampToSize(x, list->width), y};
+    const uint16_t place = list->next[y - list->firstRow]++;
+    list->points[place] = {ClampToSize(x, list->width), y};
 }
 
-static bool HasPlaneRow(const CrossingList *list, int32_t y) {
-    return y >= 0 && y < list->height;
-}
-
-// Adds the crossings of the edge a - b with the rows of the plane. nextY is the row of the vertex
-// after b. A vertex counts once as the start of an edge, and as the end of one only where it is a
-// local top or bottom, so that every row gets an even number of points.
-static void ComputeSegmentGuardPoints(CrossingList *list, OrnMinRenderPoint a, OrnMinRenderPoint b,
-                                      int32_t nextY) {
-    const bool upward = a.y > b.y;
-    if (HasPlaneRow(list, a.y))
-        AddCrossing(list, a.x, a.y);
-    if (HasPlaneRow(list, b.y) && (b.y < nextY) == upward)
+static void AddSegment(CrossingList *list, const Segment &segment) {
+    const OrnMinRenderPoint a = segment.start;
+    const OrnMinRenderPoint b = segment.end;
+    if (segment.hasEnd)
         AddCrossing(list, b.x, b.y);
-
-    const OrnMinRenderPoint upper = upward ? b : a;
-    const OrnMinRenderPoint lower = upward ? a : b;
-    const int64_t firstRow = Max(int64_t{upper.y} + 1, 0);
-    const auto endRow = static_cast<int32_t>(Min(lower.y, list->height));
-    if (firstRow >= endRow)
+    if (segment.firstRow == segment.endRow)
         return;
-    EdgeWalk walk = StartEdgeWalk(upper, lower, firstRow - upper.y);
-    for (auto y = static_cast<int32_t>(firstRow); y < endRow && !IsFull(list); ++y) {
+    if (a.y == b.y) {
+        AddCrossing(list, a.x, a.y);
+        return;
+    }
+    const OrnMinRenderPoint upper = a.y > b.y ? b : a;
+    const OrnMinRenderPoint lower = a.y > b.y ? a : b;
+    EdgeWalk walk = StartEdgeWalk(upper, lower, int64_t{segment.firstRow} - upper.y);
+    for (int32_t y = segment.firstRow; y < segment.endRow; ++y) {
         AddCrossing(list, walk.x, y);
         StepEdgeWalk(&walk);
     }
 }
 
-static OrnMinRenderPoint ShiftPoint(OrnMinRenderPoint point, int32_t shift) {
-    return {point.x >> shift, point.y >> shift};
+int ComparePoints(const void *first, const void *second) {
+    const auto *a = static_cast<const OrnMinRenderPoint *>(first);
+    const auto *b = static_cast<const OrnMinRenderPoint *>(second);
+    return a->y != b->y ? a->y - b->y : a->x - b->x; // clamped to a plane: no overflow
 }
 
-// Lists the crossings of one plane (shift 0: luma, 1: chroma) as spans in the scratch memory.
-// Returns their number in points, or 0 when there are none or more than the memory can tell from
-// too many.
-static int32_t FillPolygonPlane(OrnMinRenderContext *context, const OrnMinRenderImage *image,
-                                const OrnMinRenderPoint *points, size_t count, int32_t shift) {
-    OrnMinRenderPoint *const first = ScratchPoints(context);
-    CrossingList list = {first, first + kScratchPoints, image->width >> shift,
-                         image->height >> shift};
-    for (size_t i = 0; i < count && !IsFull(&list); ++i) {
-        const OrnMinRenderPoint a = ShiftPoint(points[i], shift);
-        const OrnMinRenderPoint b = ShiftPoint(points[(i + 1) % count], shift);
-        const OrnMinRenderPoint next = ShiftPoint(points[(i + 2) % count], shift);
-        ComputeSegmentGuardPoints(&list, a, b, next.y);
+static void SwapPoints(OrnMinRenderPoint *a, OrnMinRenderPoint *b) {
+    const OrnMinRenderPoint kept = *a;
+    *a = *b;
+    *b = kept;
+}
+
+// A Shell sort keeps the worst case short, when a plane's whole share of points lies in one row.
+static void SortManyColumns(OrnMinRenderPoint *points, size_t count) {
+    static const size_t kGaps[] = {1750, 701, 301, 132, 57, 23, 10, 4, 1}; // M. Ciura, 2001
+    for (const size_t gap : kGaps)
+        for (size_t i = gap; i < count; ++i)
+            for (size_t j = i; j >= gap && points[j].x < points[j - gap].x; j -= gap)
+                SwapPoints(&points[j], &points[j - gap]);
+}
+
+// Sorts the points of one row: nearly always two, whose order is chosen without a branch.
+static void SortColumns(OrnMinRenderPoint *points, size_t count) {
+    if (count > 2) {
+        SortManyColumns(points, count);
+        return;
     }
-    if (IsFull(&list))
+    const int32_t a = points[0].x;
+    const int32_t b = points[1].x;
+    points[0].x = a < b ? a : b;
+    points[1].x = a < b ? b : a;
+}
+
+// A general sort would dominate the fill and, in common C libraries, allocate; instead each point
+// is put straight into its row's share of the list.
+int32_t FillPolygonPlane(OrnMinRenderPoint *crossings, const OrnMinRenderImage *image,
+                         const OrnMinRenderPoint *points, size_t count, int32_t shift) {
+    const PolygonPlane plane = {points, count, shift, image->width >> shift,
+                                image->height >> shift};
+    const CrossingCount counted = CountCrossings(plane);
+    if (counted.points == 0 || counted.points >= int64_t{kScratchPoints})
         return 0;
-    const auto crossings = static_cast<size_t>(list.next - first);
-    SortCrossings(first, crossings);
-    return static_cast<int32_t>(crossings);
+    CrossingList list;
+    list.points = crossings;
+    list.width = plane.width;
+    list.firstRow = counted.firstRow;
+    list.rows = counted.endRow - counted.firstRow;
+    FindShares(&list, plane);
+    for (size_t i = 0; i < count; ++i)
+        AddSegment(&list, ComputeSegment(plane, i));
+
+    // Each share now ends where its next point would go.
+    for (int32_t r = 0, begin = 0; r < list.rows; begin = list.next[r++])
+        SortColumns(crossings + begin, static_cast<size_t>(list.next[r] - begin));
+    return static_cast<int32_t>(counted.points);
 }
 
 static bool IsPolygon(const OrnMinRenderContext *context, const OrnMinRenderImage *image,
@@ -255,7 +294,7 @@ void OrnMinRenderFillPolygonY8(OrnMinRenderContext *context, const OrnMinRenderI
                                const OrnMinRenderPoint *points, size_t count, uint8_t luma) {
     if (!IsPolygon(context, image, points, count) || !image->yPlane)
         return;
-    const int32_t crossings = FillPolygonPlane(context, image, points, count, 0);
+    const int32_t crossings = FillPolygonPlane(ScratchPoints(context), image, points, count, 0);
     OrnMinRenderDrawScanlinesY8(image, ScratchSpans(context), crossings, luma);
 }
 
@@ -267,7 +306,7 @@ void OrnMinRenderFillPolygonYUV420SP(OrnMinRenderContext *context, const OrnMinR
     OrnMinRenderFillPolygonY8(context, image, points, count, colour.y);
     if (!image->uvPlane)
         return;
-    const int32_t crossings = FillPolygonPlane(context, image, points, count, 1);
+    const int32_t crossings = FillPolygonPlane(ScratchPoints(context), image, points, count, 1);
     OrnMinRenderDrawScanlinesUV(image, ScratchSpans(context), crossings, colour);
 }
 

@@ -7,6 +7,8 @@
 // Orders crossing points by row, then by column: negative, zero or positive as for qsort.
 int ComparePoints(const void *first, const void *second);
 
-// Sorts the crossing points of one plane into the order of ComparePoints, in place. At most
-// kScratchPoints points, and every row from the lowest to the highest must hold at least two.
-void SortCrossings(OrnMinRenderPoint *points, size_t count);
+// Lists where the polygon's edges cross the rows of one plane (shift 0: luma, 1: chroma), in the
+// order of ComparePoints: two points make a span. Returns their number, or 0 when there are none or
+// kScratchPoints and more.
+int32_t FillPolygonPlane(OrnMinRenderPoint *crossings, const OrnMinRenderImage *image,
+                         const OrnMinRenderPoint *points, size_t count, int32_t shift);

@@ -19,11 +19,6 @@ static int32_t WordsPerRow(int32_t columns) {
 
 // ---- Decoding ----
 
-// Bits first..end - 1 of a word, both in 0..32, first < end.
-static uint32_t BitRange(int32_t first, int32_t end) {
-    return (0xFFFFFFFFu << first) & (0xFFFFFFFFu >> (32 - end));
-}
-
 static void SetRow(const Bitmap *bitmap, int32_t y, int32_t first, int32_t end) {
     uint32_t *row = bitmap->words + y * bitmap->pitch;
     for (int32_t x = first; x < end;) {
@@ -202,29 +197,23 @@ void OrnMinRenderTextRenderCacheGlyph(const OrnMinRenderFont *font, OrnMinRender
 
 // ---- Stamping ----
 
-// Stores the ink of one word; bit 0 lies at pixel.
-static void StampWord(uint8_t *pixel, uint32_t word, uint8_t luma) {
-    while (word) {
-        const int first = __builtin_ctz(word);
-        const uint32_t rest = ~(word >> first);
-        const int run = rest ? __builtin_ctz(rest) : 32;
-        for (int i = 0; i < run; ++i)
-            pixel[first + i] = luma;
-        word = first + run < 32 ? word & (0xFFFFFFFFu << (first + run)) : 0;
-    }
-}
-
-// Columns firstColumn..endColumn - 1 of one bitmap row, column 0 lying at x0 of the image row.
-static void StampRow(uint8_t *imageRow, int64_t x0, const uint32_t *words, int32_t firstColumn,
-                     int32_t endColumn, uint8_t luma) {
-    for (int32_t column = firstColumn; column < endColumn;) {
-        const int32_t base = column / 32 * 32;
-        const auto end = static_cast<int32_t>(Min(endColumn, base + 32));
-        const uint32_t visible = words[base / 32] & BitRange(column - base, end - base);
-        // Shifted so that the address of a partly visible word lies inside the row.
-        StampWord(imageRow + static_cast<ptrdiff_t>(x0 + column), visible >> (column - base), luma);
-        column = end;
-    }
+// A mask of which only so many words exist: whole rows of it, and what there is of the next. The
+// rest counts as clear.
+static void PaintCutMask(uint8_t *first, int64_t stride, Mask mask, int64_t words, const Ink &ink) {
+    if (words <= 0)
+        return;
+    const int32_t wholeRows =
+        static_cast<int32_t>((words + mask.pitch - mask.wordsPerRow) / mask.pitch);
+    const auto rest = static_cast<int32_t>(words - int64_t{wholeRows} * mask.pitch);
+    mask.rows = wholeRows;
+    PaintMask(first, stride, mask, ink);
+    if (rest <= 0)
+        return;
+    mask.words += wholeRows * ptrdiff_t{mask.pitch};
+    mask.rows = 1;
+    mask.wordsPerRow = rest;
+    mask.lastWordBits = 0xFFFFFFFFu;
+    PaintMask(first + static_cast<ptrdiff_t>(wholeRows * stride), stride, mask, ink);
 }
 
 void OrnMinRenderTextBitmap(const OrnMinRenderGlyphBox *box, const uint32_t *bitmap, uint32_t words,
@@ -235,21 +224,23 @@ void OrnMinRenderTextBitmap(const OrnMinRenderGlyphBox *box, const uint32_t *bit
     const int64_t x0 = int64_t{pen->x} + box->bearingX;
     const int64_t y0 = int64_t{pen->y} - box->bearingY;
     const auto firstColumn = static_cast<int32_t>(Max(0, Min(-x0, box->width)));
-    const auto endColumn =
-        static_cast<int32_t>(Max(firstColumn, Min(box->width, image->width - x0)));
+    const int64_t endColumn = Min(box->width, image->width - x0);
     const auto firstRow = static_cast<int32_t>(Max(0, Min(-y0, box->height)));
-    const auto endRow = static_cast<int32_t>(Max(firstRow, Min(box->height, image->height - y0)));
-    if (firstColumn == endColumn)
+    const int64_t endRow = Min(box->height, image->height - y0);
+    if (firstColumn >= endColumn || firstRow >= endRow)
         return;
 
+    const int32_t firstWord = firstColumn / 32;
+    const auto lastColumn = static_cast<int32_t>(endColumn - 1);
     const int32_t pitch = WordsPerRow(box->width);
-    for (int32_t row = firstRow; row < endRow; ++row) {
-        const int64_t firstWord = int64_t{row} * pitch;
-        // Words at or past the count are clear; no later row has any that are not.
-        const int64_t columnsLeft = (int64_t{words} - firstWord) * 32;
-        if (firstColumn >= columnsLeft)
-            return;
-        StampRow(LumaRow(image, y0 + row), x0, bitmap + firstWord, firstColumn,
-                 static_cast<int32_t>(Min(endColumn, columnsLeft)), static_cast<uint8_t>(luma));
-    }
+    Mask mask = {bitmap + firstRow * pitch + firstWord,   pitch,
+                 static_cast<int32_t>(endRow) - firstRow, lastColumn / 32 - firstWord + 1,
+                 BitRange(firstColumn % 32, 32),          BitRange(0, lastColumn % 32 + 1)};
+    const Ink ink = {LumaPattern(static_cast<uint8_t>(luma)), 1, false};
+    uint8_t *first = LumaRow(image, y0 + firstRow) + static_cast<ptrdiff_t>(x0 + firstWord * 32);
+    const int64_t wordsLeft = int64_t{words} - firstRow * pitch - firstWord;
+    if (int64_t{mask.rows - 1} * pitch + mask.wordsPerRow <= wordsLeft)
+        PaintMask(first, image->stride, mask, ink);
+    else
+        PaintCutMask(first, image->stride, mask, wordsLeft, ink);
 }

@@ -1,0 +1,120 @@
+// Paints samples by 1-bit masks, the inner loop of text and bitmaps: a plain routine that stores
+// runs of set bits, and beside it one for AVX-512, whose masked stores take a mask word as it is.
+// Either writes what is set and nothing else. PaintMask, at the end, chooses.
+#include "pixop.h"
+
+// ---- Plain ----
+
+static void BlendRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
+    constexpr uint64_t kUpperBits = 0xFEFEFEFEFEFEFEFE;
+    ptrdiff_t i = 0;
+    for (; i + 8 <= bytes; i += 8) {
+        uint64_t old;
+        memcpy(&old, first + i, sizeof old);
+        // a + b = 2 (a & b) + (a ^ b), halved in each byte on its own
+        const uint64_t average = (old & pattern.bytes) + ((old ^ pattern.bytes) & kUpperBits) / 2;
+        memcpy(first + i, &average, sizeof average);
+    }
+    const auto *pair = reinterpret_cast<const uint8_t *>(&pattern);
+    for (; i < bytes; ++i)
+        first[i] = static_cast<uint8_t>((first[i] + pair[i % 2]) / 2);
+}
+
+static void PaintWordPlain(uint8_t *first, uint32_t word, const Ink &ink) {
+    while (word) {
+        const int start = __builtin_ctz(word);
+        const uint32_t rest = ~(word >> start);
+        const int length = rest ? __builtin_ctz(rest) : 32;
+        uint8_t *run = first + start * ink.sampleBytes;
+        if (ink.half)
+            BlendRun(run, length * ink.sampleBytes, ink.pattern);
+        else
+            FillRun(run, length * ink.sampleBytes, ink.pattern);
+        // The run ends below bit 32, or the word with it.
+        word = start + length < 32 ? word & (0xFFFFFFFFu << (start + length)) : 0;
+    }
+}
+
+void PaintMaskPlain(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink) {
+    const ptrdiff_t wordBytes = 32 * ink.sampleBytes;
+    for (int32_t row = 0; row < mask.rows; ++row) {
+        const uint32_t *words = mask.words + row * ptrdiff_t{mask.pitch};
+        uint8_t *samples = first + static_cast<ptrdiff_t>(row * stride);
+        for (int32_t i = 0; i < mask.wordsPerRow; ++i)
+            PaintWordPlain(samples + i * wordBytes, words[i] & EdgeBits(mask, i), ink);
+    }
+}
+
+// ---- AVX-512 ----
+
+#if defined(__x86_64__) && defined(__GNUC__)
+#include <immintrin.h>
+
+#define ORN_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl")))
+
+#define ORN_INLINE __attribute__((always_inline)) inline
+
+// Rounded down, where the instruction rounds up.
+ORN_AVX512 static ORN_INLINE __m512i Average(__m512i a, __m512i b) {
+    const __m512i odd = _mm512_and_si512(_mm512_xor_si512(a, b), _mm512_set1_epi8(1));
+    return _mm512_sub_epi8(_mm512_avg_epu8(a, b), odd);
+}
+
+// The bytes of 32 luma samples or 32 chroma samples whose bits are set.
+template <bool luma, bool half>
+ORN_AVX512 static ORN_INLINE void PaintWord(uint8_t *first, uint32_t word, __m512i colour) {
+    if (luma) {
+        const __m512i bytes = half ? Average(_mm512_maskz_loadu_epi8(word, first), colour) : colour;
+        _mm256_mask_storeu_epi8(first, word, _mm512_castsi512_si256(bytes));
+    } else {
+        const __m512i bytes =
+            half ? Average(_mm512_maskz_loadu_epi16(word, first), colour) : colour;
+        _mm512_mask_storeu_epi16(first, word, bytes);
+    }
+}
+
+// Fields are read once: a byte stored could change them, as far as a compiler knows.
+template <bool luma, bool half>
+ORN_AVX512 static void PaintRows(uint8_t *first, int64_t stride, const Mask &mask,
+                                 Pattern pattern) {
+    const __m512i colour = _mm512_set1_epi64(static_cast<int64_t>(pattern.bytes));
+    constexpr ptrdiff_t kWordBytes = luma ? 32 : 64;
+    const ptrdiff_t pitch = mask.pitch;
+    const int32_t last = mask.wordsPerRow - 1;
+    const uint32_t firstBits = EdgeBits(mask, 0);
+    const uint32_t lastBits = mask.lastWordBits;
+    const uint32_t *words = mask.words;
+    for (int32_t rows = mask.rows; rows > 0; --rows) {
+        PaintWord<luma, half>(first, words[0] & firstBits, colour);
+        for (int32_t i = 1; i < last; ++i)
+            PaintWord<luma, half>(first + i * kWordBytes, words[i], colour);
+        if (last > 0)
+            PaintWord<luma, half>(first + last * kWordBytes, words[last] & lastBits, colour);
+        words += pitch;
+        first += static_cast<ptrdiff_t>(stride);
+    }
+}
+
+static void PaintMaskAvx512(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink) {
+    if (ink.sampleBytes == 1)
+        (ink.half ? PaintRows<true, true> : PaintRows<true, false>)(first, stride, mask,
+                                                                    ink.pattern);
+    else
+        (ink.half ? PaintRows<false, true> : PaintRows<false, false>)(first, stride, mask,
+                                                                      ink.pattern);
+}
+
+void PaintMask(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink) {
+    if (__builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl"))
+        PaintMaskAvx512(first, stride, mask, ink);
+    else
+        PaintMaskPlain(first, stride, mask, ink);
+}
+
+#else
+
+void PaintMask(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink) {
+    PaintMaskPlain(first, stride, mask, ink);
+}
+
+#endif
