@@ -11,26 +11,6 @@ void OrnMinRenderSetUVPixel(const OrnMinRenderImage *image, int32_t cx, int32_t 
     StoreChroma(ChromaRow(image, cy) + 2 * ptrdiff_t{cx}, colour);
 }
 
-// A long run; in luma, or where U equals V, the C library knows the fastest stores.
-static void FillLongRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
-    const auto byte = static_cast<uint8_t>(pattern.bytes);
-    if (pattern.bytes == LumaPattern(byte).bytes)
-        memset(first, byte, static_cast<size_t>(bytes));
-    else
-        FillRun(first, bytes, pattern);
-}
-
-constexpr ptrdiff_t kLongRun = 128;
-
-static void FillAnyRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
-    if (bytes >= kLongRun)
-        FillLongRun(first, bytes, pattern);
-    else
-        FillRun(first, bytes, pattern);
-}
-
-// ---- Span lists ----
-
 // The number of spans in a list of count points; an odd last point still begins a span.
 static int32_t SpanCount(int32_t count) {
     return count <= 0 ? 0 : count / 2 + count % 2;
@@ -38,33 +18,15 @@ static int32_t SpanCount(int32_t count) {
 
 void OrnMinRenderDrawScanlinesY8(const OrnMinRenderImage *image, const OrnMinRenderScanline *spans,
                                  int32_t count, uint8_t luma) {
-    const Pattern pattern = LumaPattern(luma);
-    const OrnMinRenderScanline *end = spans + SpanCount(count);
-    for (const OrnMinRenderScanline *span = spans; span < end; ++span)
-        FillAnyRun(LumaRow(image, span->start.y) + span->start.x,
-                   ptrdiff_t{span->end.x} - span->start.x, pattern);
+    PaintSpans(LumaPlane(image), spans, SpanCount(count), LumaPattern(luma));
 }
 
 void OrnMinRenderDrawScanlinesUV(const OrnMinRenderImage *image, const OrnMinRenderScanline *spans,
                                  int32_t count, OrnMinRenderColour colour) {
-    const Pattern pattern = ChromaPattern(colour);
-    const OrnMinRenderScanline *end = spans + SpanCount(count);
-    for (const OrnMinRenderScanline *span = spans; span < end; ++span)
-        FillAnyRun(ChromaRow(image, span->start.y) + 2 * ptrdiff_t{span->start.x},
-                   2 * (ptrdiff_t{span->end.x} - span->start.x), pattern);
+    PaintSpans(ChromaPlane(image), spans, SpanCount(count), ChromaPattern(colour));
 }
 
-// ---- Rectangles: one span for each row, all alike, and so painted without being listed ----
-
-static void FillRows(uint8_t *first, int64_t stride, int64_t rows, int64_t bytes, Pattern pattern) {
-    if (bytes == stride) { // no gap between the rows
-        bytes *= rows;
-        rows = 1;
-    }
-    for (int64_t row = 0; row < rows; ++row)
-        FillAnyRun(first + static_cast<ptrdiff_t>(row * stride), static_cast<ptrdiff_t>(bytes),
-                   pattern);
-}
+// A rectangle's spans, one for each row, are all alike, and so are painted without being listed.
 
 static bool IsEmpty(const OrnMinRenderRect *rect) {
     return rect->left >= rect->right || rect->top >= rect->bottom;
@@ -268,13 +230,8 @@ static void SpreadRuns(MaskPiece *piece, const uint32_t *bits, const ColumnEdges
     }
 }
 
-struct Plane {
-    uint8_t *first;
-    int64_t stride;
-};
-
 // Paints rows first..end - 1 of the rectangle, which all show the same row of the bitmap.
-static void PaintPiece(Plane plane, const MaskPiece &piece, const Sampling &columns,
+static void PaintPiece(const Plane &plane, const MaskPiece &piece, const Sampling &columns,
                        const Sampling &rows, int64_t first, int64_t end, const Ink &ink) {
     const int32_t words = (piece.samples + 31) / 32;
     const Mask mask = {piece.words, 0,           static_cast<int32_t>(end - first),
@@ -287,7 +244,7 @@ static void PaintPiece(Plane plane, const MaskPiece &piece, const Sampling &colu
 constexpr int64_t kSameSize = 65536; // the step at which every sample shows a column of its own
 
 // Each row of the bitmap becomes a mask once, for all the rows of the plane that show it.
-static void PaintColumns(Plane plane, const BitmapView &bitmap, MaskPiece *piece,
+static void PaintColumns(const Plane &plane, const BitmapView &bitmap, MaskPiece *piece,
                          const Sampling &columns, const Sampling &rows, const Ink &ink) {
     const int64_t pitch = (int64_t{bitmap.width} + 31) / 32;
     ColumnEdges edges;
@@ -309,7 +266,7 @@ static void PaintColumns(Plane plane, const BitmapView &bitmap, MaskPiece *piece
     }
 }
 
-static void PaintBitmap(Plane plane, const BitmapView &bitmap, const Sampling &columns,
+static void PaintBitmap(const Plane &plane, const BitmapView &bitmap, const Sampling &columns,
                         const Sampling &rows, const Ink &ink) {
     MaskPiece piece;
     for (piece.first = columns.first; piece.first < columns.end; piece.first += kPieceSamples) {
@@ -325,8 +282,7 @@ static void DrawBitmapLuma(const OrnMinRenderImage *image, const OrnMinRenderRec
     if (image->yPlane &&
         MakeSampling(rect->left, rect->right, bitmap.width, image->width, &columns) &&
         MakeSampling(rect->top, rect->bottom, bitmap.height, image->height, &rows))
-        PaintBitmap({image->yPlane, image->stride}, bitmap, columns, rows,
-                    {LumaPattern(luma), 1, half});
+        PaintBitmap(LumaPlane(image), bitmap, columns, rows, {LumaPattern(luma), 1, half});
 }
 
 // The bitmap is sampled afresh onto the chroma grid, over the halved rectangle.
@@ -339,8 +295,7 @@ static void DrawBitmapChroma(const OrnMinRenderImage *image, const OrnMinRenderR
                      &columns) &&
         MakeSampling(rect->top / 2, rect->bottom / 2, bitmap.height, ChromaSize(image->height),
                      &rows))
-        PaintBitmap({image->uvPlane, image->stride}, bitmap, columns, rows,
-                    {ChromaPattern(colour), 2, half});
+        PaintBitmap(ChromaPlane(image), bitmap, columns, rows, {ChromaPattern(colour), 2, half});
 }
 
 void OrnMinRenderDrawBitmapY8(const OrnMinRenderImage *image, const OrnMinRenderRect *rect,

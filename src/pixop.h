@@ -77,6 +77,30 @@ inline OrnMinRenderScanline MakeSpan(int32_t first, int32_t end, int32_t row) {
     return {{first, row}, {end, row}};
 }
 
+// ---- Rows and spans ----
+
+// A plane as the loops over its samples see it.
+struct Plane {
+    uint8_t *first;
+    int64_t stride;
+    ptrdiff_t sampleBytes; // 1 luma, 2 chroma
+};
+
+inline Plane LumaPlane(const OrnMinRenderImage *image) {
+    return {image->yPlane, image->stride, 1};
+}
+
+inline Plane ChromaPlane(const OrnMinRenderImage *image) {
+    return {image->uvPlane, image->stride, 2};
+}
+
+// Fills the same range of bytes in each of so many rows.
+void FillRows(uint8_t *first, int64_t stride, int64_t rows, int64_t bytes, Pattern pattern);
+
+// Paints count spans. One whose end does not lie beyond its start is empty.
+void PaintSpans(const Plane &plane, const OrnMinRenderScanline *spans, int32_t count,
+                Pattern pattern);
+
 // ---- Masks: rows of words whose set bits paint samples, the least significant bit leftmost ----
 
 // What a set bit does to the bytes of its sample.
@@ -109,6 +133,3 @@ inline uint32_t BitRange(int32_t first, int32_t end) {
 // Paints samples from first (bit 0 of the first word) on. Where the first word does not count in
 // full, first may lie outside the plane: only samples of set bits are touched.
 void PaintMask(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink);
-
-// What PaintMask does, without special instructions.
-void PaintMaskPlain(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink);

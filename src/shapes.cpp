@@ -323,6 +323,9 @@ struct EllipsePlot {
     int64_t centreY2;
     int64_t shiftX; // how far each offset is moved outward: for the corners of a rounded rectangle
     int64_t shiftY;
+    int64_t width; // of the ellipse
+    int64_t height;
+    bool inside; // all blocks of offsets within the width and height lie in the frame
 };
 
 struct BlockColumn {
@@ -371,8 +374,8 @@ static BlockRow MakeBlockRow(const EllipsePlot &plot, int64_t y2, int32_t outwar
     return {true, static_cast<int32_t>(y), static_cast<int32_t>((y + outward) / 2)};
 }
 
-// Plots a point of the curve in all four quadrants.
-static void PlotEllipsePixel(const EllipsePlot &plot, int64_t ox, int64_t oy) {
+// The blocks of all four quadrants, clipped.
+static void PlotClipped(const EllipsePlot &plot, int64_t ox, int64_t oy) {
     const BlockColumn left = MakeBlockColumn(plot, plot.centreX2 - plot.shiftX - ox, -1);
     const BlockColumn right = MakeBlockColumn(plot, plot.centreX2 + plot.shiftX + ox, +1);
     const BlockRow upper = MakeBlockRow(plot, plot.centreY2 - plot.shiftY - oy, -1);
@@ -383,10 +386,76 @@ static void PlotEllipsePixel(const EllipsePlot &plot, int64_t ox, int64_t oy) {
     PlotBlock(plot, right, lower);
 }
 
+// Two blocks side by side, without their chroma.
+static void StoreBlocks(uint8_t *row, ptrdiff_t stride, ptrdiff_t left, ptrdiff_t right,
+                        uint8_t luma) {
+    StoreLumaPair(row + left, luma);
+    StoreLumaPair(row + right, luma);
+    StoreLumaPair(row + stride + left, luma);
+    StoreLumaPair(row + stride + right, luma);
+}
+
+// The same as PlotClipped for blocks that lie in the frame, where no coordinate is negative.
+static void PlotInside(const EllipsePlot &plot, int64_t ox, int64_t oy) {
+    const OrnMinRenderImage *image = plot.image;
+    const OrnMinRenderColour colour = plot.colour;
+    const auto stride = static_cast<ptrdiff_t>(image->stride);
+    const auto left = static_cast<ptrdiff_t>((plot.centreX2 - plot.shiftX - ox) >> 1);
+    const auto right = static_cast<ptrdiff_t>((plot.centreX2 + plot.shiftX + ox) >> 1);
+    const int64_t upper = (plot.centreY2 - plot.shiftY - oy) >> 1;
+    const int64_t lower = (plot.centreY2 + plot.shiftY + oy) >> 1;
+    if (image->yPlane) {
+        StoreBlocks(LumaRow(image, upper), stride, left, right, colour.y);
+        StoreBlocks(LumaRow(image, lower), stride, left, right, colour.y);
+    }
+    if (image->uvPlane) {
+        uint8_t *upperRow = ChromaRow(image, (upper - 1) >> 1);
+        uint8_t *lowerRow = ChromaRow(image, (lower + 1) >> 1);
+        const ptrdiff_t leftByte = (left - 1) / 2 * 2; // left may be 0
+        const ptrdiff_t rightByte = (right + 1) / 2 * 2;
+        StoreChroma(upperRow + leftByte, colour);
+        StoreChroma(upperRow + rightByte, colour);
+        StoreChroma(lowerRow + leftByte, colour);
+        StoreChroma(lowerRow + rightByte, colour);
+    }
+}
+
+// Plots a point of the curve in all four quadrants.
+static void PlotEllipsePixel(const EllipsePlot &plot, int64_t ox, int64_t oy) {
+    if (plot.inside && ox >= 0 && ox <= plot.width && oy >= 0 && oy <= plot.height)
+        PlotInside(plot, ox, oy);
+    else
+        PlotClipped(plot, ox, oy);
+}
+
+static int64_t Distance(int32_t a, int32_t b) {
+    return a < b ? int64_t{b} - a : int64_t{a} - b;
+}
+
+// An ellipse of the given size whose quarters lie in the corners of the box. Blocks reach one pixel
+// beyond the box to the right and downward, and none is anchored on row 0.
+static EllipsePlot MakePlot(const OrnMinRenderImage *image, OrnMinRenderColour colour,
+                            const OrnMinRenderRect &box, int64_t width, int64_t height) {
+    const bool inside = Min(box.left, box.right) >= 0 && Min(box.top, box.bottom) >= 1 &&
+                        Max(box.left, box.right) + 1 < image->width &&
+                        Max(box.top, box.bottom) + 1 < image->height;
+    return {image,
+            colour,
+            int64_t{box.left} + box.right,
+            int64_t{box.top} + box.bottom,
+            Distance(box.left, box.right) - width,
+            Distance(box.top, box.bottom) - height,
+            width,
+            height,
+            inside};
+}
+
 // From the ends of the horizontal axis, row by row, up to where the curve is as flat as steep: the
 // gradient along y, which grows with every row, has passed the one along x. A thin ellipse, whose
 // gradients stay 0, ends with its height.
-static void TraceSteepArcs(const EllipsePlot &plot, int64_t width, int64_t height) {
+static void TraceSteepArcs(const EllipsePlot &plot) {
+    const int64_t width = plot.width;
+    const int64_t height = plot.height;
     const int64_t gradientStepY = width * width / 2;
     const int64_t gradientStepX = height * height / 2;
     int64_t gradientY = 0;
@@ -410,7 +479,9 @@ static void TraceSteepArcs(const EllipsePlot &plot, int64_t width, int64_t heigh
 }
 
 // From the ends of the vertical axis, column by column.
-static void TraceFlatArcs(const EllipsePlot &plot, int64_t width, int64_t height) {
+static void TraceFlatArcs(const EllipsePlot &plot) {
+    const int64_t width = plot.width;
+    const int64_t height = plot.height;
     const int64_t gradientStepY = width * width / 2;
     const int64_t gradientStepX = height * height / 2;
     int64_t gradientX = 0;
@@ -433,10 +504,6 @@ static void TraceFlatArcs(const EllipsePlot &plot, int64_t width, int64_t height
     } while (gradientX <= gradientY && ox <= width);
 }
 
-static int64_t Distance(int32_t a, int32_t b) {
-    return a < b ? int64_t{b} - a : int64_t{a} - b;
-}
-
 void OrnMinRenderDrawEllipseYUV420SP(OrnMinRenderContext *, const OrnMinRenderImage *image,
                                      const OrnMinRenderRect *rect, OrnMinRenderColour colour) {
     if (!image || !rect)
@@ -445,10 +512,9 @@ void OrnMinRenderDrawEllipseYUV420SP(OrnMinRenderContext *, const OrnMinRenderIm
     const int64_t height = Distance(rect->top, rect->bottom);
     if (width > kMaxEllipseSize || height > kMaxEllipseSize)
         return;
-    const EllipsePlot plot = {
-        image, colour, int64_t{rect->left} + rect->right, int64_t{rect->top} + rect->bottom, 0, 0};
-    TraceSteepArcs(plot, width, height);
-    TraceFlatArcs(plot, width, height);
+    const EllipsePlot plot = MakePlot(image, colour, *rect, width, height);
+    TraceSteepArcs(plot);
+    TraceFlatArcs(plot);
 }
 
 // ---- Span lists of filled ellipses and rounded rectangles ----
@@ -615,16 +681,9 @@ static OrnMinRenderRect OrderCorners(const OrnMinRenderRect *rect) {
 // The corners are the quarters of one ellipse, moved apart to the corners of the rectangle.
 static void DrawCorners(const OrnMinRenderImage *image, const OrnMinRenderRect &box,
                         CornerRadii radii, OrnMinRenderColour colour) {
-    const int64_t width = 2 * radii.x;
-    const int64_t height = 2 * radii.y;
-    const EllipsePlot plot = {image,
-                              colour,
-                              int64_t{box.left} + box.right,
-                              int64_t{box.top} + box.bottom,
-                              Distance(box.left, box.right) - width,
-                              Distance(box.top, box.bottom) - height};
-    TraceSteepArcs(plot, width, height);
-    TraceFlatArcs(plot, width, height);
+    const EllipsePlot plot = MakePlot(image, colour, box, 2 * radii.x, 2 * radii.y);
+    TraceSteepArcs(plot);
+    TraceFlatArcs(plot);
 }
 
 static void DrawSides(OrnMinRenderContext *context, const OrnMinRenderImage *image,

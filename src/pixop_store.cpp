@@ -1,0 +1,229 @@
+// The innermost loops: rows, spans and masks painted in one colour. Each has a plain routine, and
+// beside it one for AVX-512, whose masked stores write the odd bytes at the end of a run, or the
+// set bits of a mask, and nothing else. The functions at the end choose.
+#include "pixop.h"
+
+// ---- Plain ----
+
+// Above this many bytes, string instructions are the fastest: they need not read what they replace.
+constexpr ptrdiff_t kHugeRun = 16384;
+
+static void FillHugeRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
+#if defined(__x86_64__) && defined(__GNUC__)
+    void *to = first;
+    ptrdiff_t words = bytes / 8;
+    __asm__ volatile("rep stosq" : "+D"(to), "+c"(words) : "a"(pattern.bytes) : "memory");
+    StorePattern<8>(first + bytes - 8, pattern);
+#else
+    FillRun(first, bytes, pattern);
+#endif
+}
+
+constexpr ptrdiff_t kLongRun = 128;
+
+// Long runs of one byte are what the C library does best.
+static void FillAnyRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
+    const auto byte = static_cast<uint8_t>(pattern.bytes);
+    if (bytes < kLongRun)
+        FillRun(first, bytes, pattern);
+    else if (pattern.bytes == LumaPattern(byte).bytes)
+        memset(first, byte, static_cast<size_t>(bytes));
+    else if (bytes < kHugeRun)
+        FillRun(first, bytes, pattern);
+    else
+        FillHugeRun(first, bytes, pattern);
+}
+
+static void FillRowsPlain(uint8_t *first, int64_t stride, int64_t rows, ptrdiff_t bytes,
+                          Pattern pattern) {
+    for (int64_t row = 0; row < rows; ++row)
+        FillAnyRun(first + static_cast<ptrdiff_t>(row * stride), bytes, pattern);
+}
+
+static uint8_t *SpanStart(const Plane &plane, const OrnMinRenderScanline &span) {
+    return plane.first + static_cast<ptrdiff_t>(span.start.y * plane.stride) +
+           span.start.x * plane.sampleBytes;
+}
+
+static ptrdiff_t SpanBytes(const Plane &plane, const OrnMinRenderScanline &span) {
+    return (ptrdiff_t{span.end.x} - span.start.x) * plane.sampleBytes;
+}
+
+static void PaintSpansPlain(const Plane &plane, const OrnMinRenderScanline *spans, int32_t count,
+                            Pattern pattern) {
+    for (int32_t i = 0; i < count; ++i)
+        FillAnyRun(SpanStart(plane, spans[i]), SpanBytes(plane, spans[i]), pattern);
+}
+
+static void BlendRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
+    constexpr uint64_t kUpperBits = 0xFEFEFEFEFEFEFEFE;
+    ptrdiff_t i = 0;
+    for (; i + 8 <= bytes; i += 8) {
+        uint64_t old;
+        memcpy(&old, first + i, sizeof old);
+        // a + b = 2 (a & b) + (a ^ b), halved in each byte on its own
+        const uint64_t average = (old & pattern.bytes) + ((old ^ pattern.bytes) & kUpperBits) / 2;
+        memcpy(first + i, &average, sizeof average);
+    }
+    const auto *pair = reinterpret_cast<const uint8_t *>(&pattern);
+    for (; i < bytes; ++i)
+        first[i] = static_cast<uint8_t>((first[i] + pair[i % 2]) / 2);
+}
+
+static void PaintWordPlain(uint8_t *first, uint32_t word, const Ink &ink) {
+    while (word) {
+        const int start = __builtin_ctz(word);
+        const uint32_t rest = ~(word >> start);
+        const int length = rest ? __builtin_ctz(rest) : 32;
+        uint8_t *run = first + start * ink.sampleBytes;
+        if (ink.half)
+            BlendRun(run, length * ink.sampleBytes, ink.pattern);
+        else
+            FillRun(run, length * ink.sampleBytes, ink.pattern);
+        // The run ends below bit 32, or the word with it.
+        word = start + length < 32 ? word & (0xFFFFFFFFu << (start + length)) : 0;
+    }
+}
+
+static void PaintMaskPlain(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink) {
+    const ptrdiff_t wordBytes = 32 * ink.sampleBytes;
+    for (int32_t row = 0; row < mask.rows; ++row) {
+        const uint32_t *words = mask.words + row * ptrdiff_t{mask.pitch};
+        uint8_t *samples = first + static_cast<ptrdiff_t>(row * stride);
+        for (int32_t i = 0; i < mask.wordsPerRow; ++i)
+            PaintWordPlain(samples + i * wordBytes, words[i] & EdgeBits(mask, i), ink);
+    }
+}
+
+// ---- AVX-512 ----
+
+#if defined(__x86_64__) && defined(__GNUC__)
+#include <immintrin.h>
+
+#define ORN_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl")))
+
+#define ORN_INLINE __attribute__((always_inline)) inline
+
+// Chosen at run time, once for a whole call.
+static bool HasAvx512() {
+    return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl");
+}
+
+ORN_AVX512 static __m512i Broadcast(Pattern pattern) {
+    return _mm512_set1_epi64(static_cast<int64_t>(pattern.bytes));
+}
+
+ORN_AVX512 static ORN_INLINE void FillRunAvx512(uint8_t *first, ptrdiff_t bytes, __m512i colour) {
+    ptrdiff_t i = 0;
+    for (; i + 64 <= bytes; i += 64)
+        _mm512_storeu_si512(first + i, colour);
+    if (i < bytes)
+        _mm512_mask_storeu_epi8(first + i, ~uint64_t{0} >> (64 - (bytes - i)), colour);
+}
+
+ORN_AVX512 static void FillRowsAvx512(uint8_t *first, int64_t stride, int64_t rows, ptrdiff_t bytes,
+                                      Pattern pattern) {
+    const __m512i colour = Broadcast(pattern);
+    for (int64_t row = 0; row < rows; ++row)
+        FillRunAvx512(first + static_cast<ptrdiff_t>(row * stride), bytes, colour);
+}
+
+ORN_AVX512 static void PaintSpansAvx512(const Plane plane, const OrnMinRenderScanline *spans,
+                                        int32_t count, Pattern pattern) {
+    const __m512i colour = Broadcast(pattern);
+    for (int32_t i = 0; i < count; ++i)
+        FillRunAvx512(SpanStart(plane, spans[i]), SpanBytes(plane, spans[i]), colour);
+}
+
+// Rounded down, where the instruction rounds up.
+ORN_AVX512 static ORN_INLINE __m512i Average(__m512i a, __m512i b) {
+    const __m512i odd = _mm512_and_si512(_mm512_xor_si512(a, b), _mm512_set1_epi8(1));
+    return _mm512_sub_epi8(_mm512_avg_epu8(a, b), odd);
+}
+
+// The bytes of 32 luma samples or 32 chroma samples whose bits are set.
+template <bool luma, bool half>
+ORN_AVX512 static ORN_INLINE void PaintWord(uint8_t *first, uint32_t word, __m512i colour) {
+    if (luma) {
+        const __m512i bytes = half ? Average(_mm512_maskz_loadu_epi8(word, first), colour) : colour;
+        _mm256_mask_storeu_epi8(first, word, _mm512_castsi512_si256(bytes));
+    } else {
+        const __m512i bytes =
+            half ? Average(_mm512_maskz_loadu_epi16(word, first), colour) : colour;
+        _mm512_mask_storeu_epi16(first, word, bytes);
+    }
+}
+
+// Fields are read once: a byte stored could change them, as far as a compiler knows.
+template <bool luma, bool half>
+ORN_AVX512 static void PaintRows(uint8_t *first, int64_t stride, const Mask &mask,
+                                 Pattern pattern) {
+    const __m512i colour = Broadcast(pattern);
+    constexpr ptrdiff_t kWordBytes = luma ? 32 : 64;
+    const ptrdiff_t pitch = mask.pitch;
+    const int32_t last = mask.wordsPerRow - 1;
+    const uint32_t firstBits = EdgeBits(mask, 0);
+    const uint32_t lastBits = mask.lastWordBits;
+    const uint32_t *words = mask.words;
+    for (int32_t rows = mask.rows; rows > 0; --rows) {
+        PaintWord<luma, half>(first, words[0] & firstBits, colour);
+        for (int32_t i = 1; i < last; ++i)
+            PaintWord<luma, half>(first + i * kWordBytes, words[i], colour);
+        if (last > 0)
+            PaintWord<luma, half>(first + last * kWordBytes, words[last] & lastBits, colour);
+        words += pitch;
+        first += static_cast<ptrdiff_t>(stride);
+    }
+}
+
+static void PaintMaskAvx512(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink) {
+    if (ink.sampleBytes == 1)
+        (ink.half ? PaintRows<true, true> : PaintRows<true, false>)(first, stride, mask,
+                                                                    ink.pattern);
+    else
+        (ink.half ? PaintRows<false, true> : PaintRows<false, false>)(first, stride, mask,
+                                                                      ink.pattern);
+}
+
+#else
+
+static bool HasAvx512() {
+    return false;
+}
+
+// Never called.
+#define FillRowsAvx512 FillRowsPlain
+#define PaintSpansAvx512 PaintSpansPlain
+#define PaintMaskAvx512 PaintMaskPlain
+
+#endif
+
+// ---- The choice: wide registers do not pay for little work ----
+
+constexpr ptrdiff_t kShortRun = 32;
+constexpr int32_t kFewSpans = 24;
+
+void FillRows(uint8_t *first, int64_t stride, int64_t rows, int64_t bytes, Pattern pattern) {
+    if (bytes == stride) { // no gap between the rows
+        bytes *= rows;
+        rows = 1;
+    }
+    const auto length = static_cast<ptrdiff_t>(bytes);
+    const bool wide = length > kShortRun && length < kHugeRun && HasAvx512();
+    (wide ? FillRowsAvx512 : FillRowsPlain)(first, stride, rows, length, pattern);
+}
+
+void PaintSpans(const Plane &plane, const OrnMinRenderScanline *spans, int32_t count,
+                Pattern pattern) {
+    if (count > kFewSpans && HasAvx512())
+        PaintSpansAvx512(plane, spans, count, pattern);
+    else
+        PaintSpansPlain(plane, spans, count, pattern);
+}
+
+void PaintMask(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink) {
+    if (HasAvx512())
+        PaintMaskAvx512(first, stride, mask, ink);
+    else
+        PaintMaskPlain(first, stride, mask, ink);
+}
