@@ -133,3 +133,10 @@ inline uint32_t BitRange(int32_t first, int32_t end) {
 // Paints samples from first (bit 0 of the first word) on. Where the first word does not count in
 // full, first may lie outside the plane: only samples of set bits are touched.
 void PaintMask(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink);
+
+// ---- What these three do, without special instructions ----
+
+void FillRowsPlain(uint8_t *first, int64_t stride, int64_t rows, ptrdiff_t bytes, Pattern pattern);
+void PaintSpansPlain(const Plane &plane, const OrnMinRenderScanline *spans, int32_t count,
+                     Pattern pattern);
+void PaintMaskPlain(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink);

@@ -34,8 +34,7 @@ static void FillAnyRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
         FillHugeRun(first, bytes, pattern);
 }
 
-static void FillRowsPlain(uint8_t *first, int64_t stride, int64_t rows, ptrdiff_t bytes,
-                          Pattern pattern) {
+void FillRowsPlain(uint8_t *first, int64_t stride, int64_t rows, ptrdiff_t bytes, Pattern pattern) {
     for (int64_t row = 0; row < rows; ++row)
         FillAnyRun(first + static_cast<ptrdiff_t>(row * stride), bytes, pattern);
 }
@@ -49,8 +48,8 @@ static ptrdiff_t SpanBytes(const Plane &plane, const OrnMinRenderScanline &span)
     return (ptrdiff_t{span.end.x} - span.start.x) * plane.sampleBytes;
 }
 
-static void PaintSpansPlain(const Plane &plane, const OrnMinRenderScanline *spans, int32_t count,
-                            Pattern pattern) {
+void PaintSpansPlain(const Plane &plane, const OrnMinRenderScanline *spans, int32_t count,
+                     Pattern pattern) {
     for (int32_t i = 0; i < count; ++i)
         FillAnyRun(SpanStart(plane, spans[i]), SpanBytes(plane, spans[i]), pattern);
 }
@@ -85,7 +84,7 @@ static void PaintWordPlain(uint8_t *first, uint32_t word, const Ink &ink) {
     }
 }
 
-static void PaintMaskPlain(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink) {
+void PaintMaskPlain(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink) {
     const ptrdiff_t wordBytes = 32 * ink.sampleBytes;
     for (int32_t row = 0; row < mask.rows; ++row) {
         const uint32_t *words = mask.words + row * ptrdiff_t{mask.pitch};
@@ -97,7 +96,7 @@ static void PaintMaskPlain(uint8_t *first, int64_t stride, const Mask &mask, con
 
 // ---- AVX-512 ----
 
-#if defined(__x86_64__) && defined(__GNUC__)
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(ORN_PLAIN_STORES)
 #include <immintrin.h>
 
 #define ORN_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl")))

@@ -495,8 +495,12 @@ static LeadByte ClassifyLeadByte(uint8_t lead) {
 
 // Decodes the code point at *text and moves past it; 0, without moving, at the end of the text,
 // which is also where a sequence is malformed or cut short by the terminator.
-static uint32_t NextCodePoint(const char **text) {
+static inline uint32_t NextCodePoint(const char **text) {
     const auto *bytes = reinterpret_cast<const uint8_t *>(*text);
+    if (bytes[0] < 0x80) { // by far the most
+        *text += bytes[0] != 0;
+        return bytes[0];
+    }
     const LeadByte lead = ClassifyLeadByte(bytes[0]);
     uint32_t codePoint = bytes[0];
     for (uint32_t i = 1; i <= lead.continuations; ++i) {
@@ -572,14 +576,38 @@ static OrnMinRenderGlyphBox RotateBoundingBox(const uint8_t *record, int32_t dir
 
 // ---- Measuring ----
 
-static void ExtendRect(OrnMinRenderRect *rect, const OrnMinRenderPoint *pen,
-                       OrnMinRenderGlyphBox box) {
-    const int64_t left = int64_t{pen->x} + box.bearingX;
-    const int64_t top = int64_t{pen->y} - box.bearingY;
-    rect->left = Saturate(Min(rect->left, left));
-    rect->top = Saturate(Min(rect->top, top));
-    rect->right = Saturate(Max(rect->right, left + box.width));
-    rect->bottom = Saturate(Max(rect->bottom, top + box.height));
+// The rectangle so far, not yet cut to int32.
+struct Bounds {
+    int64_t left;
+    int64_t top;
+    int64_t right;
+    int64_t bottom;
+};
+
+static void Extend(Bounds *bounds, OrnMinRenderPoint pen, OrnMinRenderGlyphBox box) {
+    const int64_t left = int64_t{pen.x} + box.bearingX;
+    const int64_t top = int64_t{pen.y} - box.bearingY;
+    bounds->left = Min(bounds->left, left);
+    bounds->top = Min(bounds->top, top);
+    bounds->right = Max(bounds->right, left + box.width);
+    bounds->bottom = Max(bounds->bottom, top + box.height);
+}
+
+// Lays the text out and moves the pen; returns what its glyphs and the first pen point cover.
+static Bounds MeasureText(const OrnMinRenderFont *font, const char *text, OrnMinRenderPoint *pen,
+                          int32_t lineStart) {
+    OrnMinRenderPoint at = *pen;
+    Bounds bounds = {at.x, at.y, at.x, at.y};
+    while (const uint32_t codePoint = NextCodePoint(&text)) {
+        if (codePoint == kLineFeed) {
+            StartNewLine(font, &at, lineStart);
+        } else if (const uint8_t *record = FindRecord(font, codePoint)) {
+            Extend(&bounds, at, RotateBoundingBox(record, font->direction));
+            AdvancePen(font, &at, GlyphAdvance(record));
+        }
+    }
+    *pen = at;
+    return bounds;
 }
 
 void OrnMinRenderGetTextRect(OrnMinRenderContext *, const OrnMinRenderFont *font, const char *text,
@@ -589,14 +617,9 @@ void OrnMinRenderGetTextRect(OrnMinRenderContext *, const OrnMinRenderFont *font
     *rect = {pen->x, pen->y, pen->x, pen->y};
     if (!text || !font)
         return;
-    while (const uint32_t codePoint = NextCodePoint(&text)) {
-        if (codePoint == kLineFeed) {
-            StartNewLine(font, pen, lineStart);
-        } else if (const uint8_t *record = FindRecord(font, codePoint)) {
-            ExtendRect(rect, pen, RotateBoundingBox(record, font->direction));
-            AdvancePen(font, pen, GlyphAdvance(record));
-        }
-    }
+    const Bounds bounds = MeasureText(font, text, pen, lineStart);
+    *rect = {Saturate(bounds.left), Saturate(bounds.top), Saturate(bounds.right),
+             Saturate(bounds.bottom)};
 }
 
 // ---- Fitting to a width ----
