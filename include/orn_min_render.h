@@ -17,10 +17,10 @@
  * painted.
  *
  * Missing things. A plane whose pointer is null is skipped and the other one is drawn as usual. A
- * null image, rectangle, point list, colour triple, font or string draws nothing, and so does a
- * null context (vertical, dashed and sloped lines, ellipse outlines and the text calls do without
- * one). The calls marked "trusts its input" check nothing at all. No call reports an error:
- * constructors return null, drawing calls leave the pixels as they were.
+ * null image, rectangle, point list, colour triple, font or string draws nothing. A null context is
+ * enough for all calls but filled polygons, filled ellipses and filled rounded rectangles, which
+ * draw nothing without one. The calls marked "trusts its input" check nothing at all. No call
+ * reports an error: constructors return null, drawing calls leave the pixels as they were.
  *
  * Threads. The library has no state of its own and takes no locks. A context serves one call at a
  * time, since its scratch memory holds the span lists of the call; a font serves one drawing or
@@ -241,8 +241,7 @@ ORN_MIN_RENDER_API void OrnMinRenderDrawHLineYUV420SP(OrnMinRenderContext *conte
 
 /*
  * Vertical line over columns x and x + 1, rows y0..y1 - 1. Draws nothing unless both columns lie
- * inside the frame, nor when y0 >= y1. The context is not used.
- */
+ * inside the frame, nor when y0 >= y1. */
 ORN_MIN_RENDER_API void OrnMinRenderDrawVLineY8(OrnMinRenderContext *context,
                                                 const OrnMinRenderImage *image, int32_t x,
                                                 int32_t y0, int32_t y1, uint8_t luma,
@@ -262,8 +261,7 @@ ORN_MIN_RENDER_API void OrnMinRenderDrawVLineYUV420SP(OrnMinRenderContext *conte
  * Line from p0 to p1, both included, by Bresenham's algorithm. A shallow line (at most as high as
  * wide) also covers the row below each of its points, a steep one the column to the right. The
  * points are first clipped (Cohen-Sutherland, exact for every int32 point) to columns 0..width - 2
- * and rows 0..height - 2. Dashes run along the longer axis. The context is not used.
- */
+ * and rows 0..height - 2. Dashes run along the longer axis. */
 ORN_MIN_RENDER_API void OrnMinRenderDrawLineY8(OrnMinRenderContext *context,
                                                const OrnMinRenderImage *image, OrnMinRenderPoint p0,
                                                OrnMinRenderPoint p1, uint8_t luma, int32_t style);
@@ -333,8 +331,7 @@ ORN_MIN_RENDER_API void OrnMinRenderFillPolygonYUV420SP(OrnMinRenderContext *con
  * left..right + 1 and rows top..bottom + 1 (the corners may come in either order), each block with
  * one chroma sample, on the outer side of the ring. No block is anchored on row 0. Very eccentric
  * rings may have gaps where the stepping (a midpoint algorithm in integers) leaves them. Nothing is
- * drawn beyond 65536 pixels of width or height. The context is not used.
- */
+ * drawn beyond 65536 pixels of width or height. */
 ORN_MIN_RENDER_API void OrnMinRenderDrawEllipseYUV420SP(OrnMinRenderContext *context,
                                                         const OrnMinRenderImage *image,
                                                         const OrnMinRenderRect *rect,
@@ -461,7 +458,7 @@ ORN_MIN_RENDER_API void OrnMinRenderSetFontDirection(OrnMinRenderFont *font, int
 /*
  * Measures a text: rect becomes the smallest half-open rectangle that holds the starting pen point
  * and the box of every glyph, and the pen moves as drawing would move it. Outlines reach up to 3
- * pixels further. No glyph is decoded; the context is not used. A null rect or pen: nothing
+ * pixels further. No glyph is decoded. A null rect or pen: nothing
  * happens. A null font or text, or an empty one: the empty rectangle at the pen.
  */
 ORN_MIN_RENDER_API void OrnMinRenderGetTextRect(OrnMinRenderContext *context,
@@ -475,13 +472,12 @@ ORN_MIN_RENDER_API void OrnMinRenderGetTextRect(OrnMinRenderContext *context,
  * feeds and never split. A word counts with the extent of its ink, from its first pen position to
  * its rightmost pixel; the advance beyond that and the marker's own width are not counted. Blanks
  * that follow a break are dropped. Null for a null font, a null or empty text or when memory is
- * short. The caller releases the result with free. The context is not used.
- */
+ * short. The caller releases the result with free. */
 ORN_MIN_RENDER_API char *OrnMinRenderFixTextWidth(OrnMinRenderContext *context,
                                                   const OrnMinRenderFont *font, const char *text,
                                                   int32_t width);
 
-/* Draws a text into the luma plane; chroma is left as it is. The context is not used. */
+/* Draws a text into the luma plane; chroma is left as it is. */
 ORN_MIN_RENDER_API void OrnMinRenderDrawTextY8(OrnMinRenderContext *context,
                                                const OrnMinRenderImage *image,
                                                OrnMinRenderFont *font, const char *text,

@@ -1,5 +1,5 @@
-// Axis-aligned and sloped lines. Solid horizontal lines are span lists; all others write their
-// pixels directly, after clipping.
+// Axis-aligned and sloped lines. Horizontal ones are runs of bytes; all others write pixel by
+// pixel, after clipping.
 #include "lines.h"
 
 #include "pixop.h"
@@ -40,26 +40,22 @@ static bool HasRow(const OrnMinRenderImage *image, int64_t y) {
 
 // ---- Horizontal lines ----
 
-static void DrawSolidHLineLuma(OrnMinRenderContext *context, const OrnMinRenderImage *image,
-                               Range columns, int32_t y, uint8_t luma) {
-    if (!context || !image->yPlane)
-        return;
-    OrnMinRenderScanline *spans = ScratchSpans(context);
-    int32_t count = 0;
-    for (int64_t row = y; row <= int64_t{y} + 1; ++row)
-        if (HasRow(image, row))
-            spans[count++] = MakeSpan(columns.first, columns.end, static_cast<int32_t>(row));
-    OrnMinRenderDrawScanlinesY8(image, spans, 2 * count, luma);
+// A solid line is at most two spans, all alike.
+static void DrawSolidHLineLuma(const OrnMinRenderImage *image, Range columns, int32_t y,
+                               uint8_t luma) {
+    const int64_t first = Max(y, 0);
+    const int64_t end = Min(int64_t{y} + 2, image->height);
+    if (image->yPlane && first < end)
+        FillRows(LumaRow(image, first) + columns.first, image->stride, end - first,
+                 columns.end - columns.first, LumaPattern(luma));
 }
 
-static void DrawSolidHLineChroma(OrnMinRenderContext *context, const OrnMinRenderImage *image,
-                                 Range columns, int32_t y, OrnMinRenderColour colour) {
-    if (!context || !image->uvPlane || !HasRow(image, y))
-        return;
+static void DrawSolidHLineChroma(const OrnMinRenderImage *image, Range columns, int32_t y,
+                                 OrnMinRenderColour colour) {
     const Range samples = HalveRange(columns);
-    OrnMinRenderScanline *span = ScratchSpans(context);
-    *span = MakeSpan(samples.first, samples.end, y / 2);
-    OrnMinRenderDrawScanlinesUV(image, span, 2, colour);
+    if (image->uvPlane && HasRow(image, y))
+        FillRows(ChromaRow(image, y / 2) + 2 * ptrdiff_t{samples.first}, image->stride, 1,
+                 2 * int64_t{samples.end - samples.first}, ChromaPattern(colour));
 }
 
 // Paints the dashes of a row over a range of its bytes. Those of chroma, every other four samples
@@ -85,13 +81,13 @@ static void DrawDashedRowChroma(const OrnMinRenderImage *image, Range columns, i
                    ChromaPattern(colour));
 }
 
-void OrnMinRenderDrawHLineY8(OrnMinRenderContext *context, const OrnMinRenderImage *image,
-                             int32_t x0, int32_t x1, int32_t y, uint8_t luma, int32_t style) {
+void OrnMinRenderDrawHLineY8(OrnMinRenderContext *, const OrnMinRenderImage *image, int32_t x0,
+                             int32_t x1, int32_t y, uint8_t luma, int32_t style) {
     if (!image)
         return;
     const Range columns = ClampRange(x0, x1, image->width);
     if (style == OrnMinRenderLineSolid)
-        DrawSolidHLineLuma(context, image, columns, y, luma);
+        DrawSolidHLineLuma(image, columns, y, luma);
     else if (style == OrnMinRenderLineDashed)
         DrawDashedRowLuma(image, columns, y, luma); // one row, unlike every other line
 }
@@ -101,15 +97,15 @@ void OrnMinRenderDrawHLineY(OrnMinRenderContext *context, const OrnMinRenderImag
     OrnMinRenderDrawHLineY8(context, image, x0, x1, y, luma, style);
 }
 
-void OrnMinRenderDrawHLineYUV420SP(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+void OrnMinRenderDrawHLineYUV420SP(OrnMinRenderContext *, const OrnMinRenderImage *image,
                                    int32_t x0, int32_t x1, int32_t y, OrnMinRenderColour colour,
                                    int32_t style) {
     if (!image)
         return;
     const Range columns = ClampRange(x0, x1, image->width);
     if (style == OrnMinRenderLineSolid) {
-        DrawSolidHLineLuma(context, image, columns, y, colour.y);
-        DrawSolidHLineChroma(context, image, columns, y, colour);
+        DrawSolidHLineLuma(image, columns, y, colour.y);
+        DrawSolidHLineChroma(image, columns, y, colour);
     } else if (style == OrnMinRenderLineDashed) {
         DrawDashedRowLuma(image, columns, y, colour.y);
         DrawDashedRowLuma(image, columns, int64_t{y} + 1, colour.y);

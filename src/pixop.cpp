@@ -111,6 +111,7 @@ struct Sampling {
     int64_t step;
 };
 
+constexpr int64_t kSameSize = 65536; // the step at which every sample shows a column of its own
 constexpr int32_t kMaxBitmapSide = 32767; // times 65536 stays below 2^31
 
 static bool MakeSampling(int64_t from, int64_t to, int32_t bitmapSide, int32_t planeSide,
@@ -135,6 +136,8 @@ static int64_t FirstSampleOf(const Sampling &sampling, uint32_t index) {
         return 0;
     if (sampling.step == 0) // a bitmap of one column over more than 65536 samples
         return sampling.end;
+    if (sampling.step == kSameSize)
+        return index;
     const auto step = static_cast<uint32_t>(sampling.step);
     return ((index << 16) - 1) / step + 1;
 }
@@ -241,8 +244,6 @@ static void PaintPiece(const Plane &plane, const MaskPiece &piece, const Samplin
               plane.stride, mask, ink);
 }
 
-constexpr int64_t kSameSize = 65536; // the step at which every sample shows a column of its own
-
 // Each row of the bitmap becomes a mask once, for all the rows of the plane that show it.
 static void PaintColumns(const Plane &plane, const BitmapView &bitmap, MaskPiece *piece,
                          const Sampling &columns, const Sampling &rows, const Ink &ink) {
@@ -255,7 +256,7 @@ static void PaintColumns(const Plane &plane, const BitmapView &bitmap, MaskPiece
         const int64_t source = begin * rows.step >> 16;
         const uint32_t *bits = bitmap.words + source * pitch;
         end = Min(rows.end, FirstSampleOf(rows, static_cast<uint32_t>(source + 1)));
-        memset(piece->words, 0, sizeof piece->words);
+        memset(piece->words, 0, static_cast<size_t>(piece->samples + 31) / 32 * 4);
         if (columns.step < kSameSize)
             SpreadRuns(piece, bits, edges);
         else if (columns.step == kSameSize)

@@ -155,7 +155,7 @@ ORN_AVX512 static ORN_INLINE void PaintWord(uint8_t *first, uint32_t word, __m51
 
 // Fields are read once: a byte stored could change them, as far as a compiler knows.
 template <bool luma, bool half>
-ORN_AVX512 static void PaintRows(uint8_t *first, int64_t stride, const Mask &mask,
+ORN_AVX512 static void PaintRows(uint8_t *first, ptrdiff_t stride, const Mask &mask,
                                  Pattern pattern) {
     const __m512i colour = Broadcast(pattern);
     constexpr ptrdiff_t kWordBytes = luma ? 32 : 64;
@@ -164,24 +164,30 @@ ORN_AVX512 static void PaintRows(uint8_t *first, int64_t stride, const Mask &mas
     const uint32_t firstBits = EdgeBits(mask, 0);
     const uint32_t lastBits = mask.lastWordBits;
     const uint32_t *words = mask.words;
-    for (int32_t rows = mask.rows; rows > 0; --rows) {
+    if (last == 0) { // the rows of most glyphs
+        for (int32_t rows = mask.rows; rows > 0; --rows, words += pitch, first += stride)
+            PaintWord<luma, half>(first, words[0] & firstBits, colour);
+        return;
+    }
+    for (int32_t rows = mask.rows; rows > 0; --rows, words += pitch, first += stride) {
         PaintWord<luma, half>(first, words[0] & firstBits, colour);
         for (int32_t i = 1; i < last; ++i)
             PaintWord<luma, half>(first + i * kWordBytes, words[i], colour);
-        if (last > 0)
-            PaintWord<luma, half>(first + last * kWordBytes, words[last] & lastBits, colour);
-        words += pitch;
-        first += static_cast<ptrdiff_t>(stride);
+        PaintWord<luma, half>(first + last * kWordBytes, words[last] & lastBits, colour);
     }
 }
 
 static void PaintMaskAvx512(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink) {
-    if (ink.sampleBytes == 1)
-        (ink.half ? PaintRows<true, true> : PaintRows<true, false>)(first, stride, mask,
-                                                                    ink.pattern);
+    const bool luma = ink.sampleBytes == 1;
+    const auto pitch = static_cast<ptrdiff_t>(stride);
+    if (luma && !ink.half)
+        PaintRows<true, false>(first, pitch, mask, ink.pattern);
+    else if (luma)
+        PaintRows<true, true>(first, pitch, mask, ink.pattern);
+    else if (!ink.half)
+        PaintRows<false, false>(first, pitch, mask, ink.pattern);
     else
-        (ink.half ? PaintRows<false, true> : PaintRows<false, false>)(first, stride, mask,
-                                                                      ink.pattern);
+        PaintRows<false, true>(first, pitch, mask, ink.pattern);
 }
 
 #else
@@ -209,7 +215,10 @@ void FillRows(uint8_t *first, int64_t stride, int64_t rows, int64_t bytes, Patte
     }
     const auto length = static_cast<ptrdiff_t>(bytes);
     const bool wide = length > kShortRun && length < kHugeRun && HasAvx512();
-    (wide ? FillRowsAvx512 : FillRowsPlain)(first, stride, rows, length, pattern);
+    if (wide)
+        FillRowsAvx512(first, stride, rows, length, pattern);
+    else
+        FillRowsPlain(first, stride, rows, length, pattern);
 }
 
 void PaintSpans(const Plane &plane, const OrnMinRenderScanline *spans, int32_t count,

@@ -9,7 +9,7 @@
 
 void OrnMinRenderDrawFrameY8(OrnMinRenderContext *context, const OrnMinRenderImage *image,
                              const OrnMinRenderRect *rect, uint8_t luma, int32_t style) {
-    if (!context || !rect)
+    if (!rect)
         return;
     const int32_t lowerEdge = Saturate(int64_t{rect->bottom} - 1);
     const int32_t rightEdge = Saturate(int64_t{rect->right} - 1);
@@ -23,7 +23,7 @@ void OrnMinRenderDrawFrameY8(OrnMinRenderContext *context, const OrnMinRenderIma
 void OrnMinRenderDrawFrameYUV420SP(OrnMinRenderContext *context, const OrnMinRenderImage *image,
                                    const OrnMinRenderRect *rect, OrnMinRenderColour colour,
                                    int32_t style) {
-    if (!context || !rect)
+    if (!rect)
         return;
     const int32_t lowerEdge = Saturate(int64_t{rect->bottom} - 1);
     const int32_t rightEdge = Saturate(int64_t{rect->right} - 1);
@@ -49,14 +49,14 @@ static bool ClipRect(const OrnMinRenderImage *image, const OrnMinRenderRect *rec
 void OrnMinRenderFillRectY8(OrnMinRenderContext *context, const OrnMinRenderImage *image,
                             const OrnMinRenderRect *rect, uint8_t luma) {
     OrnMinRenderRect clipped;
-    if (context && image && rect && ClipRect(image, rect, &clipped))
+    if (image && rect && ClipRect(image, rect, &clipped))
         OrnMinRenderFillRectY8Impl(context, image, &clipped, luma);
 }
 
 void OrnMinRenderFillRectYUV420SP(OrnMinRenderContext *context, const OrnMinRenderImage *image,
                                   const OrnMinRenderRect *rect, OrnMinRenderColour colour) {
     OrnMinRenderRect clipped;
-    if (!context || !image || !rect || !ClipRect(image, rect, &clipped))
+    if (!image || !rect || !ClipRect(image, rect, &clipped))
         return;
     OrnMinRenderFillRectY8Impl(context, image, &clipped, colour.y);
     OrnMinRenderFillRectUVImpl(context, image, &clipped, colour);
@@ -234,31 +234,33 @@ int ComparePoints(const void *first, const void *second) {
     return a->y != b->y ? a->y - b->y : a->x - b->x; // clamped to a plane: no overflow
 }
 
-static void SwapPoints(OrnMinRenderPoint *a, OrnMinRenderPoint *b) {
-    const OrnMinRenderPoint kept = *a;
-    *a = *b;
-    *b = kept;
+// One pass of a Shell sort: sorts the points that lie gap apart.
+static void SortAtGap(OrnMinRenderPoint *points, size_t count, size_t gap) {
+    for (size_t i = gap; i < count; ++i) {
+        const OrnMinRenderPoint point = points[i];
+        size_t j = i;
+        for (; j >= gap && point.x < points[j - gap].x; j -= gap)
+            points[j] = points[j - gap];
+        points[j] = point;
+    }
 }
 
-// A Shell sort keeps the worst case short, when a plane's whole share of points lies in one row.
-static void SortManyColumns(OrnMinRenderPoint *points, size_t count) {
-    static const size_t kGaps[] = {1750, 701, 301, 132, 57, 23, 10, 4, 1}; // M. Ciura, 2001
-    for (const size_t gap : kGaps)
-        for (size_t i = gap; i < count; ++i)
-            for (size_t j = i; j >= gap && points[j].x < points[j - gap].x; j -= gap)
-                SwapPoints(&points[j], &points[j - gap]);
-}
-
-// Sorts the points of one row: nearly always two, whose order is chosen without a branch.
+// Sorts the points of one row: nearly always two, whose order is chosen without a branch, or a
+// handful; the gaps keep the worst case short, when a plane's whole share lies in one row.
 static void SortColumns(OrnMinRenderPoint *points, size_t count) {
-    if (count > 2) {
-        SortManyColumns(points, count);
+    static const size_t kGaps[] = {1750, 701, 301, 132, 57, 23, 10, 4}; // M. Ciura, 2001
+    constexpr size_t kHandful = 16;
+    if (count == 2) {
+        const int32_t a = points[0].x;
+        const int32_t b = points[1].x;
+        points[0].x = a < b ? a : b;
+        points[1].x = a < b ? b : a;
         return;
     }
-    const int32_t a = points[0].x;
-    const int32_t b = points[1].x;
-    points[0].x = a < b ? a : b;
-    points[1].x = a < b ? b : a;
+    if (count > kHandful)
+        for (const size_t gap : kGaps)
+            SortAtGap(points, count, gap);
+    SortAtGap(points, count, 1);
 }
 
 // A general sort would dominate the fill and, in common C libraries, allocate; instead each point
@@ -702,7 +704,7 @@ static void DrawSides(OrnMinRenderContext *context, const OrnMinRenderImage *ima
 void OrnMinRenderDrawRoundRectYUV420SP(OrnMinRenderContext *context, const OrnMinRenderImage *image,
                                        const OrnMinRenderRect *rect, const OrnMinRenderPoint *radii,
                                        OrnMinRenderColour colour) {
-    if (!context || !image || !rect || !radii)
+    if (!image || !rect || !radii)
         return;
     const OrnMinRenderRect box = OrderCorners(rect);
     const CornerRadii corners = ClampRadii(rect, radii);
