@@ -4,7 +4,6 @@
 
 #include <limits.h>
 #include <stdlib.h>
-#include <string.h>
 
 // ---- The checked reader ----
 
@@ -407,17 +406,17 @@ void OrnMinRenderSetFontDirection(OrnMinRenderFont *font, int32_t direction) {
 
 // ---- Code points to glyphs ----
 
-static bool HasGlyphs(const OrnMinRenderFont *font) {
+static inline bool HasGlyphs(const OrnMinRenderFont *font) {
     return font->index && font->index[0] > 0;
 }
 
 // Code points outside the index are served by code point 0.
-static uint32_t ResolveCodePoint(const OrnMinRenderFont *font, uint32_t codePoint) {
+static inline uint32_t ResolveCodePoint(const OrnMinRenderFont *font, uint32_t codePoint) {
     return codePoint < font->index[0] ? codePoint : 0;
 }
 
 // The record of a code point, or null when the font has none inside its glyph data.
-static const uint8_t *FindRecord(const OrnMinRenderFont *font, uint32_t codePoint) {
+static inline const uint8_t *FindRecord(const OrnMinRenderFont *font, uint32_t codePoint) {
     if (!HasGlyphs(font))
         return nullptr;
     const uint32_t slot = ResolveCodePoint(font, codePoint);
@@ -476,10 +475,8 @@ struct LeadByte {
     uint32_t mask; // of the code point
 };
 
-// Sequences of up to six bytes, as RFC 2279 has them.
+// Of sequences of two to six bytes, as RFC 2279 has them.
 static LeadByte ClassifyLeadByte(uint8_t lead) {
-    if (lead < 0x80)
-        return {0, 0x7F};
     if (lead >= 0xC0 && lead < 0xE0)
         return {1, 0x7FF};
     if (lead >= 0xE0 && lead < 0xF0)
@@ -493,14 +490,8 @@ static LeadByte ClassifyLeadByte(uint8_t lead) {
     return {0, 0}; // no lead byte: ends the text, as a 0 does
 }
 
-// Decodes the code point at *text and moves past it; 0, without moving, at the end of the text,
-// which is also where a sequence is malformed or cut short by the terminator.
-static inline uint32_t NextCodePoint(const char **text) {
+static uint32_t DecodeSequence(const char **text) {
     const auto *bytes = reinterpret_cast<const uint8_t *>(*text);
-    if (bytes[0] < 0x80) { // by far the most
-        *text += bytes[0] != 0;
-        return bytes[0];
-    }
     const LeadByte lead = ClassifyLeadByte(bytes[0]);
     uint32_t codePoint = bytes[0];
     for (uint32_t i = 1; i <= lead.continuations; ++i) {
@@ -514,9 +505,19 @@ static inline uint32_t NextCodePoint(const char **text) {
     return codePoint;
 }
 
+// Decodes the code point at *text and moves past it; 0, without moving, at the end of the text,
+// which is also where a sequence is malformed or cut short by the terminator.
+static inline uint32_t NextCodePoint(const char **text) {
+    const auto first = static_cast<uint8_t>(**text);
+    if (first >= 0x80)
+        return DecodeSequence(text);
+    *text += first != 0;
+    return first;
+}
+
 constexpr uint32_t kLineFeed = 10;
 
-static void MovePen(int32_t *coordinate, int64_t step) {
+static inline void MovePen(int32_t *coordinate, int64_t step) {
     *coordinate = Saturate(*coordinate + step);
 }
 
@@ -541,7 +542,8 @@ static void StartNewLine(const OrnMinRenderFont *font, OrnMinRenderPoint *pen, i
     }
 }
 
-static void AdvancePen(const OrnMinRenderFont *font, OrnMinRenderPoint *pen, int32_t advance) {
+static inline void AdvancePen(const OrnMinRenderFont *font, OrnMinRenderPoint *pen,
+                              int32_t advance) {
     switch (font->direction) {
     case OrnMinRenderTextDirectionDown:
         MovePen(&pen->y, advance);
@@ -558,7 +560,7 @@ static void AdvancePen(const OrnMinRenderFont *font, OrnMinRenderPoint *pen, int
 }
 
 // The box of a record, its cells turned about the pen point. The fields wrap as bytes do.
-static OrnMinRenderGlyphBox RotateBoundingBox(const uint8_t *record, int32_t direction) {
+static inline OrnMinRenderGlyphBox RotateBoundingBox(const uint8_t *record, int32_t direction) {
     const OrnMinRenderGlyphBox box = UprightBox(record);
     const auto wrap = [](int32_t value) { return static_cast<int8_t>(value); };
     switch (direction) {
@@ -584,7 +586,7 @@ struct Bounds {
     int64_t bottom;
 };
 
-static void Extend(Bounds *bounds, OrnMinRenderPoint pen, OrnMinRenderGlyphBox box) {
+static inline void Extend(Bounds *bounds, OrnMinRenderPoint pen, OrnMinRenderGlyphBox box) {
     const int64_t left = int64_t{pen.x} + box.bearingX;
     const int64_t top = int64_t{pen.y} - box.bearingY;
     bounds->left = Min(bounds->left, left);

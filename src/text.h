@@ -6,6 +6,7 @@
 #include "min_render.h"
 
 #include <stdio.h>
+#include <string.h>
 
 // ---- Reading a font file: one checked reader for everything that comes from it ----
 
@@ -93,8 +94,9 @@ struct OrnMinRenderFont {
 constexpr uint32_t kGlyphHeadBytes = 8;
 
 inline OrnMinRenderGlyphBox UprightBox(const uint8_t *record) {
-    return {static_cast<int8_t>(record[0]), static_cast<int8_t>(record[1]),
-            static_cast<int8_t>(record[2]), static_cast<int8_t>(record[3])};
+    OrnMinRenderGlyphBox box;
+    memcpy(&box, record, sizeof box); // four signed bytes, as in the record
+    return box;
 }
 
 inline int32_t GlyphAdvance(const uint8_t *record) {
