@@ -142,22 +142,25 @@ static int64_t FirstSampleOf(const Sampling &sampling, uint32_t index) {
     return ((index << 16) - 1) / step + 1;
 }
 
-// A piece of a row of the plane, as a mask.
+// A piece of some rows of the plane, as a mask.
 constexpr int32_t kPieceSamples = 512;
+constexpr int32_t kPieceWords = kPieceSamples / 32;
+constexpr int32_t kPieceRows = 16;
 
 struct MaskPiece {
     int64_t first; // sample of bit 0
     int32_t samples;
-    uint32_t words[kPieceSamples / 32];
+    uint32_t words[kPieceRows * kPieceWords];
 };
 
 // One bit for each sample; the choice where the bitmap is reduced.
-static void SampleBits(MaskPiece *piece, const uint32_t *bits, const Sampling &columns) {
-    int64_t position = piece->first * columns.step;
-    for (int32_t i = 0; i < piece->samples; ++i, position += columns.step) {
+static void SampleBits(uint32_t *words, const MaskPiece &piece, const uint32_t *bits,
+                       const Sampling &columns) {
+    int64_t position = piece.first * columns.step;
+    for (int32_t i = 0; i < piece.samples; ++i, position += columns.step) {
         const auto column = static_cast<uint32_t>(position >> 16);
         const uint32_t bit = bits[column / 32] >> (31 - column % 32) & 1;
-        piece->words[i / 32] |= bit << i % 32;
+        words[i / 32] |= bit << i % 32;
     }
 }
 
@@ -186,12 +189,12 @@ static uint32_t ColumnBits(const uint32_t *bits, int64_t column, int64_t pitch) 
 }
 
 // The columns as they are; the choice where the bitmap keeps its width.
-static void CopyBits(MaskPiece *piece, const uint32_t *bits, int64_t pitch) {
-    for (int32_t i = 0; i < piece->samples; i += 32)
-        piece->words[i / 32] = ReverseBits(ColumnBits(bits, piece->first + i, pitch));
-    const int32_t rest = piece->samples % 32;
+static void CopyBits(uint32_t *words, const MaskPiece &piece, const uint32_t *bits, int64_t pitch) {
+    for (int32_t i = 0; i < piece.samples; i += 32)
+        words[i / 32] = ReverseBits(ColumnBits(bits, piece.first + i, pitch));
+    const int32_t rest = piece.samples % 32;
     if (rest)
-        piece->words[piece->samples / 32] &= BitRange(0, rest);
+        words[piece.samples / 32] &= BitRange(0, rest);
 }
 
 // Where the columns of a piece begin, in samples of the piece: for a bitmap that is not reduced, so
@@ -215,7 +218,7 @@ static void FindEdges(ColumnEdges *edges, const MaskPiece &piece, const Sampling
 
 // One range of bits for each run of set columns, word by word; the choice where the bitmap is
 // enlarged.
-static void SpreadRuns(MaskPiece *piece, const uint32_t *bits, const ColumnEdges &edges) {
+static void SpreadRuns(uint32_t *words, const uint32_t *bits, const ColumnEdges &edges) {
     const auto sampleOf = [&](int32_t column) {
         const int32_t inside =
             static_cast<int32_t>(Max(edges.firstColumn, Min(column, edges.endColumn)));
@@ -227,43 +230,51 @@ static void SpreadRuns(MaskPiece *piece, const uint32_t *bits, const ColumnEdges
             const int start = __builtin_clz(word);
             const uint32_t rest = ~(word << start);
             const int end = rest ? start + __builtin_clz(rest) : 32;
-            SetBits(piece->words, sampleOf(base + start), sampleOf(base + end));
+            SetBits(words, sampleOf(base + start), sampleOf(base + end));
             word = end < 32 ? word & (0xFFFFFFFFu >> end) : 0;
         }
     }
 }
 
-// Paints rows first..end - 1 of the rectangle, which all show the same row of the bitmap.
-static void PaintPiece(const Plane &plane, const MaskPiece &piece, const Sampling &columns,
-                       const Sampling &rows, int64_t first, int64_t end, const Ink &ink) {
-    const int32_t words = (piece.samples + 31) / 32;
-    const Mask mask = {piece.words, 0,           static_cast<int32_t>(end - first),
-                       words,       0xFFFFFFFFu, 0xFFFFFFFFu};
-    uint8_t *row = plane.first + static_cast<ptrdiff_t>((rows.origin + first) * plane.stride);
-    PaintMask(row + static_cast<ptrdiff_t>(columns.origin + piece.first) * ink.sampleBytes,
-              plane.stride, mask, ink);
+// Turns a row of the bitmap into a row of the piece.
+static void ExpandRow(uint32_t *words, const MaskPiece &piece, const uint32_t *bits,
+                      const BitmapView &bitmap, const Sampling &columns, const ColumnEdges &edges) {
+    memset(words, 0, static_cast<size_t>(piece.samples + 31) / 32 * sizeof *words);
+    if (columns.step < kSameSize)
+        SpreadRuns(words, bits, edges);
+    else if (columns.step == kSameSize)
+        CopyBits(words, piece, bits, WordsPerRow(bitmap.width));
+    else
+        SampleBits(words, piece, bits, columns);
 }
 
-// Each row of the bitmap becomes a mask once, for all the rows of the plane that show it.
+// Each row of the bitmap becomes a mask once: for all the rows of the plane that show it, where the
+// bitmap is enlarged, and together with others, where every row of the plane shows another.
 static void PaintColumns(const Plane &plane, const BitmapView &bitmap, MaskPiece *piece,
                          const Sampling &columns, const Sampling &rows, const Ink &ink) {
-    const int64_t pitch = (int64_t{bitmap.width} + 31) / 32;
+    const int64_t pitch = WordsPerRow(bitmap.width);
+    const int32_t batch = rows.step < kSameSize ? 1 : kPieceRows;
+    uint8_t *const first =
+        plane.first + static_cast<ptrdiff_t>(columns.origin + piece->first) * ink.sampleBytes;
     ColumnEdges edges;
     edges.firstColumn = edges.endColumn = 0;
     if (columns.step < kSameSize)
         FindEdges(&edges, *piece, columns);
-    for (int64_t begin = rows.first, end; begin < rows.end; begin = end) {
-        const int64_t source = begin * rows.step >> 16;
-        const uint32_t *bits = bitmap.words + source * pitch;
-        end = Min(rows.end, FirstSampleOf(rows, static_cast<uint32_t>(source + 1)));
-        memset(piece->words, 0, static_cast<size_t>(piece->samples + 31) / 32 * 4);
-        if (columns.step < kSameSize)
-            SpreadRuns(piece, bits, edges);
-        else if (columns.step == kSameSize)
-            CopyBits(piece, bits, pitch);
-        else
-            SampleBits(piece, bits, columns);
-        PaintPiece(plane, *piece, columns, rows, begin, end, ink);
+    for (int64_t begin = rows.first, end = begin; begin < rows.end; begin = end) {
+        for (int32_t i = 0; i < batch && end < rows.end; ++i) {
+            const int64_t source = end * rows.step >> 16;
+            ExpandRow(piece->words + i * kPieceWords, *piece, bitmap.words + source * pitch, bitmap,
+                      columns, edges);
+            end = Min(rows.end, FirstSampleOf(rows, static_cast<uint32_t>(source + 1)));
+        }
+        const Mask mask = {piece->words,
+                           batch == 1 ? 0 : kPieceWords,
+                           static_cast<int32_t>(end - begin),
+                           WordsPerRow(piece->samples),
+                           0xFFFFFFFFu,
+                           0xFFFFFFFFu};
+        PaintMask(first + static_cast<ptrdiff_t>((rows.origin + begin) * plane.stride),
+                  plane.stride, mask, ink);
     }
 }
 

@@ -119,6 +119,10 @@ struct Mask {
     uint32_t lastWordBits;
 };
 
+inline int32_t WordsPerRow(int32_t columns) {
+    return (columns + 31) / 32;
+}
+
 // The bits of word i of a row that count.
 inline uint32_t EdgeBits(const Mask &mask, int32_t i) {
     return (i == 0 ? mask.firstWordBits : 0xFFFFFFFFu) &

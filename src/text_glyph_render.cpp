@@ -13,10 +13,6 @@ struct Bitmap {
     int32_t pitch; // words per row
 };
 
-static int32_t WordsPerRow(int32_t columns) {
-    return (columns + 31) / 32;
-}
-
 // ---- Decoding ----
 
 static void SetRow(const Bitmap *bitmap, int32_t y, int32_t first, int32_t end) {
