@@ -157,10 +157,14 @@ struct MaskPiece {
 static void SampleBits(uint32_t *words, const MaskPiece &piece, const uint32_t *bits,
                        const Sampling &columns) {
     int64_t position = piece.first * columns.step;
-    for (int32_t i = 0; i < piece.samples; ++i, position += columns.step) {
-        const auto column = static_cast<uint32_t>(position >> 16);
-        const uint32_t bit = bits[column / 32] >> (31 - column % 32) & 1;
-        words[i / 32] |= bit << i % 32;
+    for (int32_t i = 0; i < piece.samples; i += 32) {
+        const auto count = static_cast<int32_t>(Min(32, piece.samples - i));
+        uint32_t word = 0;
+        for (int32_t k = 0; k < count; ++k, position += columns.step) {
+            const auto column = static_cast<uint32_t>(position >> 16);
+            word |= (bits[column / 32] >> (31 - column % 32) & 1) << k;
+        }
+        words[i / 32] = word;
     }
 }
 
@@ -218,7 +222,9 @@ static void FindEdges(ColumnEdges *edges, const MaskPiece &piece, const Sampling
 
 // One range of bits for each run of set columns, word by word; the choice where the bitmap is
 // enlarged.
-static void SpreadRuns(uint32_t *words, const uint32_t *bits, const ColumnEdges &edges) {
+static void SpreadRuns(uint32_t *words, int32_t samples, const uint32_t *bits,
+                       const ColumnEdges &edges) {
+    memset(words, 0, static_cast<size_t>(WordsPerRow(samples)) * sizeof *words);
     const auto sampleOf = [&](int32_t column) {
         const int32_t inside =
             static_cast<int32_t>(Max(edges.firstColumn, Min(column, edges.endColumn)));
@@ -239,9 +245,8 @@ static void SpreadRuns(uint32_t *words, const uint32_t *bits, const ColumnEdges 
 // Turns a row of the bitmap into a row of the piece.
 static void ExpandRow(uint32_t *words, const MaskPiece &piece, const uint32_t *bits,
                       const BitmapView &bitmap, const Sampling &columns, const ColumnEdges &edges) {
-    memset(words, 0, static_cast<size_t>(piece.samples + 31) / 32 * sizeof *words);
     if (columns.step < kSameSize)
-        SpreadRuns(words, bits, edges);
+        SpreadRuns(words, piece.samples, bits, edges);
     else if (columns.step == kSameSize)
         CopyBits(words, piece, bits, WordsPerRow(bitmap.width));
     else
