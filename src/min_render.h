@@ -1,5 +1,5 @@
-// The render context, whose scratch memory lends every drawing call the room for its span lists,
-// and the integer helpers that all modules clip with.
+// The render context, whose scratch memory lends polygons, filled ellipses and rounded rectangles
+// the room for their span lists, and the integer helpers that all modules clip with.
 #pragma once
 
 #include "orn_min_render.h"

@@ -1,6 +1,7 @@
-// Frames, filled rectangles, polygons, ellipses and rounded rectangles. A frame is four lines, an
-// elliptic outline is blocks of 2 x 2 pixels; areas become span lists in the context's scratch
-// memory, one list per plane, and are painted from there.
+// Frames, filled rectangles, polygons, ellipses and rounded rectangles. A frame is four lines, a
+// filled rectangle a building block, an elliptic outline blocks of 2 x 2 pixels; all other areas
+// become span lists in the context's scratch memory, one list per plane, and are painted from
+// there.
 #include "shapes.h"
 
 #include "pixop.h"
