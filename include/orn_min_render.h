@@ -2,14 +2,14 @@
  * liborn_min_render: burns overlays straight into video frames held in memory.
  *
  * The caller owns the frame. Every call draws synchronously into its planes, on the calling thread,
- * and forgets it on return: nothing is converted, copied or kept, and only creating a context,
- * loading a font and decoding a glyph for the first time allocate memory.
+ * and forgets it on return: nothing is converted, copied or kept. Memory is allocated only to
+ * create a context, to load a font, to draw a glyph for the first time and to fit a text to a
+ * width.
  *
- * Layouts. The suffix of a call names the planes that it writes:
- *   Y8        one byte of luma per pixel;
- *   YUV420SP  (NV12) the same luma, and a chroma plane of half the resolution: one U,V byte pair
- * for every 2 x 2 block of pixels, U first. Luma pixel (x, y) belongs to chroma sample (x / 2, y /
- * 2).
+ * Layouts. The suffix of a call names the planes that it writes. Y8: one byte of luma per pixel.
+ * YUV420SP (NV12): the same luma, and a chroma plane of half the resolution, one U,V byte pair, U
+ * first, for every 2 x 2 block of pixels. The chroma sample of a luma pixel has half its
+ * coordinates, rounded down.
  *
  * Coordinates are luma pixels, x to the right and y downward, (0, 0) the first pixel. Unless a call
  * says otherwise, every int32 value is legal: what lies outside the frame is clipped, sums saturate

@@ -8,17 +8,27 @@
 
 // ---- Frames and filled rectangles ----
 
+// Where the lines of a frame lie besides its rectangle's own corners.
+struct FrameEdges {
+    int32_t lower; // first row of the lower line
+    int32_t right; // first column of the right line
+    int32_t end;   // of the vertical lines
+};
+
+static FrameEdges FindEdges(const OrnMinRenderRect *rect) {
+    return {Saturate(int64_t{rect->bottom} - 1), Saturate(int64_t{rect->right} - 1),
+            Saturate(int64_t{rect->bottom} + 1)};
+}
+
 void OrnMinRenderDrawFrameY8(OrnMinRenderContext *context, const OrnMinRenderImage *image,
                              const OrnMinRenderRect *rect, uint8_t luma, int32_t style) {
     if (!rect)
         return;
-    const int32_t lowerEdge = Saturate(int64_t{rect->bottom} - 1);
-    const int32_t rightEdge = Saturate(int64_t{rect->right} - 1);
-    const int32_t rowEnd = Saturate(int64_t{rect->bottom} + 1);
+    const FrameEdges edges = FindEdges(rect);
     OrnMinRenderDrawHLineY8(context, image, rect->left, rect->right, rect->top, luma, style);
-    OrnMinRenderDrawHLineY8(context, image, rect->left, rect->right, lowerEdge, luma, style);
-    OrnMinRenderDrawVLineY8(context, image, rect->left, rect->top, rowEnd, luma, style);
-    OrnMinRenderDrawVLineY8(context, image, rightEdge, rect->top, rowEnd, luma, style);
+    OrnMinRenderDrawHLineY8(context, image, rect->left, rect->right, edges.lower, luma, style);
+    OrnMinRenderDrawVLineY8(context, image, rect->left, rect->top, edges.end, luma, style);
+    OrnMinRenderDrawVLineY8(context, image, edges.right, rect->top, edges.end, luma, style);
 }
 
 void OrnMinRenderDrawFrameYUV420SP(OrnMinRenderContext *context, const OrnMinRenderImage *image,
@@ -26,15 +36,14 @@ void OrnMinRenderDrawFrameYUV420SP(OrnMinRenderContext *context, const OrnMinRen
                                    int32_t style) {
     if (!rect)
         return;
-    const int32_t lowerEdge = Saturate(int64_t{rect->bottom} - 1);
-    const int32_t rightEdge = Saturate(int64_t{rect->right} - 1);
-    const int32_t rowEnd = Saturate(int64_t{rect->bottom} + 1);
-    OrnMinRenderDrawHLineYUV420SP(context, image, rect->left, rect->right, rect->top, colour,
-                                  style);
-    OrnMinRenderDrawHLineYUV420SP(context, image, rect->left, rect->right, lowerEdge, colour,
-                                  style);
-    OrnMinRenderDrawVLineYUV420SP(context, image, rect->left, rect->top, rowEnd, colour, style);
-    OrnMinRenderDrawVLineYUV420SP(context, image, rightEdge, rect->top, rowEnd, colour, style);
+    const FrameEdges edges = FindEdges(rect);
+    const int32_t left = rect->left;
+    const int32_t right = rect->right;
+    const int32_t top = rect->top;
+    OrnMinRenderDrawHLineYUV420SP(context, image, left, right, top, colour, style);
+    OrnMinRenderDrawHLineYUV420SP(context, image, left, right, edges.lower, colour, style);
+    OrnMinRenderDrawVLineYUV420SP(context, image, left, top, edges.end, colour, style);
+    OrnMinRenderDrawVLineYUV420SP(context, image, edges.right, top, edges.end, colour, style);
 }
 
 // Orders the corners and cuts the rectangle down to the frame; false when nothing is left of it.

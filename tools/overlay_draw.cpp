@@ -212,7 +212,7 @@ void DrawBitmap(const Canvas &canvas, const Overlay &overlay) {
 // By way of the spare frame, since a copy within one frame may overlap itself.
 void DrawCopy(const Canvas &canvas, const Overlay &overlay) {
     const OrnMinRenderImage &image = canvas.image;
-    OrnMinRenderBltYUV420SP(&canvas.spare, {0, 0, image.width, image.height + 1}, &image, {0, 0});
+    OrnMinRenderBltYUV420SP(&canvas.spare, {0, 0, image.width, image.height}, &image, {0, 0});
     OrnMinRenderBltYUV420SP(&image, Corners(overlay), &canvas.spare,
                             {overlay.coordinates[4], overlay.coordinates[5]});
 }
