@@ -112,6 +112,7 @@ struct Sampling {
 };
 
 constexpr int64_t kSameSize = 65536; // the step at which every sample shows a column of its own
+constexpr int64_t kLargestGatherStep = 2 * kSameSize;
 constexpr int32_t kMaxBitmapSide = 32767; // times 65536 stays below 2^31
 
 static bool MakeSampling(int64_t from, int64_t to, int32_t bitmapSide, int32_t planeSide,
@@ -153,7 +154,16 @@ struct MaskPiece {
     uint32_t words[kPieceRows * kPieceWords];
 };
 
-// One bit for each sample; the choice where the bitmap is reduced.
+// How the rows of a bitmap become rows of a piece.
+enum class Expansion { Gather, SpreadRuns, Sample };
+
+static Expansion ChooseExpansion(const Sampling &columns) {
+    if (columns.step < kSameSize && !GathersWide())
+        return Expansion::SpreadRuns;
+    return columns.step <= kLargestGatherStep ? Expansion::Gather : Expansion::Sample;
+}
+
+// One bit for each sample; the choice where the bitmap is reduced to less than half.
 static void SampleBits(uint32_t *words, const MaskPiece &piece, const uint32_t *bits,
                        const Sampling &columns) {
     int64_t position = piece.first * columns.step;
@@ -168,37 +178,28 @@ static void SampleBits(uint32_t *words, const MaskPiece &piece, const uint32_t *
     }
 }
 
+// Where the 32 samples from the given one on come from. Up to a reduction by two they lie within 64
+// columns; those that the piece has no more do not matter.
+static BitSource MakeBitSource(int64_t sample, const Sampling &columns, int32_t pitch) {
+    const int64_t position = sample * columns.step;
+    const auto column = static_cast<int32_t>(position >> 16);
+    const auto start = static_cast<uint32_t>(position & 0xFFFF);
+    const auto step = static_cast<uint32_t>(columns.step);
+    BitSource source;
+    for (uint32_t k = 0; k < 32; ++k)
+        source.places[k] = static_cast<uint16_t>(63 - ((start + k * step) >> 16));
+    source.shift = column % 32;
+    for (int32_t i = 0; i < 3; ++i)
+        source.words[i] = static_cast<int32_t>(Min(column / 32 + i, pitch - 1));
+    return source;
+}
+
 static void SetBits(uint32_t *words, int32_t first, int32_t end) {
     for (int32_t i = first; i < end;) {
         const auto wordEnd = static_cast<int32_t>(Min(end, (i / 32 + 1) * 32));
         words[i / 32] |= BitRange(i % 32, wordEnd - i / 32 * 32);
         i = wordEnd;
     }
-}
-
-static uint32_t ReverseBits(uint32_t word) {
-    word = (word >> 1 & 0x55555555) | (word & 0x55555555) << 1;
-    word = (word >> 2 & 0x33333333) | (word & 0x33333333) << 2;
-    word = (word >> 4 & 0x0F0F0F0F) | (word & 0x0F0F0F0F) << 4;
-    return __builtin_bswap32(word);
-}
-
-// The bits of 32 columns from the given one on, the first of them the most significant; those past
-// the row's words are clear.
-static uint32_t ColumnBits(const uint32_t *bits, int64_t column, int64_t pitch) {
-    const int64_t index = column / 32;
-    const auto shift = static_cast<uint32_t>(column % 32);
-    const uint32_t next = index + 1 < pitch ? bits[index + 1] : 0;
-    return shift ? bits[index] << shift | next >> (32 - shift) : bits[index];
-}
-
-// The columns as they are; the choice where the bitmap keeps its width.
-static void CopyBits(uint32_t *words, const MaskPiece &piece, const uint32_t *bits, int64_t pitch) {
-    for (int32_t i = 0; i < piece.samples; i += 32)
-        words[i / 32] = ReverseBits(ColumnBits(bits, piece.first + i, pitch));
-    const int32_t rest = piece.samples % 32;
-    if (rest)
-        words[piece.samples / 32] &= BitRange(0, rest);
 }
 
 // Where the columns of a piece begin, in samples of the piece: for a bitmap that is not reduced, so
@@ -242,44 +243,88 @@ static void SpreadRuns(uint32_t *words, int32_t samples, const uint32_t *bits,
     }
 }
 
-// Turns a row of the bitmap into a row of the piece.
-static void ExpandRow(uint32_t *words, const MaskPiece &piece, const uint32_t *bits,
-                      const BitmapView &bitmap, const Sampling &columns, const ColumnEdges &edges) {
-    if (columns.step < kSameSize)
-        SpreadRuns(words, piece.samples, bits, edges);
-    else if (columns.step == kSameSize)
-        CopyBits(words, piece, bits, WordsPerRow(bitmap.width));
-    else
-        SampleBits(words, piece, bits, columns);
+// What the rows of a piece have in common; only the part for its expansion is filled.
+struct PieceColumns {
+    Expansion expansion;
+    ColumnEdges edges;
+    BitSource sources[kPieceWords];
+};
+
+static void PrepareColumns(PieceColumns *prepared, const MaskPiece &piece, const Sampling &columns,
+                           int32_t pitch) {
+    prepared->expansion = ChooseExpansion(columns);
+    if (prepared->expansion == Expansion::SpreadRuns)
+        FindEdges(&prepared->edges, piece, columns);
+    if (prepared->expansion == Expansion::Gather)
+        for (int32_t i = 0; i < WordsPerRow(piece.samples); ++i)
+            prepared->sources[i] = MakeBitSource(piece.first + 32 * i, columns, pitch);
 }
 
-// Each row of the bitmap becomes a mask once: for all the rows of the plane that show it, where the
-// bitmap is enlarged, and together with others, where every row of the plane shows another.
+// Some rows of the bitmap, and for each the end of the samples that show it.
+struct SourceRows {
+    int32_t count;
+    const uint32_t *bits[kPieceRows];
+    int64_t ends[kPieceRows];
+};
+
+// The rows shown from the given sample on, as many as a piece holds.
+static void FindSourceRows(SourceRows *source, const BitmapView &bitmap, const Sampling &rows,
+                           int64_t begin) {
+    const int64_t pitch = WordsPerRow(bitmap.width);
+    source->count = 0;
+    for (int64_t end = begin; end < rows.end && source->count < kPieceRows; ++source->count) {
+        const int64_t row = end * rows.step >> 16;
+        const bool repeats = rows.step < kSameSize;
+        end =
+            repeats ? Min(rows.end, FirstSampleOf(rows, static_cast<uint32_t>(row + 1))) : end + 1;
+        source->bits[source->count] = bitmap.words + row * pitch;
+        source->ends[source->count] = end;
+    }
+}
+
+// Turns rows of the bitmap into rows of the piece.
+static void ExpandRows(MaskPiece *piece, const SourceRows &source, const Sampling &columns,
+                       const PieceColumns &prepared) {
+    if (prepared.expansion == Expansion::Gather) {
+        GatherBits(piece->words, kPieceWords, source.bits, source.count, prepared.sources,
+                   WordsPerRow(piece->samples));
+        return;
+    }
+    for (int32_t i = 0; i < source.count; ++i) {
+        uint32_t *words = piece->words + i * kPieceWords;
+        if (prepared.expansion == Expansion::SpreadRuns)
+            SpreadRuns(words, piece->samples, source.bits[i], prepared.edges);
+        else
+            SampleBits(words, *piece, source.bits[i], columns);
+    }
+}
+
+// Each row of the bitmap becomes a mask once, for all the rows of the plane that show it. Where
+// each of them shows another, the masks of many are painted as one.
 static void PaintColumns(const Plane &plane, const BitmapView &bitmap, MaskPiece *piece,
                          const Sampling &columns, const Sampling &rows, const Ink &ink) {
-    const int64_t pitch = WordsPerRow(bitmap.width);
-    const int32_t batch = rows.step < kSameSize ? 1 : kPieceRows;
+    PieceColumns prepared;
+    PrepareColumns(&prepared, *piece, columns, WordsPerRow(bitmap.width));
+    const bool repeats = rows.step < kSameSize;
     uint8_t *const first =
         plane.first + static_cast<ptrdiff_t>(columns.origin + piece->first) * ink.sampleBytes;
-    ColumnEdges edges;
-    edges.firstColumn = edges.endColumn = 0;
-    if (columns.step < kSameSize)
-        FindEdges(&edges, *piece, columns);
-    for (int64_t begin = rows.first, end = begin; begin < rows.end; begin = end) {
-        for (int32_t i = 0; i < batch && end < rows.end; ++i) {
-            const int64_t source = end * rows.step >> 16;
-            ExpandRow(piece->words + i * kPieceWords, *piece, bitmap.words + source * pitch, bitmap,
-                      columns, edges);
-            end = Min(rows.end, FirstSampleOf(rows, static_cast<uint32_t>(source + 1)));
+    Mask mask = {piece->words,
+                 repeats ? 0 : kPieceWords,
+                 0,
+                 WordsPerRow(piece->samples),
+                 0xFFFFFFFFu,
+                 BitRange(0, (piece->samples - 1) % 32 + 1)};
+    SourceRows source;
+    for (int64_t begin = rows.first; begin < rows.end;) {
+        FindSourceRows(&source, bitmap, rows, begin);
+        ExpandRows(piece, source, columns, prepared);
+        for (int32_t i = repeats ? 0 : source.count - 1; i < source.count; ++i) {
+            mask.words = piece->words + (repeats ? i * kPieceWords : 0);
+            mask.rows = static_cast<int32_t>(source.ends[i] - begin);
+            PaintMask(first + static_cast<ptrdiff_t>((rows.origin + begin) * plane.stride),
+                      plane.stride, mask, ink);
+            begin = source.ends[i];
         }
-        const Mask mask = {piece->words,
-                           batch == 1 ? 0 : kPieceWords,
-                           static_cast<int32_t>(end - begin),
-                           WordsPerRow(piece->samples),
-                           0xFFFFFFFFu,
-                           0xFFFFFFFFu};
-        PaintMask(first + static_cast<ptrdiff_t>((rows.origin + begin) * plane.stride),
-                  plane.stride, mask, ink);
     }
 }
 

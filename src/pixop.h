@@ -138,9 +138,33 @@ inline uint32_t BitRange(int32_t first, int32_t end) {
 // full, first may lie outside the plane: only samples of set bits are touched.
 void PaintMask(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink);
 
-// ---- What these three do, without special instructions ----
+// Paints luma through a mask of one word a row, without gaps, of which so many bits count: the
+// shape of most glyphs.
+void PaintNarrowMask(uint8_t *first, int64_t stride, const uint32_t *words, int32_t rows,
+                     uint32_t columns, Pattern pattern);
+
+// Where 32 neighbouring samples of a mask come from in a row of words whose most significant bit is
+// leftmost: out of 64 columns.
+struct BitSource {
+    uint16_t places[32]; // of the samples in the 64 columns, the last of which is 0
+    int32_t words[3];    // of the row; the columns begin in the first
+    int32_t shift;       // columns of the first word to the left of them
+};
+
+// Collects rows of a mask, pitch words apart, of count words each, from as many rows of columns.
+void GatherBits(uint32_t *to, int32_t pitch, const uint32_t *const *rows, int32_t rowCount,
+                const BitSource *sources, int32_t count);
+
+// Whether GatherBits takes all samples of a word in one go.
+bool GathersWide();
+
+// ---- What these five do, without special instructions ----
 
 void FillRowsPlain(uint8_t *first, int64_t stride, int64_t rows, ptrdiff_t bytes, Pattern pattern);
 void PaintSpansPlain(const Plane &plane, const OrnMinRenderScanline *spans, int32_t count,
                      Pattern pattern);
 void PaintMaskPlain(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink);
+void PaintNarrowMaskPlain(uint8_t *first, ptrdiff_t stride, const uint32_t *words, int32_t rows,
+                          uint32_t columns, Pattern pattern);
+void GatherBitsPlain(uint32_t *to, int32_t pitch, const uint32_t *const *rows, int32_t rowCount,
+                     const BitSource *sources, int32_t count);

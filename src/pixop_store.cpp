@@ -94,6 +94,35 @@ void PaintMaskPlain(uint8_t *first, int64_t stride, const Mask &mask, const Ink 
     }
 }
 
+__attribute__((noinline)) void PaintNarrowMaskPlain(uint8_t *first, ptrdiff_t stride,
+                                                    const uint32_t *words, int32_t rows,
+                                                    uint32_t columns, Pattern pattern) {
+    const Ink ink = {pattern, 1, false};
+    for (int32_t row = 0; row < rows; ++row, first += stride)
+        PaintWordPlain(first, words[row] & columns, ink);
+}
+
+static inline uint64_t SourceColumns(const uint32_t *row, const BitSource &source) {
+    const uint64_t two = uint64_t{row[source.words[0]]} << 32 | row[source.words[1]];
+    const uint64_t third = row[source.words[2]];
+    return two << source.shift | third >> (32 - source.shift);
+}
+
+static uint32_t GatherWordPlain(const uint32_t *row, const BitSource &source) {
+    const uint64_t columns = SourceColumns(row, source);
+    uint32_t word = 0;
+    for (int32_t k = 0; k < 32; ++k)
+        word |= static_cast<uint32_t>(columns >> source.places[k] & 1) << k;
+    return word;
+}
+
+void GatherBitsPlain(uint32_t *to, int32_t pitch, const uint32_t *const *rows, int32_t rowCount,
+                     const BitSource *sources, int32_t count) {
+    for (int32_t row = 0; row < rowCount; ++row, to += pitch)
+        for (int32_t i = 0; i < count; ++i)
+            to[i] = GatherWordPlain(rows[row], sources[i]);
+}
+
 // ---- AVX-512 ----
 
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(ORN_PLAIN_STORES)
@@ -140,40 +169,49 @@ ORN_AVX512 static ORN_INLINE __m512i Average(__m512i a, __m512i b) {
     return _mm512_sub_epi8(_mm512_avg_epu8(a, b), odd);
 }
 
-// The bytes of 32 luma samples or 32 chroma samples whose bits are set.
+// The samples whose bits are set, of 64 luma or 32 chroma samples.
 template <bool luma, bool half>
-ORN_AVX512 static ORN_INLINE void PaintWord(uint8_t *first, uint32_t word, __m512i colour) {
+ORN_AVX512 static ORN_INLINE void PaintBits(uint8_t *first, uint64_t bits, __m512i colour) {
     if (luma) {
-        const __m512i bytes = half ? Average(_mm512_maskz_loadu_epi8(word, first), colour) : colour;
-        _mm256_mask_storeu_epi8(first, word, _mm512_castsi512_si256(bytes));
+        const __m512i bytes = half ? Average(_mm512_maskz_loadu_epi8(bits, first), colour) : colour;
+        _mm512_mask_storeu_epi8(first, bits, bytes);
     } else {
+        const auto samples = static_cast<uint32_t>(bits);
         const __m512i bytes =
-            half ? Average(_mm512_maskz_loadu_epi16(word, first), colour) : colour;
-        _mm512_mask_storeu_epi16(first, word, bytes);
+            half ? Average(_mm512_maskz_loadu_epi16(samples, first), colour) : colour;
+        _mm512_mask_storeu_epi16(first, samples, bytes);
     }
 }
 
-// Fields are read once: a byte stored could change them, as far as a compiler knows.
+ORN_AVX512 static ORN_INLINE uint64_t TwoWords(const uint32_t *words) {
+    uint64_t both;
+    memcpy(&both, words, sizeof both);
+    return both;
+}
+
+// Paints strips of 64 bytes, which are two words of luma or one of chroma. The mask's fields are
+// read once: a byte stored could change them, as far as a compiler knows.
 template <bool luma, bool half>
-ORN_AVX512 static void PaintRows(uint8_t *first, ptrdiff_t stride, const Mask &mask,
-                                 Pattern pattern) {
+ORN_AVX512 static void PaintStrips(uint8_t *first, ptrdiff_t stride, const Mask &mask,
+                                   Pattern pattern) {
     const __m512i colour = Broadcast(pattern);
-    constexpr ptrdiff_t kWordBytes = luma ? 32 : 64;
+    constexpr int32_t kWords = luma ? 2 : 1;
     const ptrdiff_t pitch = mask.pitch;
-    const int32_t last = mask.wordsPerRow - 1;
-    const uint32_t firstBits = EdgeBits(mask, 0);
-    const uint32_t lastBits = mask.lastWordBits;
+    const int32_t rows = mask.rows;
+    const int32_t last = (mask.wordsPerRow - 1) / kWords;
+    const bool lastIsWhole = mask.wordsPerRow % kWords == 0;
+    const uint64_t firstBits = uint64_t{0xFFFFFFFF} << 32 | mask.firstWordBits;
+    const uint64_t lastBits =
+        luma && lastIsWhole ? uint64_t{mask.lastWordBits} << 32 | 0xFFFFFFFF : mask.lastWordBits;
     const uint32_t *words = mask.words;
-    if (last == 0) { // the rows of most glyphs
-        for (int32_t rows = mask.rows; rows > 0; --rows, words += pitch, first += stride)
-            PaintWord<luma, half>(first, words[0] & firstBits, colour);
-        return;
-    }
-    for (int32_t rows = mask.rows; rows > 0; --rows, words += pitch, first += stride) {
-        PaintWord<luma, half>(first, words[0] & firstBits, colour);
-        for (int32_t i = 1; i < last; ++i)
-            PaintWord<luma, half>(first + i * kWordBytes, words[i], colour);
-        PaintWord<luma, half>(first + last * kWordBytes, words[last] & lastBits, colour);
+    for (int32_t i = 0; i <= last; ++i, words += kWords, first += 64) {
+        const bool two = luma && (i < last || lastIsWhole);
+        const uint64_t edge =
+            (i == 0 ? firstBits : ~uint64_t{0}) & (i == last ? lastBits : ~uint64_t{0});
+        const uint32_t *from = words;
+        uint8_t *to = first;
+        for (int32_t row = 0; row < rows; ++row, from += pitch, to += stride)
+            PaintBits<luma, half>(to, (two ? TwoWords(from) : *from) & edge, colour);
     }
 }
 
@@ -181,13 +219,47 @@ static void PaintMaskAvx512(uint8_t *first, int64_t stride, const Mask &mask, co
     const bool luma = ink.sampleBytes == 1;
     const auto pitch = static_cast<ptrdiff_t>(stride);
     if (luma && !ink.half)
-        PaintRows<true, false>(first, pitch, mask, ink.pattern);
+        PaintStrips<true, false>(first, pitch, mask, ink.pattern);
     else if (luma)
-        PaintRows<true, true>(first, pitch, mask, ink.pattern);
+        PaintStrips<true, true>(first, pitch, mask, ink.pattern);
     else if (!ink.half)
-        PaintRows<false, false>(first, pitch, mask, ink.pattern);
+        PaintStrips<false, false>(first, pitch, mask, ink.pattern);
     else
-        PaintRows<false, true>(first, pitch, mask, ink.pattern);
+        PaintStrips<false, true>(first, pitch, mask, ink.pattern);
+}
+
+// Stores of 16 bytes cross fewer borders of cache lines than wider ones do.
+ORN_AVX512 static void PaintNarrowMaskAvx512(uint8_t *first, ptrdiff_t stride,
+                                             const uint32_t *words, int32_t rows, uint32_t columns,
+                                             Pattern pattern) {
+    const __m256i colour = _mm256_set1_epi64x(static_cast<int64_t>(pattern.bytes));
+    if (columns <= 0xFFFF) {
+        const __m128i half = _mm256_castsi256_si128(colour);
+        for (int32_t row = 0; row < rows; ++row, first += stride)
+            _mm_mask_storeu_epi8(first, static_cast<__mmask16>(words[row] & columns), half);
+        return;
+    }
+    for (int32_t row = 0; row < rows; ++row, first += stride)
+        _mm256_mask_storeu_epi8(first, words[row] & columns, colour);
+}
+
+// The bits become lanes, which are put in order and become bits again.
+ORN_AVX512 static ORN_INLINE uint32_t GatherWord(const uint32_t *row, const BitSource &source) {
+    const uint64_t columns = SourceColumns(row, source);
+    const __m512i right = _mm512_movm_epi16(static_cast<uint32_t>(columns));
+    const __m512i left = _mm512_movm_epi16(static_cast<uint32_t>(columns >> 32));
+    const __m512i places = _mm512_loadu_si512(source.places);
+    return _mm512_movepi16_mask(_mm512_permutex2var_epi16(right, places, left));
+}
+
+ORN_AVX512 static void GatherBitsAvx512(uint32_t *to, int32_t pitch, const uint32_t *const *rows,
+                                        int32_t rowCount, const BitSource *sources, int32_t count) {
+    for (int32_t i = 0; i < count; ++i) {
+        const BitSource source = sources[i];
+        uint32_t *word = to + i;
+        for (int32_t row = 0; row < rowCount; ++row, word += pitch)
+            *word = GatherWord(rows[row], source);
+    }
 }
 
 #else
@@ -200,6 +272,8 @@ static bool HasAvx512() {
 #define FillRowsAvx512 FillRowsPlain
 #define PaintSpansAvx512 PaintSpansPlain
 #define PaintMaskAvx512 PaintMaskPlain
+#define PaintNarrowMaskAvx512 PaintNarrowMaskPlain
+#define GatherBitsAvx512 GatherBitsPlain
 
 #endif
 
@@ -234,4 +308,24 @@ void PaintMask(uint8_t *first, int64_t stride, const Mask &mask, const Ink &ink)
         PaintMaskAvx512(first, stride, mask, ink);
     else
         PaintMaskPlain(first, stride, mask, ink);
+}
+
+void PaintNarrowMask(uint8_t *first, int64_t stride, const uint32_t *words, int32_t rows,
+                     uint32_t columns, Pattern pattern) {
+    if (HasAvx512())
+        PaintNarrowMaskAvx512(first, static_cast<ptrdiff_t>(stride), words, rows, columns, pattern);
+    else
+        PaintNarrowMaskPlain(first, static_cast<ptrdiff_t>(stride), words, rows, columns, pattern);
+}
+
+bool GathersWide() {
+    return HasAvx512();
+}
+
+void GatherBits(uint32_t *to, int32_t pitch, const uint32_t *const *rows, int32_t rowCount,
+                const BitSource *sources, int32_t count) {
+    if (HasAvx512())
+        GatherBitsAvx512(to, pitch, rows, rowCount, sources, count);
+    else
+        GatherBitsPlain(to, pitch, rows, rowCount, sources, count);
 }
