@@ -61,10 +61,16 @@ static void DrawSolidHLineChroma(const OrnMinRenderImage *image, Range columns, 
 // Paints the dashes of a row over a range of its bytes. Those of chroma, every other four samples
 // of two bytes, lie at the same bytes as those of luma.
 static void DrawDashes(uint8_t *row, int64_t first, int64_t end, Pattern pattern) {
-    for (int64_t dash = FirstDash(static_cast<int32_t>(first)); dash < end; dash += 16) {
-        const int64_t from = Max(dash, first);
-        FillRun(row + from, static_cast<ptrdiff_t>(Min(dash + 8, end) - from), pattern);
+    int64_t dash = FirstDash(static_cast<int32_t>(first));
+    if (dash < first) {
+        const int64_t dashEnd = Min(dash + 8, end);
+        FillRun(row + first, static_cast<ptrdiff_t>(dashEnd - first), pattern);
+        dash += 16;
     }
+    for (; dash + 8 <= end; dash += 16)
+        StorePattern<8>(row + dash, pattern);
+    if (dash < end)
+        FillRun(row + dash, static_cast<ptrdiff_t>(end - dash), pattern);
 }
 
 static void DrawDashedRowLuma(const OrnMinRenderImage *image, Range columns, int64_t y,

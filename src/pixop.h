@@ -46,10 +46,12 @@ inline Pattern ChromaPattern(OrnMinRenderColour colour) {
     return pattern;
 }
 
-// Stores the first count bytes of the pattern; count is a constant, so that this is one store.
+// Stores the first count bytes of the pattern, 16 at most; count is a constant, so that this is one
+// store.
 template <size_t count> inline void StorePattern(uint8_t *to, Pattern pattern) {
-    const uint64_t block[2] = {pattern.bytes, pattern.bytes};
-    memcpy(to, block, count);
+    using Block = uint64_t __attribute__((vector_size(16)));
+    const Block block = {pattern.bytes, pattern.bytes};
+    memcpy(to, &block, count);
 }
 
 // Repeats the pattern over a run of bytes, an even number of them in the chroma plane. A run that

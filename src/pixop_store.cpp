@@ -34,7 +34,22 @@ static void FillAnyRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
         FillHugeRun(first, bytes, pattern);
 }
 
+// Rows of 16 to 32 bytes: one or two stores each.
+static void FillShortRows(uint8_t *first, ptrdiff_t stride, int64_t rows, ptrdiff_t bytes,
+                          Pattern pattern) {
+    const ptrdiff_t second = bytes - 16;
+    for (; rows > 0; --rows, first += stride) {
+        StorePattern<16>(first, pattern);
+        if (second > 0)
+            StorePattern<16>(first + second, pattern);
+    }
+}
+
 void FillRowsPlain(uint8_t *first, int64_t stride, int64_t rows, ptrdiff_t bytes, Pattern pattern) {
+    if (bytes >= 16 && bytes <= 32) {
+        FillShortRows(first, static_cast<ptrdiff_t>(stride), rows, bytes, pattern);
+        return;
+    }
     for (int64_t row = 0; row < rows; ++row)
         FillAnyRun(first + static_cast<ptrdiff_t>(row * stride), bytes, pattern);
 }

@@ -2,6 +2,8 @@
 // layout that measuring and drawing share, and the fitting of text to a width.
 #include "text.h"
 
+#include "pixop.h"
+
 #include <limits.h>
 #include <stdlib.h>
 
@@ -272,9 +274,9 @@ static void SortFarSlots(OrnMinRenderFont *font) {
 }
 
 // Deltas become offsets: the sum of all that are not 0, in code-point order, modulo 2^32.
-static void SumDeltas(OrnMinRenderFont *font, uint32_t denseSlots) {
+static void SumDeltas(OrnMinRenderFont *font) {
     uint32_t sum = 0;
-    for (uint32_t c = 0; c < denseSlots; ++c)
+    for (uint32_t c = 0; c < font->denseSlots; ++c)
         if (font->index[1 + c])
             font->index[1 + c] = sum += font->index[1 + c];
     for (uint32_t i = 0; i < font->farCount; ++i)
@@ -294,10 +296,11 @@ static void LoadIndex(FontReader *reader, OrnMinRenderFont *font, uint32_t offse
     font->index = static_cast<uint32_t *>(calloc(size_t{denseSlots} + 2, sizeof(uint32_t)));
     if (font->index) {
         font->index[0] = count;
+        font->denseSlots = denseSlots;
         while (ReadIndexRecord(reader, font, deltas)) {
         }
         SortFarSlots(font);
-        SumDeltas(font, denseSlots);
+        SumDeltas(font);
     }
     free(deltas);
 }
@@ -347,6 +350,8 @@ static bool LoadSections(FontReader *reader, OrnMinRenderFont *font) {
     font->headerWord = header.headerWord;
     font->lineHeight = header.lineHeight;
     font->glyphDataSize = header.glyphDataSize;
+    font->recordEnd =
+        static_cast<uint32_t>(Max(0, int64_t{header.glyphDataSize} - kGlyphHeadBytes + 1));
     font->glyphData = static_cast<uint8_t *>(malloc(header.glyphDataSize));
     if (!font->glyphData)
         return false;
@@ -406,24 +411,26 @@ void OrnMinRenderSetFontDirection(OrnMinRenderFont *font, int32_t direction) {
 
 // ---- Code points to glyphs ----
 
-static inline bool HasGlyphs(const OrnMinRenderFont *font) {
-    return font->index && font->index[0] > 0;
+// Those outside the index are served by code point 0, if the index has any at all.
+static uint32_t ResolveFarCodePoint(const OrnMinRenderFont *font, uint32_t codePoint) {
+    return font->index && codePoint < font->index[0] ? codePoint : 0;
 }
 
-// Code points outside the index are served by code point 0.
 static inline uint32_t ResolveCodePoint(const OrnMinRenderFont *font, uint32_t codePoint) {
-    return codePoint < font->index[0] ? codePoint : 0;
+    return codePoint < font->denseSlots ? codePoint : ResolveFarCodePoint(font, codePoint);
 }
 
-// The record of a code point, or null when the font has none inside its glyph data.
-static inline const uint8_t *FindRecord(const OrnMinRenderFont *font, uint32_t codePoint) {
-    if (!HasGlyphs(font))
+// The record of a resolved code point, or null when the font has none inside its glyph data.
+static inline const uint8_t *RecordOf(const OrnMinRenderFont *font, uint32_t codePoint) {
+    if (font->denseSlots == 0)
         return nullptr;
-    const uint32_t slot = ResolveCodePoint(font, codePoint);
-    const uint32_t offset = slot < kDenseSlots ? font->index[1 + slot] : FindFarSlot(font, slot);
-    const bool inside =
-        font->glyphDataSize >= kGlyphHeadBytes && offset <= font->glyphDataSize - kGlyphHeadBytes;
-    return inside ? font->glyphData + offset : nullptr;
+    const uint32_t offset =
+        codePoint < font->denseSlots ? font->index[1 + codePoint] : FindFarSlot(font, codePoint);
+    return offset < font->recordEnd ? font->glyphData + offset : nullptr;
+}
+
+static inline const uint8_t *FindRecord(const OrnMinRenderFont *font, uint32_t codePoint) {
+    return RecordOf(font, ResolveCodePoint(font, codePoint));
 }
 
 // Adds a decoded entry at the end of its chain. The array doubles whenever it is full, which it is
@@ -446,18 +453,11 @@ static OrnMinRenderGlyph *AddToCache(OrnMinRenderFont *font, const OrnMinRenderG
     return &font->glyphs[count];
 }
 
-OrnMinRenderGlyph *GetGlyph(OrnMinRenderFont *font, uint32_t codePoint) {
-    if (!HasGlyphs(font))
-        return nullptr;
-    const uint32_t c = ResolveCodePoint(font, codePoint);
-    for (uint32_t link = font->buckets[c % 256]; link; link = font->glyphs[link - 1].next)
-        if (font->glyphs[link - 1].codePoint == c)
-            return &font->glyphs[link - 1];
-
-    // Decoded first and then added, so that nothing half-made ever enters the cache.
+// Decoded first and then added, so that nothing half-made ever enters the cache.
+static OrnMinRenderGlyph *DecodeIntoCache(OrnMinRenderFont *font, uint32_t codePoint) {
     OrnMinRenderGlyph glyph = {};
-    glyph.codePoint = c;
-    glyph.record = FindRecord(font, c);
+    glyph.codePoint = codePoint;
+    glyph.record = RecordOf(font, codePoint);
     if (!glyph.record || !RenderGlyph(font, &glyph))
         return nullptr;
     OrnMinRenderGlyph *entry = AddToCache(font, &glyph);
@@ -466,6 +466,14 @@ OrnMinRenderGlyph *GetGlyph(OrnMinRenderFont *font, uint32_t codePoint) {
         free(glyph.outline);
     }
     return entry;
+}
+
+OrnMinRenderGlyph *GetGlyph(OrnMinRenderFont *font, uint32_t codePoint) {
+    const uint32_t c = ResolveCodePoint(font, codePoint);
+    for (uint32_t link = font->buckets[c % 256]; link; link = font->glyphs[link - 1].next)
+        if (font->glyphs[link - 1].codePoint == c)
+            return &font->glyphs[link - 1];
+    return DecodeIntoCache(font, c);
 }
 
 // ---- Layout, shared by measuring and drawing ----
@@ -508,72 +516,84 @@ static uint32_t DecodeSequence(const char **text) {
 // Decodes the code point at *text and moves past it; 0, without moving, at the end of the text,
 // which is also where a sequence is malformed or cut short by the terminator.
 static inline uint32_t NextCodePoint(const char **text) {
-    const auto first = static_cast<uint8_t>(**text);
-    if (first >= 0x80)
-        return DecodeSequence(text);
-    *text += first != 0;
+    const char *at = *text;
+    const auto first = static_cast<uint8_t>(*at);
+    if (first >= 0x80) {
+        const uint32_t codePoint = DecodeSequence(&at);
+        *text = at;
+        return codePoint;
+    }
+    *text = at + (first != 0);
     return first;
 }
 
 constexpr uint32_t kLineFeed = 10;
 
-static inline void MovePen(int32_t *coordinate, int64_t step) {
-    *coordinate = Saturate(*coordinate + step);
+// The pen is passed by value, so that it stays in registers while a text is laid out.
+
+static inline int32_t Moved(int32_t coordinate, int64_t step) {
+    int32_t moved;
+    if (__builtin_add_overflow(coordinate, step, &moved))
+        return step < 0 ? INT32_MIN : INT32_MAX;
+    return moved;
 }
 
-static void StartNewLine(const OrnMinRenderFont *font, OrnMinRenderPoint *pen, int32_t lineStart) {
+static OrnMinRenderPoint StartNewLine(const OrnMinRenderFont *font, OrnMinRenderPoint pen,
+                                      int32_t lineStart) {
     const int64_t height = font->lineHeight;
     switch (font->direction) {
     case OrnMinRenderTextDirectionDown:
-        pen->y = lineStart;
-        MovePen(&pen->x, -height);
-        break;
+        return {Moved(pen.x, -height), lineStart};
     case OrnMinRenderTextDirectionUp:
-        pen->y = lineStart;
-        MovePen(&pen->x, height);
-        break;
+        return {Moved(pen.x, height), lineStart};
     case OrnMinRenderTextDirectionInverted:
-        pen->x = lineStart;
-        MovePen(&pen->y, -height);
-        break;
+        return {lineStart, Moved(pen.y, -height)};
     default:
-        pen->x = lineStart;
-        MovePen(&pen->y, height);
+        return {lineStart, Moved(pen.y, height)};
     }
 }
 
-static inline void AdvancePen(const OrnMinRenderFont *font, OrnMinRenderPoint *pen,
-                              int32_t advance) {
-    switch (font->direction) {
+static OrnMinRenderPoint AdvanceTurned(OrnMinRenderPoint pen, int32_t direction, int64_t advance) {
+    switch (direction) {
     case OrnMinRenderTextDirectionDown:
-        MovePen(&pen->y, advance);
-        break;
+        return {pen.x, Moved(pen.y, advance)};
     case OrnMinRenderTextDirectionUp:
-        MovePen(&pen->y, -int64_t{advance});
-        break;
-    case OrnMinRenderTextDirectionInverted:
-        MovePen(&pen->x, -int64_t{advance});
-        break;
+        return {pen.x, Moved(pen.y, -advance)};
     default:
-        MovePen(&pen->x, advance);
+        return {Moved(pen.x, -advance), pen.y};
     }
 }
 
-// The box of a record, its cells turned about the pen point. The fields wrap as bytes do.
-static inline OrnMinRenderGlyphBox RotateBoundingBox(const uint8_t *record, int32_t direction) {
-    const OrnMinRenderGlyphBox box = UprightBox(record);
+// In a direction other than the normal one; values that are none count as normal.
+static inline bool IsTurned(int32_t direction) {
+    return IsVertical(direction) || direction == OrnMinRenderTextDirectionInverted;
+}
+
+static inline OrnMinRenderPoint AdvancePen(const OrnMinRenderFont *font, OrnMinRenderPoint pen,
+                                           int32_t advance) {
+    if (IsTurned(font->direction))
+        return AdvanceTurned(pen, font->direction, advance);
+    return {Moved(pen.x, advance), pen.y};
+}
+
+// A box whose cells are turned about the pen point. The fields wrap as bytes do.
+static OrnMinRenderGlyphBox TurnBox(OrnMinRenderGlyphBox box, int32_t direction) {
     const auto wrap = [](int32_t value) { return static_cast<int8_t>(value); };
     switch (direction) {
     case OrnMinRenderTextDirectionDown:
         return {box.height, box.width, wrap(box.bearingY - box.height), wrap(-box.bearingX)};
     case OrnMinRenderTextDirectionUp:
         return {box.height, box.width, wrap(-box.bearingY), wrap(box.bearingX + box.width)};
-    case OrnMinRenderTextDirectionInverted:
+    default:
         return {box.width, box.height, wrap(-(box.bearingX + box.width)),
                 wrap(box.height - box.bearingY)};
-    default:
-        return box;
     }
+}
+
+// The box of a record as it stands in the font's direction.
+static inline OrnMinRenderGlyphBox RotateBoundingBox(const uint8_t *record, int32_t direction) {
+    const OrnMinRenderGlyphBox box = UprightBox(record);
+    return IsTurned(direction) ? TurnBox(box, direction) : box;
 }
 
 // ---- Measuring ----
@@ -602,10 +622,10 @@ static Bounds MeasureText(const OrnMinRenderFont *font, const char *text, OrnMin
     Bounds bounds = {at.x, at.y, at.x, at.y};
     while (const uint32_t codePoint = NextCodePoint(&text)) {
         if (codePoint == kLineFeed) {
-            StartNewLine(font, &at, lineStart);
+            at = StartNewLine(font, at, lineStart);
         } else if (const uint8_t *record = FindRecord(font, codePoint)) {
             Extend(&bounds, at, RotateBoundingBox(record, font->direction));
-            AdvancePen(font, &at, GlyphAdvance(record));
+            at = AdvancePen(font, at, GlyphAdvance(record));
         }
     }
     *pen = at;
@@ -746,20 +766,39 @@ char *OrnMinRenderFixTextWidth(OrnMinRenderContext *, const OrnMinRenderFont *fo
 
 // ---- Drawing ----
 
-// A glyph's fill at its place.
-struct Stamp {
+// A glyph's fill or outline at its place.
+struct PlacedBitmap {
     OrnMinRenderGlyphBox box;
     const uint32_t *bitmap; // null: nothing to draw
     uint32_t words;
     OrnMinRenderPoint pen;
 };
 
-static void DrawStamp(const Stamp &stamp, const OrnMinRenderImage *image, int32_t luma) {
-    OrnMinRenderTextBitmap(&stamp.box, stamp.bitmap, stamp.words, image, &stamp.pen, luma);
+// Most glyphs are at most a word wide and lie wholly inside the frame: those need no clipping.
+static inline bool DrawInside(const PlacedBitmap &placed, const OrnMinRenderImage *image,
+                              int32_t luma) {
+    const int32_t width = placed.box.width;
+    const int32_t height = placed.box.height;
+    const int64_t x0 = int64_t{placed.pen.x} + placed.box.bearingX;
+    const int64_t y0 = int64_t{placed.pen.y} - placed.box.bearingY;
+    const bool inside = x0 >= 0 && y0 >= 0 && x0 + width <= image->width &&
+                        y0 + height <= image->height && image->yPlane;
+    const bool narrow = width > 0 && width <= 32 && height <= int64_t{placed.words};
+    if (!inside || !narrow)
+        return false;
+    PaintNarrowMask(LumaRow(image, y0) + static_cast<ptrdiff_t>(x0), image->stride, placed.bitmap,
+                    height, BitRange(0, width), LumaPattern(static_cast<uint8_t>(luma)));
+    return true;
+}
+
+static inline void DrawPlaced(const PlacedBitmap &placed, const OrnMinRenderImage *image,
+                              int32_t luma) {
+    if (placed.bitmap && !DrawInside(placed, image, luma))
+        OrnMinRenderTextBitmap(&placed.box, placed.bitmap, placed.words, image, &placed.pen, luma);
 }
 
 // The place of a glyph's outline, whose bitmap is larger and starts further left and higher.
-static Stamp OutlineStamp(const OrnMinRenderGlyph *glyph, const Stamp &fill) {
+static inline PlacedBitmap PlaceOutline(const OrnMinRenderGlyph *glyph, const PlacedBitmap &fill) {
     const auto wrap = [](int32_t value) { return static_cast<int8_t>(value); };
     const OrnMinRenderGlyphBox box = {wrap(fill.box.width + 5), wrap(fill.box.height + 5),
                                       wrap(fill.box.bearingX - 3), wrap(fill.box.bearingY + 2)};
@@ -771,15 +810,17 @@ void OrnMinRenderDrawTextY8(OrnMinRenderContext *, const OrnMinRenderImage *imag
                             int32_t lineStart, uint8_t luma) {
     if (!text || !image || !font || !pen)
         return;
+    OrnMinRenderPoint at = *pen;
     while (const uint32_t codePoint = NextCodePoint(&text)) {
         if (codePoint == kLineFeed) {
-            StartNewLine(font, pen, lineStart);
+            at = StartNewLine(font, at, lineStart);
         } else if (const OrnMinRenderGlyph *glyph = GetGlyph(font, codePoint)) {
             const OrnMinRenderGlyphBox box = RotateBoundingBox(glyph->record, font->direction);
-            DrawStamp({box, glyph->bitmap, glyph->bitmapWords, *pen}, image, luma);
-            AdvancePen(font, pen, GlyphAdvance(glyph->record));
+            DrawPlaced({box, glyph->bitmap, glyph->bitmapWords, at}, image, luma);
+            at = AdvancePen(font, at, GlyphAdvance(glyph->record));
         }
     }
+    *pen = at;
 }
 
 // A fill is held back until the outline of the next glyph is drawn, so that it lies on top.
@@ -788,18 +829,20 @@ void OrnMinRenderDrawOutlineTextY8(OrnMinRenderContext *, const OrnMinRenderImag
                                    int32_t lineStart, uint8_t outline, int32_t fill) {
     if (!text || !image || !font || !pen)
         return;
-    Stamp pending = {};
+    OrnMinRenderPoint at = *pen;
+    PlacedBitmap pending = {};
     while (const uint32_t codePoint = NextCodePoint(&text)) {
         if (codePoint == kLineFeed) {
-            StartNewLine(font, pen, lineStart);
+            at = StartNewLine(font, at, lineStart);
         } else if (const OrnMinRenderGlyph *glyph = GetGlyph(font, codePoint)) {
             const OrnMinRenderGlyphBox box = RotateBoundingBox(glyph->record, font->direction);
-            const Stamp current = {box, glyph->bitmap, glyph->bitmapWords, *pen};
-            DrawStamp(OutlineStamp(glyph, current), image, outline);
-            DrawStamp(pending, image, fill);
+            const PlacedBitmap current = {box, glyph->bitmap, glyph->bitmapWords, at};
+            DrawPlaced(PlaceOutline(glyph, current), image, outline);
+            DrawPlaced(pending, image, fill);
             pending = current;
-            AdvancePen(font, pen, GlyphAdvance(glyph->record));
+            at = AdvancePen(font, at, GlyphAdvance(glyph->record));
         }
     }
-    DrawStamp(pending, image, fill);
+    DrawPlaced(pending, image, fill);
+    *pen = at;
 }

@@ -85,7 +85,9 @@ struct OrnMinRenderFont {
     uint32_t buckets[256]; // chain heads by the code point's low byte: 1 + position, 0 when empty
     OrnMinRenderGlyph *glyphs;
     uint32_t glyphDataSize;
-    uint32_t farCount; // slots of the index from kDenseSlots on
+    uint32_t denseSlots; // words of the index after its count
+    uint32_t recordEnd;  // offsets below it leave room for a glyph's head
+    uint32_t farCount;   // slots of the index that are no words of it
     FarSlot *farSlots;
 };
 

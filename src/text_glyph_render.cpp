@@ -219,15 +219,6 @@ void OrnMinRenderTextBitmap(const OrnMinRenderGlyphBox *box, const uint32_t *bit
         return;
     const int64_t x0 = int64_t{pen->x} + box->bearingX;
     const int64_t y0 = int64_t{pen->y} - box->bearingY;
-    const Pattern pattern = LumaPattern(static_cast<uint8_t>(luma));
-    const bool inside =
-        x0 >= 0 && y0 >= 0 && x0 + box->width <= image->width && y0 + box->height <= image->height;
-    const bool narrow = box->width > 0 && box->width <= 32;
-    if (inside && narrow && box->height <= int64_t{words}) {
-        PaintNarrowMask(LumaRow(image, y0) + static_cast<ptrdiff_t>(x0), image->stride, bitmap,
-                        box->height, BitRange(0, box->width), pattern);
-        return;
-    }
     const auto firstColumn = static_cast<int32_t>(Max(0, Min(-x0, box->width)));
     const int64_t endColumn = Min(box->width, image->width - x0);
     const auto firstRow = static_cast<int32_t>(Max(0, Min(-y0, box->height)));
@@ -241,7 +232,7 @@ void OrnMinRenderTextBitmap(const OrnMinRenderGlyphBox *box, const uint32_t *bit
     Mask mask = {bitmap + firstRow * pitch + firstWord,   pitch,
                  static_cast<int32_t>(endRow) - firstRow, lastColumn / 32 - firstWord + 1,
                  BitRange(firstColumn % 32, 32),          BitRange(0, lastColumn % 32 + 1)};
-    const Ink ink = {pattern, 1, false};
+    const Ink ink = {LumaPattern(static_cast<uint8_t>(luma)), 1, false};
     uint8_t *first = LumaRow(image, y0 + firstRow) + static_cast<ptrdiff_t>(x0 + firstWord * 32);
     const int64_t wordsLeft = int64_t{words} - firstRow * pitch - firstWord;
     if (int64_t{mask.rows - 1} * pitch + mask.wordsPerRow <= wordsLeft)
