@@ -143,50 +143,55 @@ struct Segment {
     bool hasEnd;
 };
 
-// A vertex counts once as the start of an edge, and as the end of one only where it is a local top
-// or bottom, so that every row gets an even number of points.
-static Segment ComputeSegment(const PolygonPlane &plane, size_t i) {
-    const OrnMinRenderPoint a = VertexOf(plane, i);
-    const OrnMinRenderPoint b = VertexOf(plane, i + 1);
+// The edge from a to b, which c follows. A vertex counts once as the start of an edge, and as the
+// end of one only where it is a local top or bottom, so that every row gets an even number of
+// points.
+static Segment ComputeSegment(int32_t planeHeight, OrnMinRenderPoint a, OrnMinRenderPoint b,
+                              OrnMinRenderPoint c) {
     const bool upward = a.y > b.y;
-    const bool turns = (b.y < VertexOf(plane, i + 2).y) == upward;
+    const bool turns = (b.y < c.y) == upward;
     const int64_t first = upward ? int64_t{b.y} + 1 : a.y;
     const int64_t end = upward ? int64_t{a.y} + 1 : Max(b.y, int64_t{a.y} + 1);
-    return {a, b, ClampToSize(first, plane.height), ClampToSize(end, plane.height),
-            turns && b.y >= 0 && b.y < plane.height};
+    return {a, b, ClampToSize(first, planeHeight), ClampToSize(end, planeHeight),
+            turns && b.y >= 0 && b.y < planeHeight};
 }
 
-// The number of crossing points, and the rows that they lie in. As the outline is closed, none of
-// the rows between its highest and its lowest vertex is without.
-struct CrossingCount {
-    int64_t points;
-    int32_t firstRow;
-    int32_t endRow;
-};
-
-// Counting ends where there are too many.
-static CrossingCount CountCrossings(const PolygonPlane &plane) {
-    CrossingCount count = {0, plane.height, 0};
-    for (size_t i = 0; i < plane.count && count.points < int64_t{kScratchPoints}; ++i) {
-        const Segment segment = ComputeSegment(plane, i);
-        count.points += segment.endRow - segment.firstRow + segment.hasEnd;
-        if (segment.firstRow < segment.endRow) {
-            count.firstRow = static_cast<int32_t>(Min(count.firstRow, segment.firstRow));
-            count.endRow = static_cast<int32_t>(Max(count.endRow, segment.endRow));
-        }
+template <class Use> static void ForEachSegment(const PolygonPlane &plane, Use use) {
+    OrnMinRenderPoint a = VertexOf(plane, 0);
+    OrnMinRenderPoint b = VertexOf(plane, 1);
+    for (size_t i = 0; i < plane.count; ++i) {
+        const OrnMinRenderPoint c = VertexOf(plane, i + 2);
+        use(ComputeSegment(plane.height, a, b, c));
+        a = b;
+        b = c;
     }
-    return count;
 }
 
-// The list being made, and where the next point of each row goes. Fewer than kScratchPoints points,
-// at least two in a row, fill fewer rows than half their number.
+// Fewer than kScratchPoints points, at least two in a row, fill fewer rows than half their number.
+constexpr int32_t kMaxCrossingRows = kScratchPoints / 2;
+
+// The list being made, and where the next point of each row goes.
 struct CrossingList {
     OrnMinRenderPoint *points;
     int32_t width; // of the plane
     int32_t firstRow;
     int32_t rows;
-    uint16_t next[kScratchPoints / 2 + 1];
+    uint16_t next[kMaxCrossingRows + 1];
 };
+
+// As the outline is closed, none of the rows between its highest and its lowest vertex is without
+// a point.
+static void FindRows(CrossingList *list, const PolygonPlane &plane) {
+    int32_t top = INT32_MAX;
+    int32_t bottom = INT32_MIN;
+    for (size_t i = 0; i < plane.count; ++i) {
+        const int32_t y = plane.points[i].y;
+        top = y < top ? y : top;
+        bottom = y > bottom ? y : bottom;
+    }
+    list->firstRow = ClampToSize(top >> plane.shift, plane.height);
+    list->rows = ClampToSize(int64_t{bottom >> plane.shift} + 1, plane.height) - list->firstRow;
+}
 
 static void CountRows(CrossingList *list, int32_t first, int32_t end) {
     ++list->next[first - list->firstRow];
@@ -194,16 +199,18 @@ static void CountRows(CrossingList *list, int32_t first, int32_t end) {
 }
 
 // Finds where the share of each row begins: first how the number of points changes from row to row,
-// then the sums of the sums of that.
-static void FindShares(CrossingList *list, const PolygonPlane &plane) {
+// then the sums of the sums of that. Returns the number of points; where there are too many, the
+// shares are void.
+static int64_t FindShares(CrossingList *list, const PolygonPlane &plane) {
     memset(list->next, 0, static_cast<size_t>(list->rows + 1) * sizeof *list->next);
-    for (size_t i = 0; i < plane.count; ++i) {
-        const Segment segment = ComputeSegment(plane, i);
+    int64_t points = 0;
+    ForEachSegment(plane, [&](const Segment &segment) {
+        points += segment.endRow - segment.firstRow + segment.hasEnd;
         if (segment.firstRow < segment.endRow)
             CountRows(list, segment.firstRow, segment.endRow);
         if (segment.hasEnd)
             CountRows(list, segment.end.y, segment.end.y + 1);
-    }
+    });
     uint32_t inRow = 0;
     uint32_t before = 0;
     for (int32_t r = 0; r < list->rows; ++r) {
@@ -211,6 +218,7 @@ static void FindShares(CrossingList *list, const PolygonPlane &plane) {
         list->next[r] = static_cast<uint16_t>(before);
         before += inRow;
     }
+    return points;
 }
 
 static void AddCrossing(CrossingList *list, int64_t x, int32_t y) {
@@ -225,12 +233,13 @@ static void AddSegment(CrossingList *list, const Segment &segment) {
         AddCrossing(list, b.x, b.y);
     if (segment.firstRow == segment.endRow)
         return;
-    if (a.y == b.y) {
-        AddCrossing(list, a.x, a.y);
-        return;
-    }
     const OrnMinRenderPoint upper = a.y > b.y ? b : a;
     const OrnMinRenderPoint lower = a.y > b.y ? a : b;
+    const bool oneRow = segment.endRow - segment.firstRow == 1;
+    if (oneRow && (segment.firstRow == upper.y || segment.firstRow == lower.y)) {
+        AddCrossing(list, segment.firstRow == upper.y ? upper.x : lower.x, segment.firstRow);
+        return;
+    }
     EdgeWalk walk = StartEdgeWalk(upper, lower, int64_t{segment.firstRow} - upper.y);
     for (int32_t y = segment.firstRow; y < segment.endRow; ++y) {
         AddCrossing(list, walk.x, y);
@@ -279,22 +288,21 @@ int32_t FillPolygonPlane(OrnMinRenderPoint *crossings, const OrnMinRenderImage *
                          const OrnMinRenderPoint *points, size_t count, int32_t shift) {
     const PolygonPlane plane = {points, count, shift, image->width >> shift,
                                 image->height >> shift};
-    const CrossingCount counted = CountCrossings(plane);
-    if (counted.points == 0 || counted.points >= int64_t{kScratchPoints})
-        return 0;
     CrossingList list;
     list.points = crossings;
     list.width = plane.width;
-    list.firstRow = counted.firstRow;
-    list.rows = counted.endRow - counted.firstRow;
-    FindShares(&list, plane);
-    for (size_t i = 0; i < count; ++i)
-        AddSegment(&list, ComputeSegment(plane, i));
+    FindRows(&list, plane);
+    if (list.rows <= 0 || list.rows >= kMaxCrossingRows)
+        return 0;
+    const int64_t total = FindShares(&list, plane);
+    if (total >= int64_t{kScratchPoints})
+        return 0;
+    ForEachSegment(plane, [&](const Segment &segment) { AddSegment(&list, segment); });
 
     // Each share now ends where its next point would go.
     for (int32_t r = 0, begin = 0; r < list.rows; begin = list.next[r++])
         SortColumns(crossings + begin, static_cast<size_t>(list.next[r] - begin));
-    return static_cast<int32_t>(counted.points);
+    return static_cast<int32_t>(total);
 }
 
 static bool IsPolygon(const OrnMinRenderContext *context, const OrnMinRenderImage *image,
