@@ -189,6 +189,7 @@ static BitSource MakeBitSource(int64_t sample, const Sampling &columns, int32_t 
     for (uint32_t k = 0; k < 32; ++k)
         source.places[k] = static_cast<uint16_t>(63 - ((start + k * step) >> 16));
     source.shift = column % 32;
+    source.spacing = step % kSameSize == 0 ? static_cast<int32_t>(step / kSameSize) : 0;
     for (int32_t i = 0; i < 3; ++i)
         source.words[i] = static_cast<int32_t>(Min(column / 32 + i, pitch - 1));
     return source;

@@ -151,6 +151,7 @@ struct BitSource {
     uint16_t places[32]; // of the samples in the 64 columns, the last of which is 0
     int32_t words[3];    // of the row; the columns begin in the first
     int32_t shift;       // columns of the first word to the left of them
+    int32_t spacing;     // 1: neighbouring columns, 2: every other one, 0: any
 };
 
 // Collects rows of a mask, pitch words apart, of count words each, from as many rows of columns.

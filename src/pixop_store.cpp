@@ -84,18 +84,47 @@ static void BlendRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
         first[i] = static_cast<uint8_t>((first[i] + pair[i % 2]) / 2);
 }
 
+// A run of equal bytes, 1 at least. Short ones are most of what text consists of; three stores,
+// which may coincide, need no branch for each length.
+static inline void FillLumaRun(uint8_t *first, int length, Pattern pattern) {
+    if (length > 3) {
+        FillRun(first, length, pattern);
+        return;
+    }
+    StorePattern<1>(first, pattern);
+    StorePattern<1>(first + length / 2, pattern);
+    StorePattern<1>(first + length - 1, pattern);
+}
+
+struct BitRun {
+    int start;
+    int length;
+};
+
+// Takes the lowest run of set bits out of a word that is not 0.
+static inline BitRun TakeRun(uint32_t *word) {
+    const int start = __builtin_ctz(*word);
+    const uint32_t above = ~(*word >> start);
+    const int length = above ? __builtin_ctz(above) : 32;
+    *word &= *word + (*word & -*word); // the carry clears the run
+    return {start, length};
+}
+
+static inline void PaintLumaWord(uint8_t *first, uint32_t word, Pattern pattern) {
+    while (word) {
+        const BitRun run = TakeRun(&word);
+        FillLumaRun(first + run.start, run.length, pattern);
+    }
+}
+
 static void PaintWordPlain(uint8_t *first, uint32_t word, const Ink &ink) {
     while (word) {
-        const int start = __builtin_ctz(word);
-        const uint32_t rest = ~(word >> start);
-        const int length = rest ? __builtin_ctz(rest) : 32;
-        uint8_t *run = first + start * ink.sampleBytes;
+        const BitRun run = TakeRun(&word);
+        uint8_t *bytes = first + run.start * ink.sampleBytes;
         if (ink.half)
-            BlendRun(run, length * ink.sampleBytes, ink.pattern);
+            BlendRun(bytes, run.length * ink.sampleBytes, ink.pattern);
         else
-            FillRun(run, length * ink.sampleBytes, ink.pattern);
-        // The run ends below bit 32, or the word with it.
-        word = start + length < 32 ? word & (0xFFFFFFFFu << (start + length)) : 0;
+            FillRun(bytes, run.length * ink.sampleBytes, ink.pattern);
     }
 }
 
@@ -104,17 +133,21 @@ void PaintMaskPlain(uint8_t *first, int64_t stride, const Mask &mask, const Ink 
     for (int32_t row = 0; row < mask.rows; ++row) {
         const uint32_t *words = mask.words + row * ptrdiff_t{mask.pitch};
         uint8_t *samples = first + static_cast<ptrdiff_t>(row * stride);
-        for (int32_t i = 0; i < mask.wordsPerRow; ++i)
-            PaintWordPlain(samples + i * wordBytes, words[i] & EdgeBits(mask, i), ink);
+        for (int32_t i = 0; i < mask.wordsPerRow; ++i) {
+            const uint32_t word = words[i] & EdgeBits(mask, i);
+            if (ink.sampleBytes == 1 && !ink.half)
+                PaintLumaWord(samples + i * wordBytes, word, ink.pattern);
+            else
+                PaintWordPlain(samples + i * wordBytes, word, ink);
+        }
     }
 }
 
 __attribute__((noinline)) void PaintNarrowMaskPlain(uint8_t *first, ptrdiff_t stride,
                                                     const uint32_t *words, int32_t rows,
                                                     uint32_t columns, Pattern pattern) {
-    const Ink ink = {pattern, 1, false};
     for (int32_t row = 0; row < rows; ++row, first += stride)
-        PaintWordPlain(first, words[row] & columns, ink);
+        PaintLumaWord(first, words[row] & columns, pattern);
 }
 
 static inline uint64_t SourceColumns(const uint32_t *row, const BitSource &source) {
@@ -123,8 +156,29 @@ static inline uint64_t SourceColumns(const uint32_t *row, const BitSource &sourc
     return two << source.shift | third >> (32 - source.shift);
 }
 
+static uint32_t ReverseBits(uint32_t word) {
+    word = (word >> 1 & 0x55555555) | (word & 0x55555555) << 1;
+    word = (word >> 2 & 0x33333333) | (word & 0x33333333) << 2;
+    word = (word >> 4 & 0x0F0F0F0F) | (word & 0x0F0F0F0F) << 4;
+    return __builtin_bswap32(word);
+}
+
+// The odd bits, closed up.
+static uint32_t EveryOtherBit(uint64_t bits) {
+    bits = bits >> 1 & 0x5555555555555555;
+    bits = (bits | bits >> 1) & 0x3333333333333333;
+    bits = (bits | bits >> 2) & 0x0F0F0F0F0F0F0F0F;
+    bits = (bits | bits >> 4) & 0x00FF00FF00FF00FF;
+    bits = (bits | bits >> 8) & 0x0000FFFF0000FFFF;
+    return static_cast<uint32_t>(bits | bits >> 16);
+}
+
 static uint32_t GatherWordPlain(const uint32_t *row, const BitSource &source) {
     const uint64_t columns = SourceColumns(row, source);
+    if (source.spacing == 1)
+        return ReverseBits(static_cast<uint32_t>(columns >> 32));
+    if (source.spacing == 2)
+        return ReverseBits(EveryOtherBit(columns));
     uint32_t word = 0;
     for (int32_t k = 0; k < 32; ++k)
         word |= static_cast<uint32_t>(columns >> source.places[k] & 1) << k;
