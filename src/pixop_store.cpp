@@ -210,24 +210,48 @@ ORN_AVX512 static __m512i Broadcast(Pattern pattern) {
     return _mm512_set1_epi64(static_cast<int64_t>(pattern.bytes));
 }
 
-ORN_AVX512 static ORN_INLINE void FillRunAvx512(uint8_t *first, ptrdiff_t bytes, __m512i colour) {
-    ptrdiff_t i = 0;
-    for (; i + 64 <= bytes; i += 64)
-        _mm512_storeu_si512(first + i, colour);
-    if (i < bytes)
-        _mm512_mask_storeu_epi8(first + i, ~uint64_t{0} >> (64 - (bytes - i)), colour);
+// A colour for stores at even and at odd addresses: they differ for chroma.
+struct WideColour {
+    __m512i even;
+    __m512i odd;
+};
+
+ORN_AVX512 static ORN_INLINE WideColour MakeWideColour(Pattern pattern) {
+    return {Broadcast(pattern), Broadcast({pattern.bytes >> 8 | pattern.bytes << 56})};
+}
+
+// The first and the last store are masked; all lie within cache lines.
+ORN_AVX512 static ORN_INLINE void FillRunAvx512(uint8_t *first, ptrdiff_t bytes,
+                                                const WideColour &wide) {
+    if (bytes <= 0)
+        return;
+    const auto offset = static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(first) % 64);
+    const __m512i colour = offset % 2 ? wide.odd : wide.even;
+    uint8_t *const line = first - offset;
+    const ptrdiff_t end = offset + bytes;
+    const uint64_t head = ~uint64_t{0} << offset;
+    const uint64_t tail = ~uint64_t{0} >> (-end & 63);
+    if (end <= 64) {
+        _mm512_mask_storeu_epi8(line, head & tail, colour);
+        return;
+    }
+    _mm512_mask_storeu_epi8(line, head, colour);
+    ptrdiff_t i = 64;
+    for (; i + 64 < end; i += 64)
+        _mm512_store_si512(line + i, colour);
+    _mm512_mask_storeu_epi8(line + i, tail, colour);
 }
 
 ORN_AVX512 static void FillRowsAvx512(uint8_t *first, int64_t stride, int64_t rows, ptrdiff_t bytes,
                                       Pattern pattern) {
-    const __m512i colour = Broadcast(pattern);
+    const WideColour colour = MakeWideColour(pattern);
     for (int64_t row = 0; row < rows; ++row)
         FillRunAvx512(first + static_cast<ptrdiff_t>(row * stride), bytes, colour);
 }
 
 ORN_AVX512 static void PaintSpansAvx512(const Plane plane, const OrnMinRenderScanline *spans,
                                         int32_t count, Pattern pattern) {
-    const __m512i colour = Broadcast(pattern);
+    const WideColour colour = MakeWideColour(pattern);
     for (int32_t i = 0; i < count; ++i)
         FillRunAvx512(SpanStart(plane, spans[i]), SpanBytes(plane, spans[i]), colour);
 }
