@@ -2,59 +2,99 @@
 // into a frame. Each function is one command of the script.
 #pragma once
 
+#include "overlay_colour.h"
+#include "overlay_frame.h"
+#include "overlay_place.h"
+#include "overlay_tracks.h"
 #include "pbm.h"
 
 #include <array>
+#include <memory>
+#include <optional>
 #include <orn_min_render.h>
 #include <string>
 #include <vector>
+
+constexpr size_t kDirections = 4;
 
 // The frame being drawn into, and what drawing into it takes.
 struct Canvas {
     OrnMinRenderImage image; // without a chroma plane, the Y8 calls draw
     OrnMinRenderImage spare; // of the same size, for what is copied within the frame
     OrnMinRenderContext *context;
-    OrnMinRenderFont *font; // null when the script draws no text
+    std::array<OrnMinRenderFont *, kDirections> fonts; // null when the script draws no such text
+    const Tracks &tracks;
+    Palette palette; // of the tracked boxes
     double framesPerSecond;
-    int64_t frameNumber; // from 0
+    int64_t frameNumber = 0;         // from 0
+    const TrackedBox *box = nullptr; // that a command of tracks draws now
+    Surroundings surroundings{};
+    std::vector<int32_t> coordinates{}; // of the overlay being drawn, as pixels
 };
 
 struct Overlay;
-using DrawFunction = void (*)(const Canvas &canvas, const Overlay &overlay);
+using DrawFunction = void (*)(Canvas &canvas, const Overlay &overlay);
+
+struct Paint {
+    OrnMinRenderColour colour{};
+    bool ofId = false; // the tracked box's own instead
+};
+
+// Which part of a text lies at its place: an edge, or Origin, where the pen starts.
+struct TextStyle {
+    int32_t direction = OrnMinRenderTextDirectionNormal;
+    std::optional<Edge> horizontal;
+    std::optional<Edge> vertical;
+    bool inside = false; // moved into the frame
+};
 
 // A command uses the members that its arguments fill.
 struct Overlay {
     int64_t firstFrame = 0;
     int64_t lastFrame = 0;
+    bool perBox = false; // drawn for each tracked box of the frame
     DrawFunction draw = nullptr;
-    std::array<int32_t, 6> coordinates{};        // in the order of the script
-    std::array<OrnMinRenderColour, 2> colours{}; // the second: outline or background
+    std::vector<Place> places;     // in the order of the script
+    std::array<Paint, 2> paints{}; // the second: outline or background
     int32_t style = OrnMinRenderLineSolid;
     bool halfTransparent = false;
-    std::vector<OrnMinRenderPoint> points;
+    TextStyle textStyle;
     std::string text;
-    Bitmap bitmap;
     bool hasPlaceholders = false;
+    Bitmap bitmap;
+    std::shared_ptr<Clip> clip;
 };
 
 constexpr char kFramePlaceholder[] = "{frame}";
 constexpr char kTimePlaceholder[] = "{time}";
+constexpr char kIdPlaceholder[] = "{id}";
+constexpr char kConfidencePlaceholder[] = "{conf}";
 
-void DrawBox(const Canvas &canvas, const Overlay &overlay);
-void DrawFill(const Canvas &canvas, const Overlay &overlay);
-void DrawHLine(const Canvas &canvas, const Overlay &overlay);
-void DrawVLine(const Canvas &canvas, const Overlay &overlay);
-void DrawLine(const Canvas &canvas, const Overlay &overlay);
-void DrawPolygon(const Canvas &canvas, const Overlay &overlay);
-void DrawPolyline(const Canvas &canvas, const Overlay &overlay);
-void DrawLoop(const Canvas &canvas, const Overlay &overlay);
-void DrawEllipse(const Canvas &canvas, const Overlay &overlay);
-void DrawDisc(const Canvas &canvas, const Overlay &overlay);
-void DrawRoundBox(const Canvas &canvas, const Overlay &overlay);
-void DrawRoundFill(const Canvas &canvas, const Overlay &overlay);
-void DrawBitmap(const Canvas &canvas, const Overlay &overlay);
-void DrawCopy(const Canvas &canvas, const Overlay &overlay);
-void DrawText(const Canvas &canvas, const Overlay &overlay);
-void DrawOutlined(const Canvas &canvas, const Overlay &overlay);
-void DrawLabel(const Canvas &canvas, const Overlay &overlay);
-void DrawParagraph(const Canvas &canvas, const Overlay &overlay);
+// Prepares the canvas for a new frame.
+void BeginFrame(Canvas &canvas, int64_t frameNumber);
+
+// Draws an overlay once, or once for each tracked box; not where its places can't be resolved.
+void DrawOverlay(Canvas &canvas, const Overlay &overlay);
+
+// In these, the canvas holds the overlay's coordinates as pixels.
+void DrawBox(Canvas &canvas, const Overlay &overlay);
+void DrawFill(Canvas &canvas, const Overlay &overlay);
+void DrawHLine(Canvas &canvas, const Overlay &overlay);
+void DrawVLine(Canvas &canvas, const Overlay &overlay);
+void DrawLine(Canvas &canvas, const Overlay &overlay);
+void DrawPolygon(Canvas &canvas, const Overlay &overlay);
+void DrawPolyline(Canvas &canvas, const Overlay &overlay);
+void DrawLoop(Canvas &canvas, const Overlay &overlay);
+void DrawEllipse(Canvas &canvas, const Overlay &overlay);
+void DrawDisc(Canvas &canvas, const Overlay &overlay);
+void DrawRoundBox(Canvas &canvas, const Overlay &overlay);
+void DrawRoundFill(Canvas &canvas, const Overlay &overlay);
+void DrawBitmap(Canvas &canvas, const Overlay &overlay);
+void DrawPicture(Canvas &canvas, const Overlay &overlay);
+void DrawCopy(Canvas &canvas, const Overlay &overlay);
+void DrawText(Canvas &canvas, const Overlay &overlay);
+void DrawOutlined(Canvas &canvas, const Overlay &overlay);
+void DrawLabel(Canvas &canvas, const Overlay &overlay);
+void DrawParagraph(Canvas &canvas, const Overlay &overlay);
+void DrawMeasure(Canvas &canvas, const Overlay &overlay);
+void DrawTrail(Canvas &canvas, const Overlay &overlay);

@@ -1,108 +1,29 @@
 // orn-overlay: reads raw frames from standard input, burns the overlays of a script into each, and
 // writes them to standard output.
+#include "overlay_options.h"
 #include "overlay_script.h"
 
-#include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <iostream>
+#include <fcntl.h>
+#include <filesystem>
 #include <memory>
-#include <stdexcept>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
-constexpr int32_t kMaxSide = 65535;
-constexpr double kMinRate = 0.001; // frames per second; these bounds keep {time} an integer
-constexpr double kMaxRate = 1e6;
 constexpr size_t kStreamBuffer = size_t{1} << 20;
+constexpr Seconds kProgressInterval{0.5};
 
-// What ends the program with exit code 1, and the reason that it gives.
-struct Failure : std::runtime_error {
-    using runtime_error::runtime_error;
-};
-
-std::string SystemReason() {
-    return std::strerror(errno);
-}
-
-void Say(const std::string &message) {
-    std::cerr << "orn-overlay: " << message << '\n';
-}
-
-// ---- Command line ----
-
-enum class Format { YUV420SP, Y8 };
-
-struct Options {
-    std::string scriptPath;
-    std::string fontPath;
-    int32_t width = 0; // 0: not given
-    int32_t height = 0;
-    Format format = Format::YUV420SP;
-    double framesPerSecond = 25;
-    bool stats = false;
-    bool check = false;
-};
-
-void ParseSize(const std::string &text, Options &options) {
-    const char *end = text.data() + text.size();
-    const auto width = std::from_chars(text.data(), end, options.width);
-    const bool hasCross = width.ec == std::errc() && width.ptr != end && *width.ptr == 'x';
-    const auto height = std::from_chars(width.ptr + hasCross, end, options.height);
-    const auto isSide = [](int32_t side) { return side >= 1 && side <= kMaxSide; };
-    if (!hasCross || height.ec != std::errc() || height.ptr != end || !isSide(options.width) ||
-        !isSide(options.height))
-        throw CLI::ValidationError("--size", "expected WxH, each 1 to " + std::to_string(kMaxSide) +
-                                                 ", not '" + text + "'");
-}
-
-void ParseFormat(const std::string &text, Options &options) {
-    const std::string name = CLI::detail::to_lower(text);
-    if (name != "yuv420sp" && name != "nv12" && name != "y8")
-        throw CLI::ValidationError("--format", "expected YUV420SP, nv12 or Y8, not '" + text + "'");
-    options.format = name == "y8" ? Format::Y8 : Format::YUV420SP;
-}
-
-void AddOptions(CLI::App &app, Options &options) {
-    app.add_option("script", options.scriptPath, "What to draw (see below)")
-        ->type_name("SCRIPT")
-        ->required();
-    app.add_option_function<std::string>(
-           "--size", [&options](const std::string &text) { ParseSize(text, options); },
-           "Size of the frames; may be left out with --check only")
-        ->type_name("WxH");
-    app.add_option_function<std::string>(
-           "--format", [&options](const std::string &text) { ParseFormat(text, options); },
-           "Layout of the frames: YUV420SP (or nv12), or Y8")
-        ->type_name("FORMAT")
-        ->default_str("YUV420SP");
-    app.add_option("--font", options.fontPath, "CBF font; needed when the script draws text")
-        ->type_name("FILE");
-    app.add_option("--fps", options.framesPerSecond, "Frames per second, for {time}")
-        ->type_name("N")
-        ->check(CLI::Range(kMinRate, kMaxRate).description(""))
-        ->capture_default_str();
-    app.add_flag("--stats", options.stats, "Tell at the end how long drawing took");
-    app.add_flag("--check", options.check, "Check script and font, and draw nothing");
-}
-
-std::string Version() {
-    return "orn-overlay " + std::to_string(ORN_MIN_RENDER_VERSION_MAJOR) + "." +
-           std::to_string(ORN_MIN_RENDER_VERSION_MINOR) + "." +
-           std::to_string(ORN_MIN_RENDER_VERSION_PATCH);
-}
-
-// ---- Script and font ----
-
-using Context = std::unique_ptr<OrnMinRenderContext, decltype(&OrnMinRenderDestroyContext)>;
-using Font = std::unique_ptr<OrnMinRenderFont, decltype(&OrnMinRenderDestroyFont)>;
+// ---- Inputs ----
 
 std::string ReadNamedFile(const std::string &path) {
     try {
@@ -112,156 +33,214 @@ std::string ReadNamedFile(const std::string &path) {
     }
 }
 
-Script LoadScript(const Options &options) {
-    Script script = ParseScript(ReadNamedFile(options.scriptPath), !options.fontPath.empty());
-    for (const ScriptError &error : script.errors)
-        Say(options.scriptPath + ":" + std::to_string(error.line) + ": " + error.reason);
-    if (!script.complete)
-        Say(options.scriptPath + ": too many errors, the rest is not checked");
-    return script;
+// All errors of a file; false when there is one.
+bool SayErrors(const std::string &path, const FileErrors &errors) {
+    for (const FileErrors::Entry &error : errors.list)
+        Say(path + ":" + std::to_string(error.line) + ": " + error.reason);
+    if (!errors.complete)
+        Say(path + ": too many errors, the rest is not checked");
+    return errors.list.empty();
 }
 
-Font LoadFont(const std::string &path) {
-    Font font(nullptr, OrnMinRenderDestroyFont);
-    if (path.empty())
-        return font;
-    ReadNamedFile(path); // for its reason: the library gives none
-    font.reset(OrnMinRenderLoadCbfFont(path.c_str()));
-    if (!font)
-        throw Failure(path + ": not a CBF font, or cut short");
-    return font;
+// Nothing when there are errors, of which it has told.
+std::optional<std::vector<Overlay>> LoadScript(const Options &options) {
+    const ScriptSettings settings{!options.fontPath.empty(), !options.tracksPath.empty(),
+                                  options.colours, options.shape,
+                                  std::filesystem::path(options.scriptPath).parent_path()};
+    Script script;
+    if (!options.scriptPath.empty())
+        script = ParseScript(ReadNamedFile(options.scriptPath), settings);
+    if (!SayErrors(options.scriptPath, script.errors))
+        return std::nullopt;
+    const auto isPerBox = [](const Overlay &overlay) { return overlay.perBox; };
+    if (settings.hasTracks &&
+        std::none_of(script.overlays.begin(), script.overlays.end(), isPerBox)) {
+        const Script shown = ParseScript(TrackScript(settings.hasFont), settings);
+        script.overlays.insert(script.overlays.end(), shown.overlays.begin(), shown.overlays.end());
+    }
+    return script.overlays;
 }
 
-// ---- Frames ----
+std::optional<Tracks> LoadTracks(const Options &options) {
+    if (options.tracksPath.empty())
+        return Tracks();
+    FileErrors errors;
+    Tracks tracks(ReadNamedFile(options.tracksPath), options.tracks, errors);
+    if (!SayErrors(options.tracksPath, errors))
+        return std::nullopt;
+    return tracks;
+}
 
-// A frame in memory and the way it lies in a stream: rows of luma, then rows of U,V pairs, without
-// padding. One stride serves both planes, so luma rows of odd width are a byte apart in memory.
-class Frame {
+using Font = std::unique_ptr<OrnMinRenderFont, decltype(&OrnMinRenderDestroyFont)>;
+
+// A font for each direction in use, since turning one empties its glyph cache.
+class Fonts {
   public:
-    explicit Frame(const Options &options)
-        : width(static_cast<size_t>(options.width)), height(static_cast<size_t>(options.height)),
-          stride((width + 1) / 2 * 2),
-          chromaRows(options.format == Format::YUV420SP ? (height + 1) / 2 : 0),
-          memory(stride * (height + chromaRows)) {
+    Fonts(const std::string &path, const std::vector<Overlay> &overlays) {
+        if (path.empty())
+            return;
+        ReadNamedFile(path); // for its reason: the library gives none
+        Load(path, OrnMinRenderTextDirectionNormal);
+        for (const Overlay &overlay : overlays)
+            Load(path, overlay.textStyle.direction);
     }
 
-    OrnMinRenderImage Image() {
-        OrnMinRenderImage image{};
-        image.width = static_cast<int32_t>(width);
-        image.height = static_cast<int32_t>(height);
-        image.stride = static_cast<int64_t>(stride);
-        image.yPlane = memory.data();
-        image.uvPlane = chromaRows > 0 ? Chroma() : nullptr;
-        return image;
-    }
-
-    size_t StreamBytes() const {
-        return width * height + stride * chromaRows;
-    }
-
-    // Both return the number of bytes that went through: StreamBytes(), or less at the end of the
-    // input or after an error.
-    size_t Read(std::FILE *file) {
-        return Transfer(
-            [file](uint8_t *bytes, size_t count) { return std::fread(bytes, 1, count, file); });
-    }
-
-    size_t Write(std::FILE *file) {
-        return Transfer([file](const uint8_t *bytes, size_t count) {
-            return std::fwrite(bytes, 1, count, file);
-        });
+    std::array<OrnMinRenderFont *, kDirections> Pointers() const {
+        return {fonts[0].get(), fonts[1].get(), fonts[2].get(), fonts[3].get()};
     }
 
   private:
-    uint8_t *Chroma() {
-        return memory.data() + stride * height;
+    void Load(const std::string &path, int32_t direction) {
+        Font &font = fonts[static_cast<size_t>(direction)];
+        if (font)
+            return;
+        font.reset(OrnMinRenderLoadCbfFont(path.c_str()));
+        if (!font)
+            throw Failure(path + ": not a CBF font, or cut short");
+        OrnMinRenderSetFontDirection(font.get(), direction);
     }
 
-    // Passes the runs of bytes that are contiguous in memory and stream alike.
-    template <typename Pass> size_t Transfer(Pass pass) {
-        if (stride == width)
-            return pass(memory.data(), memory.size());
-        size_t total = 0;
-        for (size_t y = 0; y < height && total == y * width; ++y)
-            total += pass(memory.data() + y * stride, width);
-        if (total == width * height)
-            total += pass(Chroma(), stride * chromaRows);
-        return total;
-    }
-
-    size_t width;
-    size_t height;
-    size_t stride;
-    size_t chromaRows;
-    std::vector<uint8_t> memory;
+    std::array<Font, kDirections> fonts{{{nullptr, OrnMinRenderDestroyFont},
+                                         {nullptr, OrnMinRenderDestroyFont},
+                                         {nullptr, OrnMinRenderDestroyFont},
+                                         {nullptr, OrnMinRenderDestroyFont}}};
 };
+
+// ---- Streams ----
+
+void PrepareStream(std::FILE *stream) {
+    std::setvbuf(stream, nullptr, _IOFBF, kStreamBuffer);
+#ifdef F_SETPIPE_SZ // a wider pipe lets both its ends work longer at a time; others stay as they
+                    // are
+    fcntl(fileno(stream), F_SETPIPE_SZ, static_cast<int>(kStreamBuffer));
+#endif
+}
 
 // False at the end of the input.
 bool ReadFrame(Frame &frame, int64_t frameNumber) {
     const size_t count = frame.Read(stdin);
     if (std::ferror(stdin))
-        throw Failure("standard input: " + SystemReason());
-    if (count > 0 && count < frame.StreamBytes())
+        throw Failure(std::string("standard input: ") + std::strerror(errno));
+    if (count > 0 && count < frame.InputBytes())
         throw Failure("standard input: frame " + std::to_string(frameNumber) +
                       " is cut short: " + std::to_string(count) + " of " +
-                      std::to_string(frame.StreamBytes()) + " bytes");
+                      std::to_string(frame.InputBytes()) + " bytes; are size and format right?");
     return count > 0;
 }
 
 // Flushed, so that a reader sees the frame before the next one has come.
 void WriteFrame(Frame &frame) {
-    if (frame.Write(stdout) < frame.StreamBytes() || std::fflush(stdout) != 0)
-        throw Failure("standard output: " + SystemReason());
+    if (frame.Write(stdout) < frame.OutputBytes() || std::fflush(stdout) != 0)
+        throw Failure(std::string("standard output: ") + std::strerror(errno));
 }
+
+// ---- What is told of the work ----
+
+class Report {
+  public:
+    explicit Report(const Options &all)
+        : options(all), terminal(isatty(STDERR_FILENO) != 0), progress(terminal && WritesFile()) {
+    }
+
+    void Drawn(int64_t frames, Seconds drawing) {
+        drawingTime += drawing;
+        const Clock::time_point now = Clock::now();
+        if (!progress || now - lastProgress < kProgressInterval)
+            return;
+        lastProgress = now;
+        std::fprintf(stderr, "\r%lld frames, %.0f fps ", static_cast<long long>(frames),
+                     static_cast<double>(frames) / Seconds(now - start).count());
+    }
+
+    void Finish(int64_t frames) const {
+        if (progress)
+            std::fputs("\r", stderr);
+        if (frames == 0)
+            Say("note: no frames on standard input");
+        else if (options.stats || terminal)
+            SayStats(static_cast<double>(frames), Seconds(Clock::now() - start).count());
+    }
+
+  private:
+    // Into a pipe, the next program is the one to show progress.
+    static bool WritesFile() {
+        struct stat status {};
+        return fstat(STDOUT_FILENO, &status) == 0 && S_ISREG(status.st_mode);
+    }
+
+    void SayStats(double frames, double total) const {
+        char realTime[64] = "";
+        if (options.framesPerSecond)
+            std::snprintf(realTime, sizeof realTime, " (%.1f times real time)",
+                          frames / total / *options.framesPerSecond);
+        char text[300];
+        std::snprintf(text, sizeof text,
+                      "%.0f frames in %.3f s: %.1f fps%s; drawing %.3f s: %.4f ms a frame, %.2f %% "
+                      "of the time",
+                      frames, total, frames / total, realTime, drawingTime.count(),
+                      1000 * drawingTime.count() / frames, 100 * drawingTime.count() / total);
+        Say(text);
+    }
+
+    const Options &options;
+    bool terminal;
+    bool progress;
+    Clock::time_point start = Clock::now();
+    Clock::time_point lastProgress = start;
+    Seconds drawingTime{0};
+};
 
 // ---- Run ----
 
-// Draws all frames, counting them in the canvas, and returns the time that drawing took.
-Seconds DrawFrames(const std::vector<Overlay> &overlays, Frame &frame, Canvas &canvas) {
+void DrawFrames(const std::vector<Overlay> &overlays, Frame &frame, Canvas &canvas,
+                Report &report) {
     Timeline timeline(overlays);
-    Seconds drawing{0};
-    for (; ReadFrame(frame, canvas.frameNumber); ++canvas.frameNumber) {
+    int64_t frameNumber = 0;
+    for (; ReadFrame(frame, frameNumber); ++frameNumber) {
         const auto start = Clock::now();
-        for (const size_t i : timeline.Advance(canvas.frameNumber))
-            overlays[i].draw(canvas, overlays[i]);
-        drawing += Clock::now() - start;
+        BeginFrame(canvas, frameNumber);
+        for (const size_t i : timeline.Advance(frameNumber))
+            DrawOverlay(canvas, overlays[i]);
+        report.Drawn(frameNumber + 1, Clock::now() - start);
         WriteFrame(frame);
     }
-    return drawing;
+    report.Finish(frameNumber);
 }
 
-void SayStats(int64_t frames, Seconds total, Seconds drawing) {
-    char text[200];
-    std::snprintf(text, sizeof text,
-                  "%lld frames in %.3f s, drawing %.3f s: %.4f ms per frame, %.2f %% of the time",
-                  static_cast<long long>(frames), total.count(), drawing.count(),
-                  1000 * drawing.count() / static_cast<double>(std::max<int64_t>(frames, 1)),
-                  100 * drawing.count() / total.count());
-    Say(text);
-}
-
-void OverlayFrames(const Options &options, const Script &script, OrnMinRenderFont *font) {
-    const auto start = Clock::now();
-    const Context context(OrnMinRenderCreateContext(), OrnMinRenderDestroyContext);
+void OverlayFrames(const Options &options, const std::vector<Overlay> &overlays,
+                   const Tracks &tracks, const Fonts &fonts) {
+    const std::unique_ptr<OrnMinRenderContext, decltype(&OrnMinRenderDestroyContext)> context(
+        OrnMinRenderCreateContext(), OrnMinRenderDestroyContext);
     if (!context)
         throw std::bad_alloc();
-    Frame frame(options);
-    Frame spare(options);
-    Canvas canvas{frame.Image(), spare.Image(), context.get(), font, options.framesPerSecond, 0};
-    const Seconds drawing = DrawFrames(script.overlays, frame, canvas);
-    if (canvas.frameNumber == 0)
-        Say("note: no frames on standard input");
-    if (options.stats)
-        SayStats(canvas.frameNumber, Clock::now() - start, drawing);
+    Frame frame(options.shape);
+    Frame spare(options.shape);
+    Canvas canvas{frame.Image(),
+                  spare.Image(),
+                  context.get(),
+                  fonts.Pointers(),
+                  tracks,
+                  MakePalette(options.colours),
+                  options.framesPerSecond.value_or(kUsualRate)};
+    PrepareStream(stdin);
+    PrepareStream(stdout);
+    Report report(options);
+    DrawFrames(overlays, frame, canvas, report);
 }
 
 int Run(const Options &options) {
-    const Script script = LoadScript(options);
-    if (!script.errors.empty())
+    const std::optional<std::vector<Overlay>> overlays = LoadScript(options);
+    const std::optional<Tracks> tracks = LoadTracks(options);
+    if (!overlays || !tracks)
         return 1;
-    const Font font = LoadFont(options.fontPath);
-    if (!options.check)
-        OverlayFrames(options, script, font.get());
+    const Fonts fonts(options.fontPath, *overlays);
+    if (options.check)
+        return 0;
+    if (isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0) {
+        Say("standard input and output are raw frames: use pipes or files, not a terminal");
+        return 2;
+    }
+    OverlayFrames(options, *overlays, *tracks, fonts);
     return 0;
 }
 
@@ -269,25 +248,11 @@ int Run(const Options &options) {
 
 int main(int argc, char **argv) {
     std::signal(SIGPIPE, SIG_IGN); // a closed output is reported like any other failure to write
-    std::setvbuf(stdin, nullptr, _IOFBF, kStreamBuffer);
-    std::setvbuf(stdout, nullptr, _IOFBF, kStreamBuffer);
     Options options;
-    CLI::App app("Reads raw frames from standard input, burns the overlays of a script into each,\n"
-                 "and writes them to standard output.",
-                 "orn-overlay");
-    AddOptions(app, options);
-    app.set_version_flag("--version", Version());
-    app.footer(ScriptHelp());
+    if (const std::optional<int> code = ParseCommandLine(argc, argv, options))
+        return *code;
     try {
-        app.parse(argc, argv);
-        if (options.width == 0 && !options.check)
-            throw CLI::RequiredError("--size");
         return Run(options);
-    } catch (const CLI::Success &request) { // --help and --version
-        return app.exit(request);
-    } catch (const CLI::ParseError &error) {
-        Say(error.what() + std::string(" (--help tells more)"));
-        return 2;
     } catch (const Failure &failure) {
         Say(failure.what());
     } catch (const std::bad_alloc &) {

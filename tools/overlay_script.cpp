@@ -1,129 +1,85 @@
 // Parsing of scripts. A line is its frames, the name of a command, and the arguments that the table
-// of commands lists for it, always in the order coordinates, colours, option, points or string.
-// Functions named Take... remove what they return from the front of the line.
+// of commands lists for it, always in the order coordinates, colours, options, points or string.
 #include "overlay_script.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <charconv>
-#include <cstdio>
 #include <limits>
-#include <memory>
 #include <numeric>
-#include <stdexcept>
-#include <system_error>
 
 namespace {
 
-constexpr size_t kMaxErrors = 20;
-constexpr size_t kMaxQuoted = 40; // of a wrong word: what is no script at all has very long ones
 constexpr int64_t kLastFrame = std::numeric_limits<int64_t>::max();
-constexpr std::string_view kBlanks = " \t\r"; // the last one: lines may end as on Windows
 
-struct LineError : std::runtime_error {
-    using runtime_error::runtime_error;
+// ---- The language ----
+
+// Which options a command takes.
+enum OptionSet : unsigned { kDash = 1, kHalf = 2, kAlign = 4, kInside = 8, kTurn = 16 };
+constexpr unsigned kPlainText = kAlign | kInside | kTurn;
+
+struct Option {
+    std::string_view name;
+    unsigned set;
+    void (*apply)(Overlay &overlay);
 };
 
-enum class Option { None, Dashed, Half };
-enum class Last { Nothing, Points, String, Picture };
+constexpr Option kOptions[] = {
+    {"dashed", kDash, [](Overlay &o) { o.style = OrnMinRenderLineDashed; }},
+    {"half", kHalf, [](Overlay &o) { o.halfTransparent = true; }},
+    {"left", kAlign, [](Overlay &o) { o.textStyle.horizontal = Edge::Start; }},
+    {"center", kAlign, [](Overlay &o) { o.textStyle.horizontal = Edge::Middle; }},
+    {"centre", kAlign, [](Overlay &o) { o.textStyle.horizontal = Edge::Middle; }},
+    {"right", kAlign, [](Overlay &o) { o.textStyle.horizontal = Edge::End; }},
+    {"top", kAlign, [](Overlay &o) { o.textStyle.vertical = Edge::Start; }},
+    {"middle", kAlign, [](Overlay &o) { o.textStyle.vertical = Edge::Middle; }},
+    {"bottom", kAlign, [](Overlay &o) { o.textStyle.vertical = Edge::End; }},
+    {"inside", kInside, [](Overlay &o) { o.textStyle.inside = true; }},
+    {"down", kTurn, [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirectionDown; }},
+    {"up", kTurn, [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirectionUp; }},
+    {"inverted", kTurn,
+     [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirectionInverted; }},
+};
 
+enum class Last { Nothing, Points, String, Bitmap, Picture };
+
+// Kinds of coordinates, a letter each: x and y are places, w and h lengths, and n counts from 1 on.
 struct Command {
     std::string_view name;
     std::string_view arguments; // as people read them
-    size_t coordinates;
+    std::string_view coordinates;
     size_t colours;
-    Option option;
+    unsigned options; // of OptionSet
     Last last;
-    size_t minPoints;
     DrawFunction draw;
 };
 
 constexpr Command kCommands[] = {
-    {"box", "L T R B COLOUR [dashed]", 4, 1, Option::Dashed, Last::Nothing, 0, DrawBox},
-    {"fill", "L T R B COLOUR", 4, 1, Option::None, Last::Nothing, 0, DrawFill},
-    {"hline", "X0 X1 Y COLOUR [dashed]", 3, 1, Option::Dashed, Last::Nothing, 0, DrawHLine},
-    {"vline", "X Y0 Y1 COLOUR [dashed]", 3, 1, Option::Dashed, Last::Nothing, 0, DrawVLine},
-    {"line", "X0 Y0 X1 Y1 COLOUR [dashed]", 4, 1, Option::Dashed, Last::Nothing, 0, DrawLine},
-    {"polygon", "COLOUR X,Y X,Y X,Y ...", 0, 1, Option::None, Last::Points, 3, DrawPolygon},
-    {"polyline", "COLOUR [dashed] X,Y X,Y ...", 0, 1, Option::Dashed, Last::Points, 2,
-     DrawPolyline},
-    {"loop", "COLOUR [dashed] X,Y X,Y X,Y ...", 0, 1, Option::Dashed, Last::Points, 3, DrawLoop},
-    {"ellipse", "L T R B COLOUR", 4, 1, Option::None, Last::Nothing, 0, DrawEllipse},
-    {"disc", "L T R B COLOUR", 4, 1, Option::None, Last::Nothing, 0, DrawDisc},
-    {"roundbox", "L T R B RX RY COLOUR", 6, 1, Option::None, Last::Nothing, 0, DrawRoundBox},
-    {"roundfill", "L T R B RX RY COLOUR", 6, 1, Option::None, Last::Nothing, 0, DrawRoundFill},
-    {"bitmap", "L T R B COLOUR [half] \"file.pbm\"", 4, 1, Option::Half, Last::Picture, 0,
-     DrawBitmap},
-    {"copy", "L T R B FROM_X FROM_Y", 6, 0, Option::None, Last::Nothing, 0, DrawCopy},
-    {"text", "X Y COLOUR \"string\"", 2, 1, Option::None, Last::String, 0, DrawText},
-    {"outlined", "X Y COLOUR OUTLINE \"string\"", 2, 2, Option::None, Last::String, 0,
-     DrawOutlined},
-    {"label", "X Y COLOUR BACKGROUND \"string\"", 2, 2, Option::None, Last::String, 0, DrawLabel},
-    {"paragraph", "X Y WIDTH COLOUR BACKGROUND \"string\"", 3, 2, Option::None, Last::String, 0,
+    {"box", "L T R B COLOUR [dashed]", "xyxy", 1, kDash, Last::Nothing, DrawBox},
+    {"fill", "L T R B COLOUR", "xyxy", 1, 0, Last::Nothing, DrawFill},
+    {"hline", "X0 X1 Y COLOUR [dashed]", "xxy", 1, kDash, Last::Nothing, DrawHLine},
+    {"vline", "X Y0 Y1 COLOUR [dashed]", "xyy", 1, kDash, Last::Nothing, DrawVLine},
+    {"line", "X0 Y0 X1 Y1 COLOUR [dashed]", "xyxy", 1, kDash, Last::Nothing, DrawLine},
+    {"polyline", "COLOUR [dashed] X,Y X,Y ...", "", 1, kDash, Last::Points, DrawPolyline},
+    {"loop", "COLOUR [dashed] X,Y X,Y X,Y ...", "", 1, kDash, Last::Points, DrawLoop},
+    {"polygon", "COLOUR X,Y X,Y X,Y ...", "", 1, 0, Last::Points, DrawPolygon},
+    {"ellipse", "L T R B COLOUR", "xyxy", 1, 0, Last::Nothing, DrawEllipse},
+    {"disc", "L T R B COLOUR", "xyxy", 1, 0, Last::Nothing, DrawDisc},
+    {"roundbox", "L T R B RX RY COLOUR", "xyxywh", 1, 0, Last::Nothing, DrawRoundBox},
+    {"roundfill", "L T R B RX RY COLOUR", "xyxywh", 1, 0, Last::Nothing, DrawRoundFill},
+    {"bitmap", "L T R B COLOUR [half] \"file.pbm\"", "xyxy", 1, kHalf, Last::Bitmap, DrawBitmap},
+    {"picture", "X Y WIDTH HEIGHT \"file.raw\"", "xynn", 0, 0, Last::Picture, DrawPicture},
+    {"copy", "L T R B FROM_X FROM_Y", "xyxyxy", 0, 0, Last::Nothing, DrawCopy},
+    {"text", "X Y COLOUR [ALIGN] [inside] [TURN] \"string\"", "xy", 1, kPlainText, Last::String,
+     DrawText},
+    {"outlined", "X Y COLOUR OUTLINE [ALIGN] [inside] [TURN] \"string\"", "xy", 2, kPlainText,
+     Last::String, DrawOutlined},
+    {"label", "X Y COLOUR BACKGROUND [ALIGN] [TURN] \"string\"", "xy", 2, kAlign | kTurn,
+     Last::String, DrawLabel},
+    {"paragraph", "X Y WIDTH COLOUR BACKGROUND [ALIGN] \"string\"", "xyw", 2, kAlign, Last::String,
      DrawParagraph},
+    {"measure", "X Y [ALIGN] [inside] [TURN] \"string\"", "xy", 0, kPlainText, Last::String,
+     DrawMeasure},
+    {"trail", "FRAMES COLOUR [dashed]", "n", 1, kDash, Last::Nothing, DrawTrail},
 };
-
-struct NamedColour {
-    std::string_view name;
-    uint32_t rgb;
-};
-
-constexpr NamedColour kColours[] = {
-    {"black", 0x000000},   {"white", 0xffffff}, {"grey", 0x808080}, {"gray", 0x808080},
-    {"red", 0xff0000},     {"green", 0x00ff00}, {"blue", 0x0000ff}, {"yellow", 0xffff00},
-    {"magenta", 0xff00ff}, {"cyan", 0x00ffff},  {"pink", 0xff80c0}, {"orange", 0xff8000},
-    {"purple", 0x8000ff},  {"brown", 0x804000},
-};
-
-// ---- Words ----
-
-std::string Quoted(std::string_view word) {
-    std::string shown(word.substr(0, kMaxQuoted));
-    const auto isControl = [](unsigned char c) { return c < ' ' || c == 127; };
-    std::replace_if(shown.begin(), shown.end(), isControl, '?'); // they would command a terminal
-    return "'" + shown + (word.size() > kMaxQuoted ? "...'" : "'");
-}
-
-// A wrong argument as a message ends in it: "expected a colour, found ...".
-std::string Found(std::string_view word) {
-    return word.empty() ? "the end of the line" : Quoted(word);
-}
-
-std::string_view WithoutBlanksBefore(std::string_view line) {
-    return line.substr(std::min(line.find_first_not_of(kBlanks), line.size()));
-}
-
-// The next word without taking it; empty at the end of the line.
-std::string_view NextWord(std::string_view line) {
-    line = WithoutBlanksBefore(line);
-    return line.substr(0, line.find_first_of(kBlanks));
-}
-
-std::string_view TakeWord(std::string_view &line) {
-    const std::string_view word = NextWord(line);
-    line = WithoutBlanksBefore(line);
-    line.remove_prefix(word.size());
-    return word;
-}
-
-bool StartsLikeNumber(std::string_view word) {
-    return !word.empty() && (word[0] == '-' || (word[0] >= '0' && word[0] <= '9'));
-}
-
-template <typename Integer> Integer ParseNumber(std::string_view word, const char *typeName) {
-    Integer number{};
-    const char *end = word.data() + word.size();
-    const auto result = std::from_chars(word.data(), end, number);
-    if (result.ptr != end || result.ec == std::errc::invalid_argument)
-        throw LineError("bad number " + Quoted(word));
-    if (result.ec == std::errc::result_out_of_range)
-        throw LineError("number out of " + std::string(typeName) + " range " + Quoted(word));
-    return number;
-}
-
-int32_t ParseCoordinate(std::string_view word) {
-    return ParseNumber<int32_t>(word, "int32");
-}
 
 // ---- Frames ----
 
@@ -134,10 +90,11 @@ int64_t ParseFrame(std::string_view word) {
 void TakeFrames(std::string_view &line, Overlay &overlay) {
     const std::string_view word = TakeWord(line);
     overlay.lastFrame = kLastFrame;
-    if (word == "*")
+    overlay.perBox = word == "tracks";
+    if (word == "*" || overlay.perBox)
         return;
-    if (!StartsLikeNumber(word) || word[0] == '-')
-        throw LineError("bad frames " + Quoted(word) + ": expected *, N, N-M or N-");
+    if (!IsDigit(word[0]))
+        throw LineError("bad frames " + Quoted(word) + ": expected *, N, N-M, N- or tracks");
     const size_t dash = word.find('-');
     overlay.firstFrame = ParseFrame(word.substr(0, dash));
     if (dash == std::string_view::npos)
@@ -161,69 +118,84 @@ const Command &TakeCommand(std::string_view &line) {
     return *command;
 }
 
-void TakeCoordinates(std::string_view &line, size_t count, Overlay &overlay) {
+// "+N" counts from the coordinate before it, so there has to be one.
+void AddPlace(std::string_view word, Axis axis, Overlay &overlay) {
+    const Place place = ParsePlace(word, axis);
+    const auto &places = overlay.places;
+    const auto sameAxis = [axis](const Place &other) { return other.axis == axis; };
+    if (place.source == Source::Before && std::none_of(places.begin(), places.end(), sameAxis))
+        throw LineError("no coordinate before " + Quoted(word) + " to count from");
+    if (place.source == Source::Box && !overlay.perBox)
+        throw LineError(Quoted(word) + " has a meaning in lines of 'tracks' only");
+    overlay.places.push_back(place);
+}
+
+void AddCount(std::string_view word, Overlay &overlay) {
+    Place count;
+    count.offset = ParseNumber<int32_t>(word, "int32");
+    if (count.offset < 1 || count.offset > kMaxSide)
+        throw LineError("bad number " + Quoted(word) + ": expected 1 to " +
+                        std::to_string(kMaxSide));
+    overlay.places.push_back(count);
+}
+
+void AddCoordinate(std::string_view word, char kind, Overlay &overlay) {
+    if (kind == 'n')
+        AddCount(word, overlay);
+    else if (kind == 'w' || kind == 'h')
+        overlay.places.push_back(ParseLength(word, kind == 'w' ? Axis::X : Axis::Y));
+    else
+        AddPlace(word, kind == 'x' ? Axis::X : Axis::Y, overlay);
+}
+
+void TakeCoordinates(std::string_view &line, const Command &command, Overlay &overlay) {
+    for (size_t i = 0; i < command.coordinates.size(); ++i) {
+        const std::string_view word = TakeWord(line);
+        if (word.empty())
+            throw LineError("expected " + std::string(command.arguments) +
+                            ", found the end of the line");
+        AddCoordinate(word, command.coordinates[i], overlay);
+    }
+}
+
+void TakeColours(std::string_view &line, size_t count, const ColourSpace &space, Overlay &overlay) {
     for (size_t i = 0; i < count; ++i) {
         const std::string_view word = TakeWord(line);
-        if (!StartsLikeNumber(word))
-            throw LineError("expected " + std::to_string(count) + " coordinates, found " +
-                            std::to_string(i) + (word.empty() ? "" : " and then " + Quoted(word)));
-        overlay.coordinates[i] = ParseCoordinate(word);
+        overlay.paints[i].ofId = overlay.perBox && word == "id";
+        if (!overlay.paints[i].ofId)
+            overlay.paints[i].colour = ColourOf(ParseColour(word), space);
     }
 }
 
-uint32_t ParseHexColour(std::string_view word) {
-    uint32_t rgb = 0;
-    const char *end = word.data() + word.size();
-    const auto result = std::from_chars(word.data() + 1, end, rgb, 16);
-    if (word.size() != 7 || result.ptr != end)
-        throw LineError("bad colour " + Quoted(word) + ": expected #rrggbb");
-    return rgb;
-}
-
-uint32_t ParseColour(std::string_view word) {
-    if (word.empty() || word[0] == '"')
-        throw LineError("expected a colour, found " + Found(word));
-    if (word[0] == '#')
-        return ParseHexColour(word);
-    for (const NamedColour &colour : kColours)
-        if (colour.name == word)
-            return colour.rgb;
-    throw LineError("bad colour " + Quoted(word) + ": no such name");
-}
-
-void TakeColours(std::string_view &line, size_t count, Overlay &overlay) {
-    for (size_t i = 0; i < count; ++i) {
-        const uint32_t rgb = ParseColour(TakeWord(line));
-        const uint8_t bytes[] = {static_cast<uint8_t>(rgb >> 16), static_cast<uint8_t>(rgb >> 8),
-                                 static_cast<uint8_t>(rgb)};
-        OrnMinRenderRGB2YUV(&overlay.colours[i].y, bytes);
+void TakeOptions(std::string_view &line, unsigned allowed, Overlay &overlay) {
+    for (;;) {
+        const std::string_view word = NextWord(line);
+        const auto option =
+            std::find_if(std::begin(kOptions), std::end(kOptions),
+                         [&](const Option &o) { return o.name == word && (o.set & allowed) != 0; });
+        if (option == std::end(kOptions))
+            return;
+        option->apply(overlay);
+        TakeWord(line);
     }
 }
 
-void TakeOption(std::string_view &line, Option option, Overlay &overlay) {
-    const std::string_view word = NextWord(line);
-    if (option == Option::Dashed && word == "dashed")
-        overlay.style = OrnMinRenderLineDashed;
-    else if (option == Option::Half && word == "half")
-        overlay.halfTransparent = true;
-    else
-        return;
-    TakeWord(line);
-}
-
-OrnMinRenderPoint ParsePoint(std::string_view word) {
+void AddPoint(std::string_view word, Overlay &overlay) {
     const size_t comma = word.find(',');
-    if (comma == std::string_view::npos || comma + 1 == word.size())
+    if (comma == std::string_view::npos)
         throw LineError("bad point " + Quoted(word) + ": expected X,Y");
-    return {ParseCoordinate(word.substr(0, comma)), ParseCoordinate(word.substr(comma + 1))};
+    AddPlace(word.substr(0, comma), Axis::X, overlay);
+    AddPlace(word.substr(comma + 1), Axis::Y, overlay);
 }
 
-void TakePoints(std::string_view &line, size_t minCount, Overlay &overlay) {
+void TakePoints(std::string_view &line, const Command &command, Overlay &overlay) {
+    const size_t minCount = command.draw == DrawPolyline ? 2 : 3;
     while (!NextWord(line).empty())
-        overlay.points.push_back(ParsePoint(TakeWord(line)));
-    if (overlay.points.size() < minCount)
+        AddPoint(TakeWord(line), overlay);
+    const size_t count = overlay.places.size() / 2;
+    if (count < minCount)
         throw LineError("expected at least " + std::to_string(minCount) + " points, found " +
-                        std::to_string(overlay.points.size()));
+                        std::to_string(count));
 }
 
 // ---- Strings ----
@@ -282,99 +254,117 @@ void TakeString(std::string_view &line, Overlay &overlay) {
     overlay.text = TakeQuoted(line);
     if (!IsDrawableUtf8(overlay.text))
         throw LineError("the string is not UTF-8");
-    overlay.hasPlaceholders = overlay.text.find(kFramePlaceholder) != std::string::npos ||
-                              overlay.text.find(kTimePlaceholder) != std::string::npos;
+    overlay.hasPlaceholders = overlay.text.find('{') != std::string::npos;
 }
 
-void TakePicture(std::string_view &line, Overlay &overlay) {
-    const std::string path = TakeQuoted(line);
+void LoadBitmap(const std::string &path, Overlay &overlay) {
+    overlay.bitmap = ParsePbm(ReadFile(path));
+}
+
+void OpenPicture(const std::string &path, const FrameShape &frames, Overlay &overlay) {
+    FrameShape shape;
+    shape.width = static_cast<int32_t>(overlay.places[2].offset);
+    shape.height = static_cast<int32_t>(overlay.places[3].offset);
+    shape.format = frames.format;
+    overlay.clip = std::make_shared<Clip>(path, shape);
+}
+
+void TakeFile(std::string_view &line, Last kind, const ScriptSettings &settings, Overlay &overlay) {
+    const std::string path = (settings.folder / TakeQuoted(line)).string();
     try {
-        overlay.bitmap = ParsePbm(ReadFile(path));
-    } catch (const PbmError &error) {
-        throw LineError(path + ": " + error.what());
+        if (kind == Last::Bitmap)
+            LoadBitmap(path, overlay);
+        else
+            OpenPicture(path, settings.shape, overlay);
     } catch (const std::system_error &error) {
         throw LineError(path + ": " + error.code().message());
+    } catch (const std::runtime_error &error) {
+        throw LineError(path + ": " + error.what());
     }
 }
 
 // ---- Lines ----
 
-void TakeArguments(std::string_view &line, const Command &command, Overlay &overlay) {
-    TakeCoordinates(line, command.coordinates, overlay);
-    TakeColours(line, command.colours, overlay);
-    TakeOption(line, command.option, overlay);
+void TakeArguments(std::string_view &line, const Command &command, const ScriptSettings &settings,
+                   Overlay &overlay) {
+    TakeCoordinates(line, command, overlay);
+    TakeColours(line, command.colours, settings.colours, overlay);
+    TakeOptions(line, command.options, overlay);
     if (command.last == Last::Points)
-        TakePoints(line, command.minPoints, overlay);
+        TakePoints(line, command, overlay);
     if (command.last == Last::String)
         TakeString(line, overlay);
-    if (command.last == Last::Picture)
-        TakePicture(line, overlay);
+    if (command.last == Last::Bitmap || command.last == Last::Picture)
+        TakeFile(line, command.last, settings, overlay);
     if (!NextWord(line).empty())
         throw LineError("unexpected " + Quoted(NextWord(line)) + " after the arguments");
 }
 
-Overlay ParseLine(std::string_view line, bool hasFont) {
+void RequireInputs(const Command &command, const ScriptSettings &settings, const Overlay &overlay) {
+    if (command.last == Last::String && !settings.hasFont)
+        throw LineError(Quoted(command.name) + " needs a font: name one by --font");
+    if (overlay.perBox && !settings.hasTracks)
+        throw LineError("'tracks' needs tracked boxes: name their file by --tracks");
+    if (command.draw == DrawTrail && !overlay.perBox)
+        throw LineError("'trail' has a meaning in lines of 'tracks' only");
+}
+
+Overlay ParseLine(std::string_view line, const ScriptSettings &settings) {
     Overlay overlay;
     TakeFrames(line, overlay);
     const Command &command = TakeCommand(line);
     overlay.draw = command.draw;
-    TakeArguments(line, command, overlay);
-    if (command.last == Last::String && !hasFont)
-        throw LineError(Quoted(command.name) + " needs a font: name one by --font");
+    overlay.textStyle.inside = command.draw == DrawLabel || command.draw == DrawParagraph;
+    TakeArguments(line, command, settings, overlay);
+    RequireInputs(command, settings, overlay);
     return overlay;
 }
 
-bool IsEmptyOrComment(std::string_view line) {
-    const std::string_view word = NextWord(line);
-    return word.empty() || word[0] == '#';
-}
-
-std::string_view TakeLine(std::string_view &content) {
-    const std::string_view line = content.substr(0, content.find('\n'));
-    content.remove_prefix(std::min(line.size() + 1, content.size()));
-    return line;
+// Places that count from a text wait for one; without any, they would wait for ever.
+void RequireTextBefore(const Overlay &overlay, const std::vector<Overlay> &before) {
+    const auto countsFromText = [](const Place &place) { return place.source == Source::Text; };
+    const auto isText = [](const Overlay &other) { return !other.text.empty(); };
+    if (std::any_of(overlay.places.begin(), overlay.places.end(), countsFromText) &&
+        std::none_of(before.begin(), before.end(), isText))
+        throw LineError("no text in the lines before to count from");
 }
 
 } // namespace
 
-std::string ReadFile(const std::string &path) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(path.c_str(), "rb"),
-                                                                std::fclose);
-    std::string content;
-    char part[65536];
-    while (const size_t count = file ? std::fread(part, 1, sizeof part, file.get()) : 0)
-        content.append(part, count);
-    if (!file || std::ferror(file.get()))
-        throw std::system_error(errno, std::generic_category());
-    return content;
-}
-
-Script ParseScript(std::string_view content, bool hasFont) {
+Script ParseScript(std::string_view content, const ScriptSettings &settings) {
     Script script;
-    for (size_t lineNumber = 1; !content.empty() && script.complete; ++lineNumber) {
-        const std::string_view line = TakeLine(content);
-        if (IsEmptyOrComment(line))
-            continue;
-        try {
-            script.overlays.push_back(ParseLine(line, hasFont));
-        } catch (const LineError &error) {
-            script.errors.push_back({lineNumber, error.what()});
-            script.complete = script.errors.size() < kMaxErrors;
-        }
-    }
+    ParseLines(content, script.errors, [&](std::string_view line) {
+        Overlay overlay = ParseLine(line, settings);
+        RequireTextBefore(overlay, script.overlays);
+        script.overlays.push_back(std::move(overlay));
+    });
     return script;
 }
 
+std::string_view TrackScript(bool hasFont) {
+    constexpr std::string_view kBoxes = "tracks box box.left box.top box.right-1 box.bottom-1 id\n";
+    constexpr std::string_view kBoth = "tracks box box.left box.top box.right-1 box.bottom-1 id\n"
+                                       "tracks label box.left box.top black id bottom \"{id}\"\n";
+    return hasFont ? kBoth : kBoxes;
+}
+
 std::string ScriptHelp() {
-    std::string help = "Script: one overlay a line, as FRAMES COMMAND ARGUMENTS.\n"
-                       "FRAMES: * (all), 12, 10-50 (both included), 10- (to the end).\n"
-                       "COMMAND ARGUMENTS:\n";
+    std::string help =
+        "Script: one overlay a line, as FRAMES COMMAND ARGUMENTS. # begins a line of comment.\n"
+        "FRAMES: * (all), 12, 10-50 (both included), 10- (to the end), or tracks (for\n"
+        "each box of --tracks).\n"
+        "COMMAND ARGUMENTS:\n";
     for (const Command &command : kCommands)
         help.append("  ").append(command.name).append(" ").append(command.arguments).append("\n");
-    help += "COLOUR: #rrggbb or";
-    for (const NamedColour &colour : kColours)
-        help.append(" ").append(colour.name);
-    return help + ".\nString: \\\" \\\\ \\n, and {frame} and {time} for each frame's own.";
+    help += "Coordinates: 12, 50%, right-20, center, bottom-5%, +80 (from the one before), "
+            "text.right+4\n"
+            "(of the last text), box.top (of the tracked box).\n"
+            "ALIGN: what lies at X Y: left, center or right; top, middle or bottom.\n"
+            "TURN: down, up or inverted.\n"
+            "COLOUR: #rrggbb, id (the tracked box's own) or";
+    return help + ColourNames() +
+           ".\nString: \\\" \\\\ \\n, and {frame} {time} {id} {conf} for their values.\n"
+           "man orn-overlay tells all.";
 }
 
 Timeline::Timeline(const std::vector<Overlay> &list) : overlays(list), byStart(list.size()) {

@@ -1,29 +1,37 @@
 // Scripts of orn-overlay: text to overlays, one a line, and the order in which frames need them.
 #pragma once
 
+#include "overlay_colour.h"
 #include "overlay_draw.h"
+#include "overlay_frame.h"
+#include "overlay_words.h"
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
 
-struct ScriptError {
-    size_t line; // from 1
-    std::string reason;
+// What a script needs to know of the command line.
+struct ScriptSettings {
+    bool hasFont = false;
+    bool hasTracks = false;
+    ColourSpace colours;
+    FrameShape shape;
+    std::filesystem::path folder; // from which it names files
 };
 
 struct Script {
     std::vector<Overlay> overlays; // in the order of the lines
-    std::vector<ScriptError> errors;
-    bool complete = true; // false: reading stopped at the last of too many errors
+    FileErrors errors;
 };
 
 // Reads a whole script, and the pictures that it names. A line that can't be understood gives an
-// error in place of an overlay, and so does text when there is no font.
-Script ParseScript(std::string_view content, bool hasFont);
+// error in place of an overlay, and so does what needs a font, tracks or a size that is not there.
+Script ParseScript(std::string_view content, const ScriptSettings &settings);
 
-// The whole content of a file. Throws std::system_error.
-std::string ReadFile(const std::string &path);
+// What shows tracked boxes when the script says nothing of them: their outlines, and labels if
+// there is a font.
+std::string_view TrackScript(bool hasFont);
 
 // The commands and colours of the script, as --help shows them.
 std::string ScriptHelp();

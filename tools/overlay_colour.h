@@ -1,0 +1,30 @@
+// Colours as the script names them, and as the frames hold them.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <orn_min_render.h>
+#include <string>
+#include <string_view>
+
+enum class Range { Full, Limited };
+enum class Matrix { Bt601, Bt709 };
+
+struct ColourSpace {
+    Range range = Range::Full;
+    Matrix matrix = Matrix::Bt601;
+};
+
+// Of "#rrggbb" or a name. Throws LineError.
+uint32_t ParseColour(std::string_view word);
+
+// The colour of 0xrrggbb. Full range and BT.601 is what the library computes.
+OrnMinRenderColour ColourOf(uint32_t rgb, const ColourSpace &space);
+
+// The colours by which tracked boxes are told apart: bright, so that black text can be read on
+// them.
+using Palette = std::array<OrnMinRenderColour, 8>;
+Palette MakePalette(const ColourSpace &space);
+
+// All names, each with a blank before it.
+std::string ColourNames();

@@ -1,0 +1,90 @@
+#include "overlay_frame.h"
+
+#include "overlay_words.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <sys/types.h>
+
+Frame::Frame(const FrameShape &shape)
+    : width(static_cast<size_t>(shape.width)), height(static_cast<size_t>(shape.height)),
+      chromaRows(shape.format == Format::YUV420SP ? (height + 1) / 2 : 0),
+      input(StridesOf(shape.inputStride)), output(StridesOf(shape.outputStride)),
+      stride(std::max({input.luma, input.chroma, output.luma, output.chroma})),
+      memory(stride * (height + chromaRows)) {
+}
+
+// Without padding, luma rows of odd width are a byte shorter than those of the chroma plane.
+Frame::Strides Frame::StridesOf(int64_t padded) const {
+    if (padded > 0)
+        return {static_cast<size_t>(padded), static_cast<size_t>(padded)};
+    return {width, chromaRows > 0 ? (width + 1) / 2 * 2 : width};
+}
+
+size_t Frame::Bytes(const Strides &strides) const {
+    return strides.luma * height + strides.chroma * chromaRows;
+}
+
+OrnMinRenderImage Frame::Image() {
+    OrnMinRenderImage image{};
+    image.width = static_cast<int32_t>(width);
+    image.height = static_cast<int32_t>(height);
+    image.stride = static_cast<int64_t>(stride);
+    image.yPlane = memory.data();
+    image.uvPlane = chromaRows > 0 ? memory.data() + stride * height : nullptr;
+    return image;
+}
+
+// Passes the runs of bytes that are contiguous in memory and stream alike, until one falls short.
+template <typename Pass> size_t Frame::Transfer(const Strides &strides, Pass pass) {
+    if (strides.luma == stride && (chromaRows == 0 || strides.chroma == stride))
+        return pass(memory.data(), memory.size());
+    size_t total = 0;
+    for (size_t y = 0; y < height + chromaRows; ++y) {
+        const size_t length = y < height ? strides.luma : strides.chroma;
+        const size_t count = pass(memory.data() + y * stride, length);
+        total += count;
+        if (count < length)
+            break;
+    }
+    return total;
+}
+
+size_t Frame::Read(std::FILE *file) {
+    return Transfer(
+        input, [file](uint8_t *bytes, size_t count) { return std::fread(bytes, 1, count, file); });
+}
+
+size_t Frame::Write(std::FILE *file) {
+    return Transfer(output, [file](const uint8_t *bytes, size_t count) {
+        return std::fwrite(bytes, 1, count, file);
+    });
+}
+
+Clip::Clip(const std::string &name, const FrameShape &shape)
+    : path(name), file(std::fopen(name.c_str(), "rb"), std::fclose), frame(shape),
+      image(frame.Image()) {
+    if (!file || fseeko(file.get(), 0, SEEK_END) != 0)
+        throw std::system_error(errno, std::generic_category());
+    const auto frameBytes = static_cast<int64_t>(frame.InputBytes());
+    const int64_t bytes = ftello(file.get());
+    count = bytes / frameBytes;
+    if (count == 0 || bytes % frameBytes != 0)
+        throw LineError("its " + std::to_string(bytes) + " bytes are no whole frames of " +
+                        std::to_string(frameBytes));
+}
+
+const OrnMinRenderImage &Clip::FrameAt(int64_t index) {
+    index %= count;
+    if (index == shown)
+        return image;
+    const auto offset = static_cast<off_t>(index) * static_cast<off_t>(frame.InputBytes());
+    errno = 0;                                 // stays so at the end of the file
+    const bool following = index == shown + 1; // seeking would drop what was read ahead
+    if ((!following && fseeko(file.get(), offset, SEEK_SET) != 0) ||
+        frame.Read(file.get()) < frame.InputBytes())
+        throw Failure(path + ": " + (errno != 0 ? std::strerror(errno) : "it has become shorter"));
+    shown = index;
+    return image;
+}
