@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Measure where the people walk in a clip from one fixed camera.
 
-Usage: measure-tracks.py CLIP > vtest-tracks.txt
+Usage: measure-tracks.py CLIP > vtest-tracks.csv
 Needs: OpenCV and NumPy (Debian: python3-opencv). CLIP is vtest.avi of Debian's opencv-doc.
 
 How it works, over the whole clip at once (nothing is live, so every step may look ahead):
@@ -269,11 +269,11 @@ def main():
 # Between key frames each edge moves evenly; before the first and after the last there is no box.
 # People cut off by the picture's border have boxes that end there. Ids count from 1 in order of
 # appearance; who was long out of sight comes back under a new one.
-# Frames count from 0; edges are in pixels from the picture's top left corner, right and bottom being
-# the first pixel outside.
-# frame id left top right bottom""" % (cv2.__version__, KEY))
-    for row in rows:
-        print(*row)
+# Rows are as in MOTChallenge: frames count from 1, edges are in pixels from the picture's top left
+# corner, and the confidence says nothing.
+frame,id,left,top,width,height,confidence""" % (cv2.__version__, KEY))
+    for n, i, left, top, right, bottom in rows:
+        print(n + 1, i, left, top, right - left, bottom - top, 1, sep=",")
 
 
 if __name__ == "__main__":

@@ -56,9 +56,19 @@ cat >wrong.txt <<'SCRIPT'
 * text 1 2 red "no end
 * line 1 2 3 99999999999 red
 * box 1 2 3 4 red dotted
+* box top 2 3 4 red
+* box 1 2 right- 4 red
+* box +1 2 3 4 red
+* box 1% 2%% 3 4 red
+* box text.left 2 3 4 red
+* box box.left 2 3 4 red
+* box 1 2 3 4 id
+* label 1 2 red red middel "x"
+* picture 0 0 3 3 "wrong.txt"
+* trail 9 red
 SCRIPT
 expect 1 "wrong.txt:3: unknown command 'blob'" "$overlay" --size 8x6 --font sans.cbf wrong.txt
-for line in 4 5 6 7 8 9; do
+for line in $(seq 4 19); do
     grep -q "^orn-overlay: wrong.txt:$line: " errors || fail "line $line is not refused"
 done
 echo '* text 1 2 red "a"' >text.txt
@@ -68,6 +78,8 @@ expect 1 'wrong.txt: not a CBF font' "$overlay" --size 8x6 --font wrong.txt text
 expect 2 'size' "$overlay" text.txt
 expect 2 'size' "$overlay" --size 0x6 text.txt
 expect 2 'format' "$overlay" --size 8x6 --format rgb text.txt
+expect 2 'terminal\|SCRIPT' "$overlay" --size 8x6
+expect 2 'stride: expected at least 8' "$overlay" --size 7x6 --stride 7 text.txt
 expect 0 'no frames' "$overlay" --size 8x6 --font sans.cbf text.txt
 expect 0 '' "$overlay" --check --font sans.cbf text.txt
 
@@ -136,9 +148,95 @@ for script in "$repository"/docs/gallery/*.txt; do
         fail "$script has errors"
 done
 
+# ---- orn-overlay: places, tracks and layouts ----
+# The two scripts of a row (where | stands for the end of a line) draw the same into two frames.
+printf 'frame,id,left,top,width,height,conf\n1,7,10,4,4.6,3,0.9\n\n2, 2.0e0 ,60,2,20,5\n' >tracks.csv
+printf '1,3,4,4,9,9,0.1\r\n# a gap\n1,1,8,4,4,4\r\n3,1,16,6,8,4,-1,-1,-1\n' >gap.csv
+while IFS='=' read -r files one other; do
+    for script in one other; do
+        eval "printf '%s' \"\$$script\"" | tr '|' '\n' >$script.txt
+        bytes $((3 * 64 * 24)) 000 >in
+        input=in expect 0 '' "$overlay" --size 64x24 --format y8 --font sans.cbf $files $script.txt
+        mv output $script.out
+        files=
+    done
+    cmp -s one.out other.out || fail "not the same: $one: $other"
+    cmp -s one.out in && fail "draws nothing: $one"
+done <<'TABLE'
+=* fill right-8 bottom-4 right bottom white=* fill 56 20 64 24 white
+=* fill center-50% 25% centre+2 top+50% white=* fill 0 6 34 12 white
+=* fill 4 5 +10 +6 white=* fill 4 5 14 11 white
+=* polygon white 9,2 +20,+0 +-5,+50%=* polygon white 9,2 29,2 24,14
+=* roundfill left top right bottom 25% 6 white=* roundfill 0 0 64 24 16 6 white
+=* hline -9 right 4 white=* hline -2147483648 64 4 white
+=* label right bottom white white "ab"=* label 99 99 white white "ab"
+=* label center 1 white red "a"=* label 32 1 white red center "a"
+=* label 3 0 white white "ab"=* measure 9 6 left top "ab"|* fill text.left-6 text.top-6 text.right+6 text.bottom+6 white
+=* label 3 0 white white "ab"=* label 3 0 red red "ab"|* fill text.left text.top text.right text.bottom white
+=* outlined 99 99 white red inside "a"=* outlined right-3 bottom-3 white red "a"
+=* text center center white down "a"=* text 32 12 white center middle down "a"
+=* fill 1 1 2 2 white|1 text 3 20 red "a"|0 fill text.left 0 9 9 white=* fill 1 1 2 2 white|1 text 3 20 red "a"
+--tracks tracks.csv=tracks fill box.left box.top box.right box.bottom white=0 fill 10 4 15 7 white|1 fill 60 2 80 7 white
+--tracks tracks.csv=* fill 0 0 1 1 red=* fill 0 0 1 1 red|0 box 10 4 14 6 #2fe0c0|0 label 10 4 black #2fe0c0 bottom "7"|1 box 60 2 79 6 #35c4ff|1 label 60 2 black #35c4ff bottom "2"
+--tracks gap.csv --max-gap 2 --min-confidence -1=tracks disc box.left box.top box.right box.bottom white=0 disc 4 4 13 13 white|0 disc 8 4 12 8 white|1 disc 12 5 18 9 white|2 disc 16 6 24 10 white
+--tracks gap.csv --max-gap 2 --min-confidence 0.5=tracks fill box.left box.top box.right box.bottom white=0 fill 8 4 12 8 white
+--tracks gap.csv --max-gap 2=tracks trail 1 white=1 line 15 9 10 8 white|2 line 20 10 15 9 white
+--tracks gap.csv --first-frame 0=tracks label box.center 20 white red "{id} {conf}"=1 label 10 20 white red center "1 1.00"|1 label 8 20 white red center "3 0.10"
+TABLE
+while IFS='=' read -r row reason; do
+    printf 'frame,id\n%s\n' "$row" >bad.csv
+    expect 1 "bad.csv:2: $reason" "$overlay" --check --tracks bad.csv
+done <<'TABLE'
+1,2,3=expected frame,id.* found 3 values
+0,1,2,3,4,5=bad frame '0': the first one is 1
+1,1.5,2,3,4,5=bad id '1.5'
+1,1,nan,3,4,5=bad left 'nan'
+1,1,2,3,-4,5=bad width '-4'
+1,1,2,3,4,5,high=bad confidence 'high'
+TABLE
+echo 'tracks fill 1 1 2 2 red' >tracks.txt
+expect 1 'tracks.txt:1: .*needs tracked boxes' "$overlay" --check tracks.txt
+for turn in '' down up inverted; do
+    echo "* text 30 12 white $turn \"ab\"" >turn.txt
+    input=in "$overlay" --size 64x24 --format y8 --font sans.cbf turn.txt <in | cksum
+done | sort -u >turns
+[ "$(wc -l <turns)" = 4 ] || fail "four directions of text look like $(wc -l <turns)"
+
+# colour OPTIONS COLOUR YUV: what a fill leaves in a frame of 2 x 1 pixels.
+while IFS='=' read -r options colour expected; do
+    echo "* fill 0 0 2 1 $colour" >colour.txt
+    bytes 4 000 >in
+    input=in expect 0 '' "$overlay" --size 2x1 $options colour.txt
+    [ "$(od -An -tu1 output | tr -s ' ')" = " $expected" ] || fail "$options $colour: $(od -An -tu1 output)"
+done <<'TABLE'
+--range limited=white=235 235 128 128
+--range limited=red=81 81 90 240
+--range limited --matrix BT709=#ff0000=63 63 102 240
+--matrix bt709=blue=18 18 255 116
+TABLE
+
+# Rows of 5 luma pixels in 8 bytes, of which the padding passes; then with other padding, or none.
+echo '0 fill 4 0 5 1 white' >fill.txt
+printf 'abcdeABCfghijDEFuvuvuvGHabcdeABCfghijDEFuvuvuvGH' >in
+{ printf abcd; bytes 1 376; printf ABCfghijDEFuvuv; bytes 2 200; printf GHabcdeABCfghijDEFuvuvuvGH; } >padded
+input=in expect 0 'times real time' "$overlay" --size 5x2 --stride 8 --stats --fps 9 fill.txt
+cmp -s output padded || fail "padding does not pass unchanged"
+{ printf abcdeA; printf fghijD; printf uvuvuv; } >expected
+input=in expect 0 '' "$overlay" --size 5x2 --stride 8 --output-stride 6 empty.txt
+head -c 18 output | cmp -s - expected || fail "rows are not cut to the output's stride"
+printf abcdefghi >clip.raw
+printf '* picture 1 0 3 1 "clip.raw"\n' >picture.txt
+bytes 20 056 >in
+input=in expect 0 '' "$overlay" --size 5x1 --format y8 picture.txt
+[ "$(cat output)" = .abc..def..ghi..abc. ] || fail "pictures show as $(cat output)"
+expect 1 'picture.txt:1: clip.raw: its 9 bytes' "$overlay" --size 5x1 picture.txt
+[ ! -c /dev/full ] || {
+    expect 1 'standard output: No space' sh -c '"$@" <in >/dev/full' - "$overlay" --size 5x1 empty.txt
+}
+
 # ---- The example, and its copy in the README ----
 input=in expect 1 'no whole frame' "$example" sans.cbf 4000 4000
-head -c 115200 "$repository/docs/demo.jpg" >in
+bytes 115200 100 >in
 input=in expect 0 '' "$example" sans.cbf 320 240
 cmp -s in output && fail "the example draws nothing"
 sed -n '/^static void/,/^}/p' "$repository/examples/labelled_box.c" >code

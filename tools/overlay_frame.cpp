@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <sys/types.h>
 
 Frame::Frame(const FrameShape &shape)
@@ -65,11 +66,11 @@ size_t Frame::Write(std::FILE *file) {
 Clip::Clip(const std::string &name, const FrameShape &shape)
     : path(name), file(std::fopen(name.c_str(), "rb"), std::fclose), frame(shape),
       image(frame.Image()) {
-    if (!file || fseeko(file.get(), 0, SEEK_END) != 0)
+    if (!file)
         throw std::system_error(errno, std::generic_category());
-    const auto frameBytes = static_cast<int64_t>(frame.InputBytes());
-    const int64_t bytes = ftello(file.get());
-    count = bytes / frameBytes;
+    const uintmax_t bytes = std::filesystem::file_size(path);
+    const size_t frameBytes = frame.InputBytes();
+    count = static_cast<int64_t>(bytes / frameBytes);
     if (count == 0 || bytes % frameBytes != 0)
         throw LineError("its " + std::to_string(bytes) + " bytes are no whole frames of " +
                         std::to_string(frameBytes));

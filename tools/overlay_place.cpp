@@ -100,8 +100,8 @@ Place ParsePlace(std::string_view word, Axis axis) {
     Place place;
     place.axis = axis;
     std::string_view rest = word;
-    if (!rest.empty() && rest[0] == '+')
-        place.source = Source::Before;
+    if (TakePrefix(rest, "+"))
+        place.source = Source::Before; // and the rest may well begin with a minus
     else if (!TakeEdge(rest, place) && (rest.empty() || (!IsDigit(rest[0]) && rest[0] != '-')))
         Refuse(word, axis);
     TakeTerms(rest, word, place);

@@ -161,9 +161,11 @@ void TakeCoordinates(std::string_view &line, const Command &command, Overlay &ov
 void TakeColours(std::string_view &line, size_t count, const ColourSpace &space, Overlay &overlay) {
     for (size_t i = 0; i < count; ++i) {
         const std::string_view word = TakeWord(line);
-        overlay.paints[i].ofId = overlay.perBox && word == "id";
+        overlay.paints[i].ofId = word == "id";
         if (!overlay.paints[i].ofId)
             overlay.paints[i].colour = ColourOf(ParseColour(word), space);
+        else if (!overlay.perBox)
+            throw LineError("colour 'id' has a meaning in lines of 'tracks' only");
     }
 }
 
@@ -292,6 +294,9 @@ void TakeArguments(std::string_view &line, const Command &command, const ScriptS
     TakeOptions(line, command.options, overlay);
     if (command.last == Last::Points)
         TakePoints(line, command, overlay);
+    if (command.last >= Last::String && WithoutBlanksBefore(line).substr(0, 1) != "\"")
+        throw LineError("expected " + std::string(command.arguments) + ", found " +
+                        Found(NextWord(line)) + " in place of the string");
     if (command.last == Last::String)
         TakeString(line, overlay);
     if (command.last == Last::Bitmap || command.last == Last::Picture)
