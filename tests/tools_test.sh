@@ -66,9 +66,10 @@ cat >wrong.txt <<'SCRIPT'
 * label 1 2 red red middel "x"
 * picture 0 0 3 3 "wrong.txt"
 * trail 9 red
+font "wrong.txt"
 SCRIPT
 expect 1 "wrong.txt:3: unknown command 'blob'" "$overlay" --size 8x6 --font sans.cbf wrong.txt
-for line in $(seq 4 19); do
+for line in $(seq 4 20); do
     grep -q "^orn-overlay: wrong.txt:$line: " errors || fail "line $line is not refused"
 done
 echo '* text 1 2 red "a"' >text.txt
@@ -173,6 +174,7 @@ done <<'TABLE'
 =* label center 1 white red "a"=* label 32 1 white red center "a"
 =* label 3 0 white white "ab"=* measure 9 6 left top "ab"|* fill text.left-6 text.top-6 text.right+6 text.bottom+6 white
 =* label 3 0 white white "ab"=* label 3 0 red red "ab"|* fill text.left text.top text.right text.bottom white
+=font "some.cbf"|* text 3 20 white "aA"=font "some.cbf"|* text 3 20 white "bA"
 =* outlined 99 99 white red inside "a"=* outlined right-3 bottom-3 white red "a"
 =* text center center white down "a"=* text 32 12 white center middle down "a"
 =* fill 1 1 2 2 white|1 text 3 20 red "a"|0 fill text.left 0 9 9 white=* fill 1 1 2 2 white|1 text 3 20 red "a"

@@ -27,7 +27,7 @@ uint32_t ParseHexColour(std::string_view word) {
     const char *end = word.data() + word.size();
     const auto result = std::from_chars(word.data() + 1, end, rgb, 16);
     if (word.size() != 7 || result.ptr != end)
-        throw LineError("bad colour " + Quoted(word) + ": expected #rrggbb");
+        throw Failure("bad colour " + Quoted(word) + ": expected #rrggbb");
     return rgb;
 }
 
@@ -39,13 +39,13 @@ uint8_t Rounded(double value) {
 
 uint32_t ParseColour(std::string_view word) {
     if (word.empty() || word[0] == '"')
-        throw LineError("expected a colour, found " + Found(word));
+        throw Failure("expected a colour, found " + Found(word));
     if (word[0] == '#')
         return ParseHexColour(word);
     for (const NamedColour &colour : kColours)
         if (colour.name == word)
             return colour.rgb;
-    throw LineError("bad colour " + Quoted(word) + ": no such name");
+    throw Failure("bad colour " + Quoted(word) + ": no such name");
 }
 
 // ITU-R BT.601 and BT.709. Limited range: luma 16..235, chroma 16..240.

@@ -15,7 +15,7 @@ struct ColourSpace {
     Matrix matrix = Matrix::Bt601;
 };
 
-// Of "#rrggbb" or a name. Throws LineError.
+// Of "#rrggbb" or a name. Throws Failure.
 uint32_t ParseColour(std::string_view word);
 
 // The colour of 0xrrggbb. Full range and BT.601 is what the library computes.

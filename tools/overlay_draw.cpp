@@ -105,10 +105,6 @@ std::string TextOf(const Canvas &canvas, const Overlay &overlay) {
     return text;
 }
 
-OrnMinRenderFont *FontOf(const Canvas &canvas, const Overlay &overlay) {
-    return canvas.fonts[static_cast<size_t>(overlay.textStyle.direction)];
-}
-
 // Where a new line starts, across the direction of writing.
 int32_t LineStart(const Overlay &overlay, OrnMinRenderPoint pen) {
     const int32_t direction = overlay.textStyle.direction;
@@ -161,7 +157,7 @@ PlacedText PlaceText(Canvas &canvas, const Overlay &overlay, const char *text, i
                      int32_t reach, Edge otherwise) {
     OrnMinRenderPoint end{0, 0};
     OrnMinRenderRect r{};
-    OrnMinRenderGetTextRect(canvas.context, FontOf(canvas, overlay), text, &end, 0, &r);
+    OrnMinRenderGetTextRect(canvas.context, overlay.font.get(), text, &end, 0, &r);
     const Extent x{int64_t{r.left} - margin, int64_t{r.right} + margin};
     const Extent y{int64_t{r.top} - margin, int64_t{r.bottom} + margin};
     const TextStyle &style = overlay.textStyle;
@@ -182,8 +178,8 @@ PlacedText PlaceText(Canvas &canvas, const Overlay &overlay, const char *text, i
 void DrawOutlinedText(const Canvas &canvas, const Overlay &overlay, const char *text,
                       OrnMinRenderPoint pen) {
     const int32_t lineStart = LineStart(overlay, pen);
-    OrnMinRenderDrawOutlineTextY8(canvas.context, &canvas.image, FontOf(canvas, overlay), text,
-                                  &pen, lineStart, ColourFor(canvas, overlay.paints[1]).y,
+    OrnMinRenderDrawOutlineTextY8(canvas.context, &canvas.image, overlay.font.get(), text, &pen,
+                                  lineStart, ColourFor(canvas, overlay.paints[1]).y,
                                   ColourFor(canvas, overlay.paints[0]).y);
 }
 
@@ -347,8 +343,8 @@ void DrawText(Canvas &canvas, const Overlay &overlay) {
     const std::string text = TextOf(canvas, overlay);
     OrnMinRenderPoint pen = PlaceText(canvas, overlay, text.c_str(), 0, 0, Edge::Origin).pen;
     const int32_t lineStart = LineStart(overlay, pen);
-    OrnMinRenderDrawTextY8(canvas.context, &canvas.image, FontOf(canvas, overlay), text.c_str(),
-                           &pen, lineStart, ColourFor(canvas, overlay.paints[0]).y);
+    OrnMinRenderDrawTextY8(canvas.context, &canvas.image, overlay.font.get(), text.c_str(), &pen,
+                           lineStart, ColourFor(canvas, overlay.paints[0]).y);
 }
 
 void DrawOutlined(Canvas &canvas, const Overlay &overlay) {
@@ -365,7 +361,7 @@ void DrawLabel(Canvas &canvas, const Overlay &overlay) {
 void DrawParagraph(Canvas &canvas, const Overlay &overlay) {
     const std::string text = TextOf(canvas, overlay);
     const std::unique_ptr<char, decltype(&std::free)> fitted(
-        OrnMinRenderFixTextWidth(canvas.context, FontOf(canvas, overlay), text.c_str(),
+        OrnMinRenderFixTextWidth(canvas.context, overlay.font.get(), text.c_str(),
                                  canvas.coordinates[2]),
         std::free);
     if (fitted)

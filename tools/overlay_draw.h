@@ -3,6 +3,7 @@
 #pragma once
 
 #include "overlay_colour.h"
+#include "overlay_fonts.h"
 #include "overlay_frame.h"
 #include "overlay_place.h"
 #include "overlay_tracks.h"
@@ -15,14 +16,11 @@
 #include <string>
 #include <vector>
 
-constexpr size_t kDirections = 4;
-
 // The frame being drawn into, and what drawing into it takes.
 struct Canvas {
     OrnMinRenderImage image; // without a chroma plane, the Y8 calls draw
     OrnMinRenderImage spare; // of the same size, for what is copied within the frame
     OrnMinRenderContext *context;
-    std::array<OrnMinRenderFont *, kDirections> fonts; // null when the script draws no such text
     const Tracks &tracks;
     Palette palette; // of the tracked boxes
     double framesPerSecond;
@@ -58,6 +56,7 @@ struct Overlay {
     std::array<Paint, 2> paints{}; // the second: outline or background
     int32_t style = OrnMinRenderLineSolid;
     bool halfTransparent = false;
+    Font font;
     TextStyle textStyle;
     std::string text;
     bool hasPlaceholders = false;

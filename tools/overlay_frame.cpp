@@ -5,8 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <sys/types.h>
+#include <sys/stat.h>
 
 Frame::Frame(const FrameShape &shape)
     : width(static_cast<size_t>(shape.width)), height(static_cast<size_t>(shape.height)),
@@ -66,14 +65,15 @@ size_t Frame::Write(std::FILE *file) {
 Clip::Clip(const std::string &name, const FrameShape &shape)
     : path(name), file(std::fopen(name.c_str(), "rb"), std::fclose), frame(shape),
       image(frame.Image()) {
-    if (!file)
-        throw std::system_error(errno, std::generic_category());
-    const uintmax_t bytes = std::filesystem::file_size(path);
+    struct stat status {};
+    if (!file || fstat(fileno(file.get()), &status) != 0)
+        throw FileFailure(path);
+    const auto bytes = static_cast<size_t>(S_ISREG(status.st_mode) ? status.st_size : 0);
     const size_t frameBytes = frame.InputBytes();
     count = static_cast<int64_t>(bytes / frameBytes);
     if (count == 0 || bytes % frameBytes != 0)
-        throw LineError("its " + std::to_string(bytes) + " bytes are no whole frames of " +
-                        std::to_string(frameBytes));
+        throw Failure(path + ": its " + std::to_string(bytes) + " bytes are no whole frames of " +
+                      std::to_string(frameBytes));
 }
 
 const OrnMinRenderImage &Clip::FrameAt(int64_t index) {

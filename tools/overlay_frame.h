@@ -63,7 +63,7 @@ class Frame {
 // The frames of a file, without padding, from the first one over and over.
 class Clip {
   public:
-    // Throws std::system_error, or LineError when the file does not hold whole frames of the shape.
+    // Throws Failure, also when the file does not hold whole frames of the shape.
     Clip(const std::string &path, const FrameShape &shape);
 
     // Frame index modulo their number. Throws Failure when it can't be read any more.

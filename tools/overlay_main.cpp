@@ -4,11 +4,9 @@
 #include "overlay_script.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
@@ -25,14 +23,6 @@ constexpr Seconds kProgressInterval{0.5};
 
 // ---- Inputs ----
 
-std::string ReadNamedFile(const std::string &path) {
-    try {
-        return ReadFile(path);
-    } catch (const std::system_error &error) {
-        throw Failure(path + ": " + error.code().message());
-    }
-}
-
 // All errors of a file; false when there is one.
 bool SayErrors(const std::string &path, const FileErrors &errors) {
     for (const FileErrors::Entry &error : errors.list)
@@ -44,18 +34,21 @@ bool SayErrors(const std::string &path, const FileErrors &errors) {
 
 // Nothing when there are errors, of which it has told.
 std::optional<std::vector<Overlay>> LoadScript(const Options &options) {
-    const ScriptSettings settings{!options.fontPath.empty(), !options.tracksPath.empty(),
-                                  options.colours, options.shape,
+    FontStore fonts;
+    if (!options.fontPath.empty())
+        fonts.Get(options.fontPath, OrnMinRenderTextDirectionNormal);
+    const ScriptSettings settings{options.fontPath, !options.tracksPath.empty(), options.colours,
+                                  options.shape,
                                   std::filesystem::path(options.scriptPath).parent_path()};
     Script script;
     if (!options.scriptPath.empty())
-        script = ParseScript(ReadNamedFile(options.scriptPath), settings);
+        script = ParseScript(ReadFile(options.scriptPath), settings, fonts);
     if (!SayErrors(options.scriptPath, script.errors))
         return std::nullopt;
     const auto isPerBox = [](const Overlay &overlay) { return overlay.perBox; };
     if (settings.hasTracks &&
         std::none_of(script.overlays.begin(), script.overlays.end(), isPerBox)) {
-        const Script shown = ParseScript(TrackScript(settings.hasFont), settings);
+        const Script shown = ParseScript(TrackScript(!options.fontPath.empty()), settings, fonts);
         script.overlays.insert(script.overlays.end(), shown.overlays.begin(), shown.overlays.end());
     }
     return script.overlays;
@@ -65,52 +58,17 @@ std::optional<Tracks> LoadTracks(const Options &options) {
     if (options.tracksPath.empty())
         return Tracks();
     FileErrors errors;
-    Tracks tracks(ReadNamedFile(options.tracksPath), options.tracks, errors);
+    Tracks tracks(ReadFile(options.tracksPath), options.tracks, errors);
     if (!SayErrors(options.tracksPath, errors))
         return std::nullopt;
     return tracks;
 }
 
-using Font = std::unique_ptr<OrnMinRenderFont, decltype(&OrnMinRenderDestroyFont)>;
-
-// A font for each direction in use, since turning one empties its glyph cache.
-class Fonts {
-  public:
-    Fonts(const std::string &path, const std::vector<Overlay> &overlays) {
-        if (path.empty())
-            return;
-        ReadNamedFile(path); // for its reason: the library gives none
-        Load(path, OrnMinRenderTextDirectionNormal);
-        for (const Overlay &overlay : overlays)
-            Load(path, overlay.textStyle.direction);
-    }
-
-    std::array<OrnMinRenderFont *, kDirections> Pointers() const {
-        return {fonts[0].get(), fonts[1].get(), fonts[2].get(), fonts[3].get()};
-    }
-
-  private:
-    void Load(const std::string &path, int32_t direction) {
-        Font &font = fonts[static_cast<size_t>(direction)];
-        if (font)
-            return;
-        font.reset(OrnMinRenderLoadCbfFont(path.c_str()));
-        if (!font)
-            throw Failure(path + ": not a CBF font, or cut short");
-        OrnMinRenderSetFontDirection(font.get(), direction);
-    }
-
-    std::array<Font, kDirections> fonts{{{nullptr, OrnMinRenderDestroyFont},
-                                         {nullptr, OrnMinRenderDestroyFont},
-                                         {nullptr, OrnMinRenderDestroyFont},
-                                         {nullptr, OrnMinRenderDestroyFont}}};
-};
-
 // ---- Streams ----
 
 void PrepareStream(std::FILE *stream) {
     std::setvbuf(stream, nullptr, _IOFBF, kStreamBuffer);
-#ifdef F_SETPIPE_SZ // a wider pipe lets both its ends work longer at a time; others stay as they
+#ifdef F_SETPIPE_SZ // wider, both ends of a pipe work longer at a time; other streams stay as they
                     // are
     fcntl(fileno(stream), F_SETPIPE_SZ, static_cast<int>(kStreamBuffer));
 #endif
@@ -120,7 +78,7 @@ void PrepareStream(std::FILE *stream) {
 bool ReadFrame(Frame &frame, int64_t frameNumber) {
     const size_t count = frame.Read(stdin);
     if (std::ferror(stdin))
-        throw Failure(std::string("standard input: ") + std::strerror(errno));
+        throw FileFailure("standard input");
     if (count > 0 && count < frame.InputBytes())
         throw Failure("standard input: frame " + std::to_string(frameNumber) +
                       " is cut short: " + std::to_string(count) + " of " +
@@ -131,7 +89,7 @@ bool ReadFrame(Frame &frame, int64_t frameNumber) {
 // Flushed, so that a reader sees the frame before the next one has come.
 void WriteFrame(Frame &frame) {
     if (frame.Write(stdout) < frame.OutputBytes() || std::fflush(stdout) != 0)
-        throw Failure(std::string("standard output: ") + std::strerror(errno));
+        throw FileFailure("standard output");
 }
 
 // ---- What is told of the work ----
@@ -208,7 +166,7 @@ void DrawFrames(const std::vector<Overlay> &overlays, Frame &frame, Canvas &canv
 }
 
 void OverlayFrames(const Options &options, const std::vector<Overlay> &overlays,
-                   const Tracks &tracks, const Fonts &fonts) {
+                   const Tracks &tracks) {
     const std::unique_ptr<OrnMinRenderContext, decltype(&OrnMinRenderDestroyContext)> context(
         OrnMinRenderCreateContext(), OrnMinRenderDestroyContext);
     if (!context)
@@ -218,7 +176,7 @@ void OverlayFrames(const Options &options, const std::vector<Overlay> &overlays,
     Canvas canvas{frame.Image(),
                   spare.Image(),
                   context.get(),
-                  fonts.Pointers(),
+
                   tracks,
                   MakePalette(options.colours),
                   options.framesPerSecond.value_or(kUsualRate)};
@@ -233,14 +191,13 @@ int Run(const Options &options) {
     const std::optional<Tracks> tracks = LoadTracks(options);
     if (!overlays || !tracks)
         return 1;
-    const Fonts fonts(options.fontPath, *overlays);
     if (options.check)
         return 0;
     if (isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0) {
         Say("standard input and output are raw frames: use pipes or files, not a terminal");
         return 2;
     }
-    OverlayFrames(options, *overlays, *tracks, fonts);
+    OverlayFrames(options, *overlays, *tracks);
     return 0;
 }
 

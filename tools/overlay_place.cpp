@@ -25,9 +25,9 @@ constexpr NamedEdge kEdges[] = {
 
 [[noreturn]] void Refuse(std::string_view word, Axis axis) {
     const std::string edges = axis == Axis::X ? "left, center, right" : "top, center, bottom";
-    throw LineError("bad " + std::string(axis == Axis::X ? "x" : "y") + " coordinate " +
-                    Quoted(word) + ": expected a number, N%, +N, or " + edges +
-                    ", each with +N or -N after it if need be");
+    throw Failure("bad " + std::string(axis == Axis::X ? "x" : "y") + " coordinate " +
+                  Quoted(word) + ": expected a number, N%, +N, or " + edges +
+                  ", each with +N or -N after it if need be");
 }
 
 bool TakePrefix(std::string_view &text, std::string_view prefix) {
@@ -59,7 +59,7 @@ double ParsePercent(std::string_view number, std::string_view word) {
     const auto result = std::from_chars(number.data(), number.data() + number.size(), percent);
     if (result.ec != std::errc() || result.ptr != number.data() + number.size() ||
         percent > kMaxPercent)
-        throw LineError("bad percentage in " + Quoted(word));
+        throw Failure("bad percentage in " + Quoted(word));
     return percent;
 }
 
@@ -68,7 +68,7 @@ void TakeTerm(std::string_view &rest, bool negative, std::string_view word, Plac
     const std::string_view term = rest.substr(0, rest.find_first_of("+-"));
     rest.remove_prefix(term.size());
     if (term.empty() || !IsDigit(term[0]))
-        throw LineError("bad number in " + Quoted(word));
+        throw Failure("bad number in " + Quoted(word));
     if (term.back() == '%') {
         const double share = ParsePercent(term.substr(0, term.size() - 1), word) / 100;
         place.share += negative ? -share : share;
@@ -110,7 +110,7 @@ Place ParsePlace(std::string_view word, Axis axis) {
 
 Place ParseLength(std::string_view word, Axis axis) {
     if (word.empty() || (!IsDigit(word[0]) && word[0] != '-'))
-        throw LineError("bad length " + Quoted(word) + ": expected a number or N%");
+        throw Failure("bad length " + Quoted(word) + ": expected a number or N%");
     return ParsePlace(word, axis);
 }
 

@@ -21,10 +21,10 @@ struct Place {
     int64_t offset = 0;
 };
 
-// Reads one coordinate. Throws LineError.
+// Reads one coordinate. Throws Failure.
 Place ParsePlace(std::string_view word, Axis axis);
 
-// Reads a length: pixels, or a share of the frame's width or height. Throws LineError.
+// Reads a length: pixels, or a share of the frame's width or height. Throws Failure.
 Place ParseLength(std::string_view word, Axis axis);
 
 // What places are resolved against.

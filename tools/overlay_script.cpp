@@ -94,7 +94,7 @@ void TakeFrames(std::string_view &line, Overlay &overlay) {
     if (word == "*" || overlay.perBox)
         return;
     if (!IsDigit(word[0]))
-        throw LineError("bad frames " + Quoted(word) + ": expected *, N, N-M, N- or tracks");
+        throw Failure("bad frames " + Quoted(word) + ": expected *, N, N-M, N- or tracks");
     const size_t dash = word.find('-');
     overlay.firstFrame = ParseFrame(word.substr(0, dash));
     if (dash == std::string_view::npos)
@@ -102,7 +102,7 @@ void TakeFrames(std::string_view &line, Overlay &overlay) {
     else if (dash + 1 < word.size())
         overlay.lastFrame = ParseFrame(word.substr(dash + 1));
     if (overlay.lastFrame < overlay.firstFrame)
-        throw LineError("frame range reversed " + Quoted(word));
+        throw Failure("frame range reversed " + Quoted(word));
 }
 
 // ---- Arguments ----
@@ -110,11 +110,11 @@ void TakeFrames(std::string_view &line, Overlay &overlay) {
 const Command &TakeCommand(std::string_view &line) {
     const std::string_view name = TakeWord(line);
     if (name.empty())
-        throw LineError("expected a command after the frames");
+        throw Failure("expected a command after the frames");
     const auto command = std::find_if(std::begin(kCommands), std::end(kCommands),
                                       [name](const Command &c) { return c.name == name; });
     if (command == std::end(kCommands))
-        throw LineError("unknown command " + Quoted(name));
+        throw Failure("unknown command " + Quoted(name));
     return *command;
 }
 
@@ -124,9 +124,9 @@ void AddPlace(std::string_view word, Axis axis, Overlay &overlay) {
     const auto &places = overlay.places;
     const auto sameAxis = [axis](const Place &other) { return other.axis == axis; };
     if (place.source == Source::Before && std::none_of(places.begin(), places.end(), sameAxis))
-        throw LineError("no coordinate before " + Quoted(word) + " to count from");
+        throw Failure("no coordinate before " + Quoted(word) + " to count from");
     if (place.source == Source::Box && !overlay.perBox)
-        throw LineError(Quoted(word) + " has a meaning in lines of 'tracks' only");
+        throw Failure(Quoted(word) + " has a meaning in lines of 'tracks' only");
     overlay.places.push_back(place);
 }
 
@@ -134,8 +134,7 @@ void AddCount(std::string_view word, Overlay &overlay) {
     Place count;
     count.offset = ParseNumber<int32_t>(word, "int32");
     if (count.offset < 1 || count.offset > kMaxSide)
-        throw LineError("bad number " + Quoted(word) + ": expected 1 to " +
-                        std::to_string(kMaxSide));
+        throw Failure("bad number " + Quoted(word) + ": expected 1 to " + std::to_string(kMaxSide));
     overlay.places.push_back(count);
 }
 
@@ -152,8 +151,8 @@ void TakeCoordinates(std::string_view &line, const Command &command, Overlay &ov
     for (size_t i = 0; i < command.coordinates.size(); ++i) {
         const std::string_view word = TakeWord(line);
         if (word.empty())
-            throw LineError("expected " + std::string(command.arguments) +
-                            ", found the end of the line");
+            throw Failure("expected " + std::string(command.arguments) +
+                          ", found the end of the line");
         AddCoordinate(word, command.coordinates[i], overlay);
     }
 }
@@ -165,7 +164,7 @@ void TakeColours(std::string_view &line, size_t count, const ColourSpace &space,
         if (!overlay.paints[i].ofId)
             overlay.paints[i].colour = ColourOf(ParseColour(word), space);
         else if (!overlay.perBox)
-            throw LineError("colour 'id' has a meaning in lines of 'tracks' only");
+            throw Failure("colour 'id' has a meaning in lines of 'tracks' only");
     }
 }
 
@@ -185,7 +184,7 @@ void TakeOptions(std::string_view &line, unsigned allowed, Overlay &overlay) {
 void AddPoint(std::string_view word, Overlay &overlay) {
     const size_t comma = word.find(',');
     if (comma == std::string_view::npos)
-        throw LineError("bad point " + Quoted(word) + ": expected X,Y");
+        throw Failure("bad point " + Quoted(word) + ": expected X,Y");
     AddPlace(word.substr(0, comma), Axis::X, overlay);
     AddPlace(word.substr(comma + 1), Axis::Y, overlay);
 }
@@ -196,8 +195,8 @@ void TakePoints(std::string_view &line, const Command &command, Overlay &overlay
         AddPoint(TakeWord(line), overlay);
     const size_t count = overlay.places.size() / 2;
     if (count < minCount)
-        throw LineError("expected at least " + std::to_string(minCount) + " points, found " +
-                        std::to_string(count));
+        throw Failure("expected at least " + std::to_string(minCount) + " points, found " +
+                      std::to_string(count));
 }
 
 // ---- Strings ----
@@ -210,7 +209,7 @@ char Unescaped(char letter) {
     case 'n':
         return '\n';
     default:
-        throw LineError("unknown escape " + Quoted(std::string("\\") + letter) + " in the string");
+        throw Failure("unknown escape " + Quoted(std::string("\\") + letter) + " in the string");
     }
 }
 
@@ -239,7 +238,7 @@ bool IsDrawableUtf8(std::string_view text) {
 std::string TakeQuoted(std::string_view &line) {
     line = WithoutBlanksBefore(line);
     if (line.empty() || line[0] != '"')
-        throw LineError("expected a string in double quotes, found " + Found(NextWord(line)));
+        throw Failure("expected a string in double quotes, found " + Found(NextWord(line)));
     std::string text;
     for (size_t i = 1; i < line.size(); ++i) {
         if (line[i] == '"') {
@@ -249,18 +248,28 @@ std::string TakeQuoted(std::string_view &line) {
         const bool escaped = line[i] == '\\' && i + 1 < line.size();
         text += escaped ? Unescaped(line[++i]) : line[i];
     }
-    throw LineError("unterminated string");
+    throw Failure("unterminated string");
 }
 
 void TakeString(std::string_view &line, Overlay &overlay) {
     overlay.text = TakeQuoted(line);
     if (!IsDrawableUtf8(overlay.text))
-        throw LineError("the string is not UTF-8");
+        throw Failure("the string is not UTF-8");
     overlay.hasPlaceholders = overlay.text.find('{') != std::string::npos;
 }
 
+// The name of a file, which counts from the script's folder.
+std::string TakePath(std::string_view &line, const ScriptSettings &settings) {
+    return (settings.folder / TakeQuoted(line)).string();
+}
+
 void LoadBitmap(const std::string &path, Overlay &overlay) {
-    overlay.bitmap = ParsePbm(ReadFile(path));
+    const std::string content = ReadFile(path);
+    try {
+        overlay.bitmap = ParsePbm(content);
+    } catch (const PbmError &error) {
+        throw Failure(path + ": " + error.what());
+    }
 }
 
 void OpenPicture(const std::string &path, const FrameShape &frames, Overlay &overlay) {
@@ -271,21 +280,12 @@ void OpenPicture(const std::string &path, const FrameShape &frames, Overlay &ove
     overlay.clip = std::make_shared<Clip>(path, shape);
 }
 
-void TakeFile(std::string_view &line, Last kind, const ScriptSettings &settings, Overlay &overlay) {
-    const std::string path = (settings.folder / TakeQuoted(line)).string();
-    try {
-        if (kind == Last::Bitmap)
-            LoadBitmap(path, overlay);
-        else
-            OpenPicture(path, settings.shape, overlay);
-    } catch (const std::system_error &error) {
-        throw LineError(path + ": " + error.code().message());
-    } catch (const std::runtime_error &error) {
-        throw LineError(path + ": " + error.what());
-    }
-}
-
 // ---- Lines ----
+
+void RequireEnd(std::string_view line) {
+    if (!NextWord(line).empty())
+        throw Failure("unexpected " + Quoted(NextWord(line)) + " after the arguments");
+}
 
 void TakeArguments(std::string_view &line, const Command &command, const ScriptSettings &settings,
                    Overlay &overlay) {
@@ -295,26 +295,54 @@ void TakeArguments(std::string_view &line, const Command &command, const ScriptS
     if (command.last == Last::Points)
         TakePoints(line, command, overlay);
     if (command.last >= Last::String && WithoutBlanksBefore(line).substr(0, 1) != "\"")
-        throw LineError("expected " + std::string(command.arguments) + ", found " +
-                        Found(NextWord(line)) + " in place of the string");
+        throw Failure("expected " + std::string(command.arguments) + ", found " +
+                      Found(NextWord(line)) + " in place of the string");
     if (command.last == Last::String)
         TakeString(line, overlay);
-    if (command.last == Last::Bitmap || command.last == Last::Picture)
-        TakeFile(line, command.last, settings, overlay);
-    if (!NextWord(line).empty())
-        throw LineError("unexpected " + Quoted(NextWord(line)) + " after the arguments");
+    if (command.last == Last::Bitmap)
+        LoadBitmap(TakePath(line, settings), overlay);
+    if (command.last == Last::Picture)
+        OpenPicture(TakePath(line, settings), settings.shape, overlay);
+    RequireEnd(line);
 }
 
 void RequireInputs(const Command &command, const ScriptSettings &settings, const Overlay &overlay) {
-    if (command.last == Last::String && !settings.hasFont)
-        throw LineError(Quoted(command.name) + " needs a font: name one by --font");
     if (overlay.perBox && !settings.hasTracks)
-        throw LineError("'tracks' needs tracked boxes: name their file by --tracks");
+        throw Failure("'tracks' needs tracked boxes: name their file by --tracks");
     if (command.draw == DrawTrail && !overlay.perBox)
-        throw LineError("'trail' has a meaning in lines of 'tracks' only");
+        throw Failure("'trail' has a meaning in lines of 'tracks' only");
 }
 
-Overlay ParseLine(std::string_view line, const ScriptSettings &settings) {
+// What the script's font line has named, or the command line.
+class FontInUse {
+  public:
+    FontInUse(const std::string &named, FontStore &all) : path(named), store(all) {
+    }
+
+    void TakeLine(std::string_view line, const ScriptSettings &settings) {
+        TakeWord(line);
+        broken = true;
+        path = TakePath(line, settings);
+        store.Get(path, OrnMinRenderTextDirectionNormal);
+        RequireEnd(line);
+        broken = false;
+    }
+
+    void Give(Overlay &overlay, const Command &command) {
+        if (path.empty())
+            throw Failure(Quoted(command.name) +
+                          " needs a font: name one by --font or in a line before");
+        if (!broken)
+            overlay.font = store.Get(path, overlay.textStyle.direction);
+    }
+
+  private:
+    std::string path;
+    bool broken = false; // one error tells of it
+    FontStore &store;
+};
+
+Overlay ParseLine(std::string_view line, const ScriptSettings &settings, FontInUse &font) {
     Overlay overlay;
     TakeFrames(line, overlay);
     const Command &command = TakeCommand(line);
@@ -322,24 +350,29 @@ Overlay ParseLine(std::string_view line, const ScriptSettings &settings) {
     overlay.textStyle.inside = command.draw == DrawLabel || command.draw == DrawParagraph;
     TakeArguments(line, command, settings, overlay);
     RequireInputs(command, settings, overlay);
+    if (command.last == Last::String)
+        font.Give(overlay, command);
     return overlay;
 }
 
 // Places that count from a text wait for one; without any, they would wait for ever.
 void RequireTextBefore(const Overlay &overlay, const std::vector<Overlay> &before) {
     const auto countsFromText = [](const Place &place) { return place.source == Source::Text; };
-    const auto isText = [](const Overlay &other) { return !other.text.empty(); };
+    const auto isText = [](const Overlay &other) { return other.font != nullptr; };
     if (std::any_of(overlay.places.begin(), overlay.places.end(), countsFromText) &&
         std::none_of(before.begin(), before.end(), isText))
-        throw LineError("no text in the lines before to count from");
+        throw Failure("no text in the lines before to count from");
 }
 
 } // namespace
 
-Script ParseScript(std::string_view content, const ScriptSettings &settings) {
+Script ParseScript(std::string_view content, const ScriptSettings &settings, FontStore &fonts) {
     Script script;
+    FontInUse font(settings.fontPath, fonts);
     ParseLines(content, script.errors, [&](std::string_view line) {
-        Overlay overlay = ParseLine(line, settings);
+        if (NextWord(line) == "font")
+            return font.TakeLine(line, settings);
+        Overlay overlay = ParseLine(line, settings, font);
         RequireTextBefore(overlay, script.overlays);
         script.overlays.push_back(std::move(overlay));
     });
@@ -361,7 +394,8 @@ std::string ScriptHelp() {
         "COMMAND ARGUMENTS:\n";
     for (const Command &command : kCommands)
         help.append("  ").append(command.name).append(" ").append(command.arguments).append("\n");
-    help += "Coordinates: 12, 50%, right-20, center, bottom-5%, +80 (from the one before), "
+    help += "A line font \"file.cbf\" names the font of the lines after it.\n"
+            "Coordinates: 12, 50%, right-20, center, bottom-5%, +80 (from the one before), "
             "text.right+4\n"
             "(of the last text), box.top (of the tracked box).\n"
             "ALIGN: what lies at X Y: left, center or right; top, middle or bottom.\n"

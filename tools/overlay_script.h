@@ -13,7 +13,7 @@
 
 // What a script needs to know of the command line.
 struct ScriptSettings {
-    bool hasFont = false;
+    std::string fontPath; // until the script names another; empty: none
     bool hasTracks = false;
     ColourSpace colours;
     FrameShape shape;
@@ -25,9 +25,10 @@ struct Script {
     FileErrors errors;
 };
 
-// Reads a whole script, and the pictures that it names. A line that can't be understood gives an
-// error in place of an overlay, and so does what needs a font, tracks or a size that is not there.
-Script ParseScript(std::string_view content, const ScriptSettings &settings);
+// Reads a whole script, and the pictures and fonts that it names. A line that can't be understood
+// gives an error in place of an overlay, and so does what needs a font, tracks or a size that is
+// not there.
+Script ParseScript(std::string_view content, const ScriptSettings &settings, FontStore &fonts);
 
 // What shows tracked boxes when the script says nothing of them: their outlines, and labels if
 // there is a font.

@@ -26,7 +26,7 @@ std::string_view TakeField(std::string_view &row) {
 }
 
 [[noreturn]] void RefuseField(const char *name, std::string_view field, const char *reason) {
-    throw LineError("bad " + std::string(name) + " " + Quoted(field) + ": " + reason);
+    throw Failure("bad " + std::string(name) + " " + Quoted(field) + ": " + reason);
 }
 
 double ParseReal(std::string_view field, const char *name) {
@@ -59,8 +59,8 @@ TrackedBox ParseRow(std::string_view row, const TrackSettings &settings) {
     while (!row.empty() && count < std::size(fields))
         fields[count++] = TakeField(row);
     if (count < kFields)
-        throw LineError("expected frame,id,left,top,width,height and perhaps confidence, found " +
-                        std::to_string(count) + (count == 1 ? " value" : " values"));
+        throw Failure("expected frame,id,left,top,width,height and perhaps confidence, found " +
+                      std::to_string(count) + (count == 1 ? " value" : " values"));
     TrackedBox box{};
     box.frame = ParseWhole(fields[0], kNames[0]) - settings.firstFrame;
     if (box.frame < 0)

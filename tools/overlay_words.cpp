@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 
 namespace {
@@ -32,11 +33,15 @@ void ParseLines(std::string_view content, FileErrors &errors,
             continue;
         try {
             parse(line);
-        } catch (const LineError &error) {
+        } catch (const Failure &error) {
             errors.list.push_back({lineNumber, error.what()});
             errors.complete = errors.list.size() < kMaxErrors;
         }
     }
+}
+
+Failure FileFailure(const std::string &path) {
+    return Failure(path + ": " + std::strerror(errno));
 }
 
 std::string ReadFile(const std::string &path) {
@@ -47,7 +52,7 @@ std::string ReadFile(const std::string &path) {
     while (const size_t count = file ? std::fread(part, 1, sizeof part, file.get()) : 0)
         content.append(part, count);
     if (!file || std::ferror(file.get()))
-        throw std::system_error(errno, std::generic_category());
+        throw FileFailure(path);
     return content;
 }
 

@@ -8,15 +8,10 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <vector>
 
-// Why a line can't be understood.
-struct LineError : std::runtime_error {
-    using runtime_error::runtime_error;
-};
-
-// What ends the program with exit code 1, and the reason that it gives.
+// What is wrong, as the user is told it: with a line of a file, or else it ends the program with
+// exit code 1.
 struct Failure : std::runtime_error {
     using runtime_error::runtime_error;
 };
@@ -30,12 +25,15 @@ struct FileErrors {
     bool complete = true; // false: reading stopped at the last of too many errors
 };
 
-// Calls parse with every line that is neither empty nor a comment, and keeps the LineErrors that it
+// Calls parse with every line that is neither empty nor a comment, and keeps the failures that it
 // throws.
 void ParseLines(std::string_view content, FileErrors &errors,
                 const std::function<void(std::string_view line)> &parse);
 
-// The whole content of a file. Throws std::system_error.
+// What failed with a file, and the system's reason in errno.
+Failure FileFailure(const std::string &path);
+
+// The whole content of a file. Throws Failure.
 std::string ReadFile(const std::string &path);
 
 // In quotes, cut short, and without what would command a terminal.
@@ -53,14 +51,14 @@ std::string_view TakeWord(std::string_view &line);
 
 bool IsDigit(char c);
 
-// Throws LineError unless the whole word is a number of the type.
+// Throws Failure unless the whole word is a number of the type.
 template <typename Integer> Integer ParseNumber(std::string_view word, const char *typeName) {
     Integer number{};
     const char *end = word.data() + word.size();
     const auto result = std::from_chars(word.data(), end, number);
     if (result.ptr != end || result.ec == std::errc::invalid_argument)
-        throw LineError("bad number " + Quoted(word));
+        throw Failure("bad number " + Quoted(word));
     if (result.ec == std::errc::result_out_of_range)
-        throw LineError("number out of " + std::string(typeName) + " range " + Quoted(word));
+        throw Failure("number out of " + std::string(typeName) + " range " + Quoted(word));
     return number;
 }
