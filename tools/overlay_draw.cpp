@@ -183,12 +183,22 @@ void DrawOutlinedText(const Canvas &canvas, const Overlay &overlay, const char *
                                   ColourFor(canvas, overlay.paints[0]).y);
 }
 
+// Widened to even edges: otherwise colour would show past the luma, in a fringe of one pixel.
+OrnMinRenderRect WholeSamples(const OrnMinRenderRect &rect) {
+    const auto up = [](int32_t edge) { return Saturated(int64_t{edge} + (edge & 1)); };
+    return {rect.left & ~1, rect.top & ~1, up(rect.right), up(rect.bottom)};
+}
+
 // The background gives the text its chroma; an outline in the background's luma keeps neighbouring
-// glyphs apart.
+// glyphs apart. Texts of backgrounds side by side stay level, so they move along with the corner.
 void DrawTextOnBackground(Canvas &canvas, const Overlay &overlay, const char *text) {
     const PlacedText placed = PlaceText(canvas, overlay, text, kLabelMargin, 0, Edge::Start);
-    FillRect(canvas, placed.rect, ColourFor(canvas, overlay.paints[1]));
-    DrawOutlinedText(canvas, overlay, text, placed.pen);
+    const OrnMinRenderRect rect = HasChroma(canvas) ? WholeSamples(placed.rect) : placed.rect;
+    canvas.surroundings.text = rect;
+    FillRect(canvas, rect, ColourFor(canvas, overlay.paints[1]));
+    DrawOutlinedText(canvas, overlay, text,
+                     {placed.pen.x - (placed.rect.left - rect.left),
+                      placed.pen.y - (placed.rect.top - rect.top)});
 }
 
 // False when a place counts from what is not there.
