@@ -7,7 +7,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <fcntl.h>
 #include <filesystem>
 #include <memory>
 #include <sys/stat.h>
@@ -65,14 +64,6 @@ std::optional<Tracks> LoadTracks(const Options &options) {
 }
 
 // ---- Streams ----
-
-void PrepareStream(std::FILE *stream) {
-    std::setvbuf(stream, nullptr, _IOFBF, kStreamBuffer);
-#ifdef F_SETPIPE_SZ // wider, both ends of a pipe work longer at a time; other streams stay as they
-                    // are
-    fcntl(fileno(stream), F_SETPIPE_SZ, static_cast<int>(kStreamBuffer));
-#endif
-}
 
 // False at the end of the input.
 bool ReadFrame(Frame &frame, int64_t frameNumber) {
@@ -180,8 +171,8 @@ void OverlayFrames(const Options &options, const std::vector<Overlay> &overlays,
                   tracks,
                   MakePalette(options.colours),
                   options.framesPerSecond.value_or(kUsualRate)};
-    PrepareStream(stdin);
-    PrepareStream(stdout);
+    for (std::FILE *stream : {stdin, stdout})
+        std::setvbuf(stream, nullptr, _IOFBF, kStreamBuffer);
     Report report(options);
     DrawFrames(overlays, frame, canvas, report);
 }
