@@ -45,7 +45,7 @@ uint32_t ParseColour(std::string_view word) {
     for (const NamedColour &colour : kColours)
         if (colour.name == word)
             return colour.rgb;
-    throw Failure("bad colour " + Quoted(word) + ": no such name");
+    throw Failure("bad colour " + Quoted(word) + ": expected #rrggbb or a name such as red");
 }
 
 // ITU-R BT.601 and BT.709. Limited range: luma 16..235, chroma 16..240.

@@ -55,7 +55,7 @@ constexpr Choice<Format> kFormats[] = {
 constexpr Choice<Range> kRanges[] = {{"full", Range::Full}, {"limited", Range::Limited}};
 constexpr Choice<Matrix> kMatrices[] = {{"bt601", Matrix::Bt601}, {"bt709", Matrix::Bt709}};
 
-CLI::Validator Between(double least, double most) {
+template <typename Number> CLI::Validator Between(Number least, Number most) {
     return CLI::Range(least, most).description("");
 }
 
@@ -71,11 +71,11 @@ void AddFrameOptions(CLI::App &app, Options &options) {
     app.add_option("--stride", shape.inputStride,
                    "Bytes from row to row, of both planes, when rows are padded")
         ->type_name("N")
-        ->check(Between(1, kMaxStride));
+        ->check(Between<int64_t>(1, kMaxStride));
     app.add_option("--output-stride", shape.outputStride,
                    "The same of the output; as --stride unless given")
         ->type_name("N")
-        ->check(Between(1, kMaxStride));
+        ->check(Between<int64_t>(1, kMaxStride));
     AddChoice(app, "--range", kRanges, options.colours.range,
               "Range of the colours: full, or limited as in most clips")
         ->type_name("RANGE");
@@ -89,14 +89,13 @@ void AddTrackOptions(CLI::App &app, Options &options) {
                    "Tracked boxes: frame,id,left,top,width,height,confidence,...")
         ->type_name("FILE");
     app.add_option("--first-frame", options.tracks.firstFrame,
-                   "The number that the file of tracks gives to the first frame")
+                   "The number that the file of tracks gives to the first frame, if not 1")
         ->type_name("N")
-        ->check(Between(0, kMaxFirstFrame))
-        ->capture_default_str();
+        ->check(Between<int64_t>(0, kMaxFirstFrame));
     app.add_option("--max-gap", options.tracks.maxGap,
                    "Draw a box between two of an id at most N frames apart")
         ->type_name("N")
-        ->check(Between(0, kMaxGap))
+        ->check(Between<int64_t>(0, kMaxGap))
         ->capture_default_str();
     app.add_option("--min-confidence", options.tracks.minConfidence, "Leave out boxes below X")
         ->type_name("X");

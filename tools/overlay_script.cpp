@@ -93,7 +93,7 @@ void TakeFrames(std::string_view &line, Overlay &overlay) {
     overlay.perBox = word == "tracks";
     if (word == "*" || overlay.perBox)
         return;
-    if (!IsDigit(word[0]))
+    if (!IsDigit(word[0]) || word.find_first_not_of("0123456789-") != std::string_view::npos)
         throw Failure("bad frames " + Quoted(word) + ": expected *, N, N-M, N- or tracks");
     const size_t dash = word.find('-');
     overlay.firstFrame = ParseFrame(word.substr(0, dash));

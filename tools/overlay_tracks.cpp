@@ -10,6 +10,7 @@ namespace {
 
 constexpr size_t kFields = 6; // that a row must have
 constexpr const char *kNames[] = {"frame", "id", "left", "top", "width", "height", "confidence"};
+constexpr int64_t kUsualFirst = 1;
 constexpr double kMaxWhole = 4294967295.0; // of frames and ids
 
 std::string_view Trimmed(std::string_view field) {
@@ -62,10 +63,9 @@ TrackedBox ParseRow(std::string_view row, const TrackSettings &settings) {
         throw Failure("expected frame,id,left,top,width,height and perhaps confidence, found " +
                       std::to_string(count) + (count == 1 ? " value" : " values"));
     TrackedBox box{};
-    box.frame = ParseWhole(fields[0], kNames[0]) - settings.firstFrame;
-    if (box.frame < 0)
-        RefuseField(kNames[0], fields[0],
-                    ("the first one is " + std::to_string(settings.firstFrame)).c_str());
+    box.frame = ParseWhole(fields[0], kNames[0]) - settings.firstFrame.value_or(kUsualFirst);
+    if (box.frame < 0 && !settings.firstFrame)
+        RefuseField(kNames[0], fields[0], "the first one is 1, unless --first-frame is given");
     box.id = ParseWhole(fields[1], kNames[1]);
     box.left = ParseReal(fields[2], kNames[2]);
     box.top = ParseReal(fields[3], kNames[3]);
@@ -122,7 +122,7 @@ Tracks::Tracks(std::string_view content, const TrackSettings &settings, FileErro
         if (header)
             return;
         const TrackedBox box = ParseRow(row, settings);
-        if (box.confidence >= settings.minConfidence)
+        if (box.frame >= 0 && box.confidence >= settings.minConfidence)
             boxes.push_back(box);
     });
     if (settings.maxGap > 1)

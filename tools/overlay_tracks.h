@@ -13,8 +13,10 @@
 #include <vector>
 
 struct TrackSettings {
-    int64_t firstFrame = 1; // the number by which the file calls the first frame
-    int64_t maxGap = 0;     // frames; rows of an id that lie no further apart are joined
+    // The number by which the file calls the first frame. What lies before a given one is left out;
+    // if none is given, it is 1, and a row before that is an error.
+    std::optional<int64_t> firstFrame;
+    int64_t maxGap = 0; // frames; rows of an id that lie no further apart are joined
     double minConfidence = -std::numeric_limits<double>::infinity();
 };
 

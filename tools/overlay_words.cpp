@@ -10,6 +10,7 @@ namespace {
 
 constexpr size_t kMaxErrors = 20;
 constexpr size_t kMaxQuoted = 40; // of a wrong word: what is no script at all has very long ones
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF"; // some editors begin UTF-8 with it
 constexpr std::string_view kBlanks = " \t\r"; // the last one: lines may end as on Windows
 
 bool IsEmptyOrComment(std::string_view line) {
@@ -27,6 +28,8 @@ std::string_view TakeLine(std::string_view &content) {
 
 void ParseLines(std::string_view content, FileErrors &errors,
                 const std::function<void(std::string_view line)> &parse) {
+    if (content.substr(0, kByteOrderMark.size()) == kByteOrderMark)
+        content.remove_prefix(kByteOrderMark.size());
     for (size_t lineNumber = 1; !content.empty() && errors.complete; ++lineNumber) {
         const std::string_view line = TakeLine(content);
         if (IsEmptyOrComment(line))
