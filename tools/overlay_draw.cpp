@@ -344,9 +344,11 @@ void DrawPicture(Canvas &canvas, const Overlay &overlay) {
 
 // By way of the spare frame, since a copy within one frame may overlap itself.
 void DrawCopy(Canvas &canvas, const Overlay &) {
-    const OrnMinRenderImage &image = canvas.image;
-    OrnMinRenderBltYUV420SP(&canvas.spare, canvas.surroundings.frame, &image, {0, 0});
-    OrnMinRenderBltYUV420SP(&image, Corners(canvas), &canvas.spare, PointAt(canvas, 4));
+    if (!canvas.spare)
+        canvas.spare = std::make_unique<Frame>(canvas.shape);
+    const OrnMinRenderImage spare = canvas.spare->Image();
+    OrnMinRenderBltYUV420SP(&spare, canvas.surroundings.frame, &canvas.image, {0, 0});
+    OrnMinRenderBltYUV420SP(&canvas.image, Corners(canvas), &spare, PointAt(canvas, 4));
 }
 
 void DrawText(Canvas &canvas, const Overlay &overlay) {

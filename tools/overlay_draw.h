@@ -19,7 +19,7 @@
 // The frame being drawn into, and what drawing into it takes.
 struct Canvas {
     OrnMinRenderImage image; // without a chroma plane, the Y8 calls draw
-    OrnMinRenderImage spare; // of the same size, for what is copied within the frame
+    FrameShape shape;
     OrnMinRenderContext *context;
     const Tracks &tracks;
     Palette palette; // of the tracked boxes
@@ -28,6 +28,7 @@ struct Canvas {
     const TrackedBox *box = nullptr; // that a command of tracks draws now
     Surroundings surroundings{};
     std::vector<int32_t> coordinates{}; // of the overlay being drawn, as pixels
+    std::unique_ptr<Frame> spare{};     // another of the shape, once something was copied
 };
 
 struct Overlay;

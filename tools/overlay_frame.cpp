@@ -7,43 +7,60 @@
 #include <cstring>
 #include <sys/stat.h>
 
-Frame::Frame(const FrameShape &shape)
+namespace {
+
+// How many frames a file holds. Throws Failure unless they are whole ones, and one at least.
+int64_t CountFrames(std::FILE *file, const std::string &path, const FrameShape &shape) {
+    struct stat status {};
+    if (!file || fstat(fileno(file), &status) != 0)
+        throw FileFailure(path);
+    const auto bytes = static_cast<size_t>(S_ISREG(status.st_mode) ? status.st_size : 0);
+    const FrameLayout layout(shape);
+    const size_t frameBytes = layout.Bytes(layout.input);
+    if (bytes == 0 || bytes % frameBytes != 0)
+        throw Failure(path + ": its " + std::to_string(bytes) + " bytes are no whole frames of " +
+                      std::to_string(frameBytes));
+    return static_cast<int64_t>(bytes / frameBytes);
+}
+
+} // namespace
+
+FrameLayout::FrameLayout(const FrameShape &shape)
     : width(static_cast<size_t>(shape.width)), height(static_cast<size_t>(shape.height)),
       chromaRows(shape.format == Format::YUV420SP ? (height + 1) / 2 : 0),
       input(StridesOf(shape.inputStride)), output(StridesOf(shape.outputStride)),
-      stride(std::max({input.luma, input.chroma, output.luma, output.chroma})),
-      memory(stride * (height + chromaRows)) {
+      stride(std::max({input.luma, input.chroma, output.luma, output.chroma})) {
 }
 
 // Without padding, luma rows of odd width are a byte shorter than those of the chroma plane.
-Frame::Strides Frame::StridesOf(int64_t padded) const {
+FrameLayout::Strides FrameLayout::StridesOf(int64_t padded) const {
     if (padded > 0)
         return {static_cast<size_t>(padded), static_cast<size_t>(padded)};
     return {width, chromaRows > 0 ? (width + 1) / 2 * 2 : width};
 }
 
-size_t Frame::Bytes(const Strides &strides) const {
-    return strides.luma * height + strides.chroma * chromaRows;
+Frame::Frame(const FrameShape &shape)
+    : layout(shape), memory(layout.stride * (layout.height + layout.chromaRows)) {
 }
 
 OrnMinRenderImage Frame::Image() {
     OrnMinRenderImage image{};
-    image.width = static_cast<int32_t>(width);
-    image.height = static_cast<int32_t>(height);
-    image.stride = static_cast<int64_t>(stride);
+    image.width = static_cast<int32_t>(layout.width);
+    image.height = static_cast<int32_t>(layout.height);
+    image.stride = static_cast<int64_t>(layout.stride);
     image.yPlane = memory.data();
-    image.uvPlane = chromaRows > 0 ? memory.data() + stride * height : nullptr;
+    image.uvPlane = layout.chromaRows > 0 ? memory.data() + layout.stride * layout.height : nullptr;
     return image;
 }
 
 // Passes the runs of bytes that are contiguous in memory and stream alike, until one falls short.
-template <typename Pass> size_t Frame::Transfer(const Strides &strides, Pass pass) {
-    if (strides.luma == stride && (chromaRows == 0 || strides.chroma == stride))
+template <typename Pass> size_t Frame::Transfer(const FrameLayout::Strides &strides, Pass pass) {
+    if (strides.luma == layout.stride && strides.chroma == layout.stride)
         return pass(memory.data(), memory.size());
     size_t total = 0;
-    for (size_t y = 0; y < height + chromaRows; ++y) {
-        const size_t length = y < height ? strides.luma : strides.chroma;
-        const size_t count = pass(memory.data() + y * stride, length);
+    for (size_t y = 0; y < layout.height + layout.chromaRows; ++y) {
+        const size_t length = y < layout.height ? strides.luma : strides.chroma;
+        const size_t count = pass(memory.data() + y * layout.stride, length);
         total += count;
         if (count < length)
             break;
@@ -52,28 +69,20 @@ template <typename Pass> size_t Frame::Transfer(const Strides &strides, Pass pas
 }
 
 size_t Frame::Read(std::FILE *file) {
-    return Transfer(
-        input, [file](uint8_t *bytes, size_t count) { return std::fread(bytes, 1, count, file); });
+    return Transfer(layout.input, [file](uint8_t *bytes, size_t count) {
+        return std::fread(bytes, 1, count, file);
+    });
 }
 
 size_t Frame::Write(std::FILE *file) {
-    return Transfer(output, [file](const uint8_t *bytes, size_t count) {
+    return Transfer(layout.output, [file](const uint8_t *bytes, size_t count) {
         return std::fwrite(bytes, 1, count, file);
     });
 }
 
 Clip::Clip(const std::string &name, const FrameShape &shape)
-    : path(name), file(std::fopen(name.c_str(), "rb"), std::fclose), frame(shape),
-      image(frame.Image()) {
-    struct stat status {};
-    if (!file || fstat(fileno(file.get()), &status) != 0)
-        throw FileFailure(path);
-    const auto bytes = static_cast<size_t>(S_ISREG(status.st_mode) ? status.st_size : 0);
-    const size_t frameBytes = frame.InputBytes();
-    count = static_cast<int64_t>(bytes / frameBytes);
-    if (count == 0 || bytes % frameBytes != 0)
-        throw Failure(path + ": its " + std::to_string(bytes) + " bytes are no whole frames of " +
-                      std::to_string(frameBytes));
+    : path(name), file(std::fopen(name.c_str(), "rb"), std::fclose),
+      count(CountFrames(file.get(), name, shape)), frame(shape), image(frame.Image()) {
 }
 
 const OrnMinRenderImage &Clip::FrameAt(int64_t index) {

@@ -22,7 +22,31 @@ struct FrameShape {
     int64_t outputStride = 0;
 };
 
-// One stride serves both planes in memory, and rows of the input and of the output fit into it.
+// How frames of a shape lie. One stride serves both planes in memory, and rows of the input and of
+// the output fit into it.
+struct FrameLayout {
+    explicit FrameLayout(const FrameShape &shape);
+
+    struct Strides {
+        size_t luma;
+        size_t chroma;
+    };
+
+    size_t Bytes(const Strides &strides) const {
+        return strides.luma * height + strides.chroma * chromaRows;
+    }
+
+    size_t width;
+    size_t height;
+    size_t chromaRows;
+    Strides input;
+    Strides output;
+    size_t stride;
+
+  private:
+    Strides StridesOf(int64_t padded) const;
+};
+
 class Frame {
   public:
     explicit Frame(const FrameShape &shape);
@@ -30,10 +54,10 @@ class Frame {
     OrnMinRenderImage Image();
 
     size_t InputBytes() const {
-        return Bytes(input);
+        return layout.Bytes(layout.input);
     }
     size_t OutputBytes() const {
-        return Bytes(output);
+        return layout.Bytes(layout.output);
     }
 
     // Both return the number of bytes that went through: InputBytes() or OutputBytes(), or less at
@@ -42,21 +66,9 @@ class Frame {
     size_t Write(std::FILE *file);
 
   private:
-    struct Strides {
-        size_t luma;
-        size_t chroma;
-    };
+    template <typename Pass> size_t Transfer(const FrameLayout::Strides &strides, Pass pass);
 
-    Strides StridesOf(int64_t padded) const;
-    size_t Bytes(const Strides &strides) const;
-    template <typename Pass> size_t Transfer(const Strides &strides, Pass pass);
-
-    size_t width;
-    size_t height;
-    size_t chromaRows;
-    Strides input;
-    Strides output;
-    size_t stride;
+    FrameLayout layout;
     std::vector<uint8_t> memory;
 };
 
@@ -70,10 +82,12 @@ class Clip {
     const OrnMinRenderImage &FrameAt(int64_t index);
 
   private:
+    using File = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
+
     std::string path;
-    std::unique_ptr<std::FILE, int (*)(std::FILE *)> file;
-    Frame frame;
+    File file;
+    int64_t count;
+    Frame frame; // allocated when the file is known to hold one
     OrnMinRenderImage image;
-    int64_t count = 0;
     int64_t shown = -1; // the frame in memory
 };

@@ -163,11 +163,9 @@ void OverlayFrames(const Options &options, const std::vector<Overlay> &overlays,
     if (!context)
         throw std::bad_alloc();
     Frame frame(options.shape);
-    Frame spare(options.shape);
     Canvas canvas{frame.Image(),
-                  spare.Image(),
+                  options.shape,
                   context.get(),
-
                   tracks,
                   MakePalette(options.colours),
                   options.framesPerSecond.value_or(kUsualRate)};
