@@ -203,7 +203,7 @@ for turn in '' down up inverted; do
     input=in "$overlay" --size 64x24 --format y8 --font sans.cbf turn.txt <in | cksum
 done | sort -u >turns
 [ "$(wc -l <turns)" = 4 ] || fail "four directions of text look like $(wc -l <turns)"
-echo '* label 9 5 red red "a"' >label.txt # luma 76, U 84
+echo '* label 9 1 red red "a"' >label.txt # luma 76, U 84
 input=in expect 0 '' "$overlay" --size 64x24 --font sans.cbf label.txt
 od -An -v -tu1 -w1 output | awk '$1 == 76 { ++y } $1 == 84 { u += 4 } END { exit !y || y != u }' ||
     fail "a label's colour ends elsewhere than its luma"
