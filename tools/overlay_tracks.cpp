@@ -122,7 +122,7 @@ Tracks::Tracks(std::string_view content, const TrackSettings &settings, FileErro
         if (header)
             return;
         const TrackedBox box = ParseRow(row, settings);
-        if (box.frame >= 0 && box.confidence >= settings.minConfidence)
+        if (box.confidence >= settings.minConfidence)
             boxes.push_back(box);
     });
     if (settings.maxGap > 1)

@@ -13,8 +13,8 @@
 #include <vector>
 
 struct TrackSettings {
-    // The number by which the file calls the first frame. What lies before a given one is left out;
-    // if none is given, it is 1, and a row before that is an error.
+    // The number by which the file calls the first frame. Boxes may lie before a given one; if none
+    // is given, it is 1, and a row before that is an error.
     std::optional<int64_t> firstFrame;
     int64_t maxGap = 0; // frames; rows of an id that lie no further apart are joined
     double minConfidence = -std::numeric_limits<double>::infinity();
@@ -22,7 +22,7 @@ struct TrackSettings {
 
 // Edges in pixels, right and bottom being the first outside.
 struct TrackedBox {
-    int64_t frame; // from 0
+    int64_t frame; // from 0; below, before the first
     int64_t id;    // negative: not tracked, just detected
     double left;
     double top;
