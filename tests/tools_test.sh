@@ -145,14 +145,14 @@ expect 1 'pbm.txt:1: cut.pbm: it is cut short' "$overlay" --size 8x6 pbm.txt
 echo '* bitmap 0 0 9 9 white half "nowhere.pbm"' >pbm.txt
 expect 1 'pbm.txt:1: nowhere.pbm: No such file' "$overlay" --size 8x6 pbm.txt
 for script in "$repository"/docs/gallery/*.txt; do
-    (cd "$repository/docs/gallery" && "$overlay" --check --font "$work/sans.cbf" "$script") ||
+    "$overlay" --check --font sans.cbf "$script" ||
         fail "$script has errors"
 done
 
 # ---- orn-overlay: places, tracks and layouts ----
 # The two scripts of a row (where | stands for the end of a line) draw the same into two frames.
-printf 'frame,id,left,top,width,height,conf\n1,7,10,4,4.6,3,0.9\n\n2, 2.0e0 ,60,2,20,5\n' >tracks.csv
-printf '1,3,4,4,9,9,0.1\r\n# a gap\n1,1,8,4,4,4\r\n3,1,16,6,8,4,-1,-1,-1\n3,4,50,2,4,4\n' >gap.csv
+printf '\357\273\277frame,id,left,top,width,height,conf\n1,7,10,4,4.6,3,0.9\n\n2, 2.0e0 ,60,2,20,5\n' >tracks.csv
+printf '1,3,4,4,9,9,0.1\r\n# a gap\n1,1,8,4,4,4\r\n3,1,16,6,8,4,-1,-1,-1\n4,3,50,2,4,4\n1,4,40,2,4,4\n3,5,50,2,4,4\n' >gap.csv
 while IFS='=' read -r files one other; do
     for script in one other; do
         eval "printf '%s' \"\$$script\"" | tr '|' '\n' >$script.txt
@@ -175,15 +175,15 @@ done <<'TABLE'
 =* label 3 0 white white "ab"=* label 3 0 red red "ab"|* fill text.left text.top text.right text.bottom white
 =font "some.cbf"|* text 3 20 white "aA"=font "some.cbf"|* text 3 20 white "bA"
 =* outlined 99 99 white red inside "a"=* outlined right-3 bottom-3 white red "a"
-=* text center center white down "a\nb"|* fill text.left text.top text.right text.bottom red=* measure 32 12 center middle down "a\nb"|* fill text.left text.top text.right text.bottom red
+=* text 14 1 white down "a\nb"|* fill text.left text.top text.right text.bottom red=* measure 14 1 down "a\nb"|* fill text.left text.top text.right text.bottom red
 =* fill 1 1 2 2 white|1 text 3 20 red "a"|0 fill text.left 0 9 9 white=* fill 1 1 2 2 white|1 text 3 20 red "a"
 --tracks tracks.csv=tracks fill box.left box.top box.right box.bottom white=0 fill 10 4 15 7 white|1 fill 60 2 80 7 white
 --tracks tracks.csv=* fill 0 0 1 1 red=* fill 0 0 1 1 red|0 box 10 4 14 6 #2fe0c0|0 label 10 4 black #2fe0c0 bottom "7"|1 box 60 2 79 6 #35c4ff|1 label 60 2 black #35c4ff bottom "2"
---tracks gap.csv --max-gap 2 --min-confidence -1=tracks disc box.left box.top box.right box.bottom white=0 disc 4 4 13 13 white|0 disc 8 4 12 8 white|1 disc 12 5 18 9 white|2 disc 16 6 24 10 white|2 disc 50 2 54 6 white
---tracks gap.csv --max-gap 2 --min-confidence 0.5=tracks fill box.left box.top box.right box.bottom white=0 fill 8 4 12 8 white|2 fill 50 2 54 6 white
---tracks gap.csv --max-gap 1=tracks line 0 0 box.center box.center white=0 line 0 0 10 6 white|0 line 0 0 8 8 white|2 line 0 0 20 8 white|2 line 0 0 52 4 white
+--tracks gap.csv --max-gap 2 --min-confidence -1=tracks disc box.left box.top box.right box.bottom white=0 disc 4 4 13 13 white|0 disc 8 4 12 8 white|0 disc 40 2 44 6 white|1 disc 12 5 18 9 white|2 disc 16 6 24 10 white|2 disc 50 2 54 6 white
+--tracks gap.csv --max-gap 2 --min-confidence 0.5=tracks fill box.left box.top box.right box.bottom white=0 fill 8 4 12 8 white|0 fill 40 2 44 6 white|2 fill 50 2 54 6 white
+--tracks gap.csv --max-gap 1=tracks line 0 0 box.center box.center white=0 line 0 0 10 6 white|0 line 0 0 8 8 white|0 line 0 0 42 4 white|2 line 0 0 20 8 white|2 line 0 0 52 4 white
 --tracks gap.csv --max-gap 2=tracks trail 1 white=1 line 15 9 10 8 white|2 line 20 10 15 9 white
---tracks gap.csv --first-frame 0=tracks text box.center 20 white "{id} {conf}"=1 text 10 20 white center "1 1.00"|1 text 8 20 white center "3 0.10"
+--tracks gap.csv --first-frame 0=tracks text box.center 20 white "{id} {conf}"=1 text 10 20 white center "1 1.00"|1 text 8 20 white center "3 0.10"|1 text 42 20 white center "4 1.00"
 TABLE
 while IFS='=' read -r row reason; do
     printf 'frame,id\n%s\n' "$row" >bad.csv
