@@ -47,8 +47,8 @@ expect 1 'none of the characters' "$cbfconv" -s 16 -r 0xE000 -o bad.cbf "$ttf"
 
 # ---- orn-overlay: errors ----
 cat >wrong.txt <<'SCRIPT'
-# a comment, then an empty line
-
+# a comment, and further down an empty line
+* box text.left 2 3 4 red
 5 blob
 * box 1 2 3 red
 * fill 1 2 3 4 #12
@@ -60,7 +60,7 @@ cat >wrong.txt <<'SCRIPT'
 * box 1 2 right- 4 red
 * box +1 2 3 4 red
 * box 1% 2%% 3 4 red
-* box text.left 2 3 4 red
+
 * box box.left 2 3 4 red
 * box 1 2 3 4 id
 * label 1 2 red red middel "x"
@@ -69,7 +69,7 @@ cat >wrong.txt <<'SCRIPT'
 font "wrong.txt"
 SCRIPT
 expect 1 "wrong.txt:3: unknown command 'blob'" "$overlay" --size 8x6 --font sans.cbf wrong.txt
-for line in $(seq 4 20); do
+for line in 2 $(seq 4 13) $(seq 15 20); do
     grep -q "^orn-overlay: wrong.txt:$line: " errors || fail "line $line is not refused"
 done
 echo '* text 1 2 red "a"' >text.txt

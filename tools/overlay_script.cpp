@@ -373,17 +373,17 @@ Script ParseScript(std::string_view content, const ScriptSettings &settings, Fon
         if (NextWord(line) == "font")
             return font.TakeLine(line, settings);
         Overlay overlay = ParseLine(line, settings, font);
-        RequireTextBefore(overlay, script.overlays);
+        if (script.errors.list.empty()) // else the text may stand in a line that is wrong
+            RequireTextBefore(overlay, script.overlays);
         script.overlays.push_back(std::move(overlay));
     });
     return script;
 }
 
 std::string_view TrackScript(bool hasFont) {
-    constexpr std::string_view kBoxes = "tracks box box.left box.top box.right-1 box.bottom-1 id\n";
-    constexpr std::string_view kBoth = "tracks box box.left box.top box.right-1 box.bottom-1 id\n"
-                                       "tracks label box.left box.top black id bottom \"{id}\"\n";
-    return hasFont ? kBoth : kBoxes;
+    constexpr std::string_view kLines = "tracks box box.left box.top box.right-1 box.bottom-1 id\n"
+                                        "tracks label box.left box.top black id bottom \"{id}\"\n";
+    return hasFont ? kLines : kLines.substr(0, kLines.find('\n'));
 }
 
 std::string ScriptHelp() {
