@@ -345,13 +345,30 @@ ORN_AVX512 static ORN_INLINE uint32_t GatherWord(const uint32_t *row, const BitS
     return _mm512_movepi16_mask(_mm512_permutex2var_epi16(right, places, left));
 }
 
+// 64 neighbouring columns, in the order of a mask.
+ORN_AVX512 static ORN_INLINE uint64_t ReverseColumns(uint64_t columns) {
+    const __m128i backwards = _mm_set_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+    const __m512i lanes =
+        _mm512_shuffle_epi8(_mm512_movm_epi8(columns), _mm512_broadcast_i32x4(backwards));
+    return _mm512_movepi8_mask(_mm512_shuffle_i64x2(lanes, lanes, _MM_SHUFFLE(0, 1, 2, 3)));
+}
+
+// Word by word, or by two words where the bitmap keeps its width.
 ORN_AVX512 static void GatherBitsAvx512(uint32_t *to, int32_t pitch, const uint32_t *const *rows,
                                         int32_t rowCount, const BitSource *sources, int32_t count) {
-    for (int32_t i = 0; i < count; ++i) {
+    for (int32_t i = 0; i < count;) {
         const BitSource source = sources[i];
+        const bool two = source.spacing == 1 && i + 1 < count;
         uint32_t *word = to + i;
-        for (int32_t row = 0; row < rowCount; ++row, word += pitch)
-            *word = GatherWord(rows[row], source);
+        for (int32_t row = 0; row < rowCount; ++row, word += pitch) {
+            if (two) {
+                const uint64_t both = ReverseColumns(SourceColumns(rows[row], source));
+                memcpy(word, &both, sizeof both);
+            } else {
+                *word = GatherWord(rows[row], source);
+            }
+        }
+        i += two ? 2 : 1;
     }
 }
 
