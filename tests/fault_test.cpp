@@ -87,7 +87,7 @@ cbf::Bytes Sample() {
     source.fallback = RandomGlyph(random, 9, 12);
     for (uint32_t c = 32; c < 70; ++c)
         source.glyphs[c] = RandomGlyph(random, 12, 14);
-    source.glyphs[0x110004] = source.glyphs[0x110009] = source.fallback;
+    source.glyphs[0x110004] = source.glyphs[0x110009] = source.glyphs[40];
     return cbf::WriteFont(source).bytes;
 }
 

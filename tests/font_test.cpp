@@ -319,7 +319,7 @@ TEST(GlyphCache, KeepsOneEntryACodePoint) {
     cbf::Font source;
     source.fallback = {1, 1, 0, 1, 2, {1}};
     for (const uint32_t c : {65u, 321u, 577u})
-        source.glyphs[c] = source.fallback;
+        source.glyphs[c] = {1, 1, 0, 1, 3, {1}};
     const FontPtr font = Load(cbf::WriteFont(source).bytes);
     const uint32_t order[] = {321, 65, 577, 321, 65, 900, 0, 577, 66};
     const uint32_t counts[] = {1, 2, 3, 3, 3, 4, 4, 4, 5}; // 900 lies outside and is served as 0

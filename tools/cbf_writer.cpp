@@ -14,8 +14,10 @@ constexpr size_t kMaxCodedBits = 32767;
 constexpr uint32_t kMaxCodeLength = 32;
 constexpr uint16_t kEndMark = 0xFFFF;
 
-// A delta is the size of one record, so it is never 0 (no glyph), the end mark, or negative.
-static_assert(kGlyphHeadBytes + (kMaxCodedBits + 7) / 8 <= 32767, "a delta fits 16 bits");
+constexpr size_t kMaxDelta = 32767;
+
+// Records begin at least seven bytes apart, so that no delta is the end mark.
+static_assert(kGlyphHeadBytes + (kMaxCodedBits + 7) / 8 <= kMaxDelta, "a delta fits 16 bits");
 
 // ---- Bytes and bits ----
 
@@ -299,14 +301,225 @@ Bytes IndexBytes(const std::vector<IndexSlot> &slots) {
     return best;
 }
 
-// ---- Whole fonts ----
+// ---- Run lengths ----
 
-// Glyphs in the order of their records: the fallback glyph first.
 struct Entry {
     const Glyph *glyph;
-    uint32_t codePoint;
+    uint32_t codePoint; // 0 for the fallback glyph, the first of the list
     std::vector<uint16_t> runs;
 };
+
+// The codes of both colours, background first. A rare length does without: its run is written as
+// two shorter ones with a run of 0 of the other colour between them.
+struct RunCoding {
+    Counts counts[2];
+    std::vector<Code> codes[2];
+    std::map<uint16_t, uint16_t> firstParts[2]; // of the lengths without code
+};
+
+constexpr uint64_t kTableEntryBits = 32;
+
+static uint64_t CodingBits(const RunCoding &coding) {
+    uint64_t bits = 0;
+    for (size_t colour = 0; colour < 2; ++colour)
+        for (const Code &code : coding.codes[colour])
+            bits += kTableEntryBits + coding.counts[colour].at(code.symbol) * code.length;
+    return bits;
+}
+
+static void RecodeRuns(RunCoding *coding) {
+    for (size_t colour = 0; colour < 2; ++colour)
+        coding->codes[colour] = MakeCodes(coding->counts[colour]);
+}
+
+struct Split {
+    uint16_t firstPart = 0;     // 0: none of the others add up to the length
+    uint32_t bits = UINT32_MAX; // of both parts
+};
+
+static Split CheapestSplit(const CodeBook &book, uint16_t length) {
+    Split best;
+    for (const auto &[part, code] : book) {
+        const auto rest = book.find(static_cast<uint16_t>(length - part));
+        if (part == 0 || part > length / 2 || rest == book.end())
+            continue;
+        const uint32_t bits = uint32_t{code.length} + rest->second.length;
+        if (bits < best.bits)
+            best = {part, bits};
+    }
+    return best;
+}
+
+static RunCoding WithSplit(const RunCoding &coding, size_t colour, uint16_t length,
+                           uint16_t firstPart) {
+    RunCoding split = coding;
+    const uint64_t count = split.counts[colour].at(length);
+    split.counts[colour].erase(length);
+    split.counts[colour][firstPart] += count;
+    split.counts[colour][static_cast<uint16_t>(length - firstPart)] += count;
+    split.counts[1 - colour][0] += count;
+    split.firstParts[colour][length] = firstPart;
+    RecodeRuns(&split);
+    return split;
+}
+
+// Splits a length if that makes tables and runs smaller together. The codes change with it, so the
+// estimate by the present ones only says where trying is worth it.
+static void SplitIfShorter(RunCoding *coding, size_t colour, uint16_t length) {
+    const CodeBook book = MakeCodeBook(coding->codes[colour]);
+    const Split split = CheapestSplit(book, length);
+    const uint64_t count = coding->counts[colour].at(length);
+    if (split.firstPart == 0 ||
+        count * split.bits >= kTableEntryBits + count * book.at(length).length)
+        return;
+    RunCoding trial = WithSplit(*coding, colour, length, split.firstPart);
+    if (CodingBits(trial) < CodingBits(*coding))
+        *coding = std::move(trial);
+}
+
+// The rarest first, of these the longest.
+static std::vector<uint16_t> ByRarity(const Counts &counts) {
+    std::vector<uint16_t> lengths;
+    for (const auto &[length, count] : counts)
+        lengths.insert(lengths.begin(), length);
+    std::stable_sort(lengths.begin(), lengths.end(),
+                     [&](uint16_t a, uint16_t b) { return counts.at(a) < counts.at(b); });
+    return lengths;
+}
+
+static RunCoding CodeRuns(const std::vector<Entry> &entries) {
+    RunCoding coding;
+    for (const Entry &entry : entries)
+        for (size_t i = 0; i < entry.runs.size(); ++i)
+            ++coding.counts[i % 2][entry.runs[i]];
+    RecodeRuns(&coding);
+    for (size_t colour = 0; colour < 2; ++colour)
+        for (const uint16_t length : ByRarity(coding.counts[colour]))
+            SplitIfShorter(&coding, colour, length);
+    return coding;
+}
+
+static void PutRun(BitWriter *writer, const RunCoding &coding, const CodeBook (&books)[2],
+                   size_t colour, uint16_t length) {
+    const auto split = coding.firstParts[colour].find(length);
+    if (split == coding.firstParts[colour].end()) {
+        PutSymbol(writer, books[colour], length);
+        return;
+    }
+    PutRun(writer, coding, books, colour, split->second);
+    PutSymbol(writer, books[1 - colour], 0);
+    PutRun(writer, coding, books, colour, static_cast<uint16_t>(length - split->second));
+}
+
+// ---- Glyph data ----
+
+struct Record {
+    uint32_t codePoint;
+    Bytes bytes;
+    uint8_t padding; // which bits of the last byte say nothing
+};
+
+struct Records {
+    Fault fault;
+    std::vector<Record> list; // the fallback glyph first
+};
+
+static Records MakeRecords(const std::vector<Entry> &entries, const RunCoding &coding) {
+    const CodeBook books[2] = {MakeCodeBook(coding.codes[0]), MakeCodeBook(coding.codes[1])};
+    Records records;
+    for (const Entry &entry : entries) {
+        BitWriter writer;
+        for (size_t i = 0; i < entry.runs.size(); ++i)
+            PutRun(&writer, coding, books, i % 2, entry.runs[i]);
+        if (writer.bitCount > kMaxCodedBits)
+            return {{Problem::CodedRuns, &entry == &entries.front(), entry.codePoint}, {}};
+        const size_t paddingBits = writer.bytes.size() * 8 - writer.bitCount;
+        records.list.push_back({entry.codePoint, RecordBytes(*entry.glyph, writer),
+                                static_cast<uint8_t>((1u << paddingBits) - 1)});
+    }
+    return records;
+}
+
+struct Layout {
+    Bytes glyphData;
+    size_t records = 0;
+    std::vector<IndexSlot> slots;
+    Bytes index;
+};
+
+// Puts records one after the other. The delta from one glyph to the next is one of 16 bits, and 0
+// means the fallback glyph. So a record is shared only while it is near the end, which the next new
+// record must be reached from, and never by two neighbours.
+class Placer {
+  public:
+    Placer(const Record &fallback, size_t minSharedSize)
+        : fallbackBytes(fallback.bytes), minSharedBytes(minSharedSize) {
+        Append(fallback);
+    }
+
+    void Add(const Record &record) {
+        if (record.bytes == fallbackBytes)
+            return;
+        const size_t offset = FindOrAppend(record);
+        layout.slots.push_back({record.codePoint, static_cast<uint16_t>(offset - previous)});
+        previous = offset;
+    }
+
+    Layout layout;
+
+  private:
+    size_t FindOrAppend(const Record &record) {
+        if (record.bytes.size() < minSharedBytes)
+            return Append(record);
+        std::vector<size_t> &copies = offsets[record.bytes];
+        const size_t end = layout.glyphData.size();
+        for (auto copy = copies.rbegin(); copy != copies.rend() && end - *copy <= kMaxDelta; ++copy)
+            if (*copy != previous)
+                return *copy;
+        copies.push_back(Append(record));
+        return copies.back();
+    }
+
+    // A record begins in the last byte of the one before where the bits that say something there
+    // are the same.
+    size_t Append(const Record &record) {
+        Bytes &data = layout.glyphData;
+        const uint8_t first = record.bytes.front();
+        const bool overlaps = !data.empty() && ((data.back() ^ first) & ~padding & 0xFF) == 0;
+        if (overlaps)
+            data.back() = first;
+        const size_t offset = data.size() - overlaps;
+        data.insert(data.end(), record.bytes.begin() + overlaps, record.bytes.end());
+        padding = record.padding;
+        ++layout.records;
+        return offset;
+    }
+
+    const Bytes &fallbackBytes;
+    const size_t minSharedBytes;
+    std::map<Bytes, std::vector<size_t>> offsets;
+    size_t previous = 0;
+    uint8_t padding = 0; // of the last record
+};
+
+// Sharing a record saves its bytes and adds two deltas to the index, rare ones as a rule. From what
+// size on it pays depends on the index's codes, so it is tried.
+static Layout SmallestLayout(const std::vector<Record> &records) {
+    Layout best;
+    for (const size_t minSharedBytes : {size_t{0}, size_t{16}, size_t{24}, size_t{32}, SIZE_MAX}) {
+        Placer placer(records.front(), minSharedBytes);
+        for (size_t i = 1; i < records.size(); ++i)
+            placer.Add(records[i]);
+        Layout &layout = placer.layout;
+        layout.index = IndexBytes(layout.slots);
+        if (best.glyphData.empty() || layout.glyphData.size() + layout.index.size() <
+                                          best.glyphData.size() + best.index.size())
+            best = std::move(layout);
+    }
+    return best;
+}
+
+// ---- Whole fonts ----
 
 static std::vector<Entry> ListEntries(const Font &font) {
     std::vector<Entry> entries = {{&font.fallback, 0, CodedRuns(font.fallback)}};
@@ -327,39 +540,6 @@ static Fault CheckFont(const Font &font) {
     return {};
 }
 
-static std::vector<Code> RunCodes(const std::vector<Entry> &entries, size_t colour) {
-    Counts counts;
-    for (const Entry &entry : entries)
-        for (size_t i = colour; i < entry.runs.size(); i += 2)
-            ++counts[entry.runs[i]];
-    return MakeCodes(counts);
-}
-
-struct GlyphData {
-    Fault fault;
-    Bytes bytes;
-    std::vector<IndexSlot> slots;
-};
-
-static GlyphData WriteGlyphs(const std::vector<Entry> &entries, const CodeBook (&books)[2]) {
-    GlyphData data;
-    size_t previousOffset = 0;
-    for (const Entry &entry : entries) {
-        const bool isFallback = &entry == &entries.front();
-        BitWriter codedRuns;
-        for (size_t i = 0; i < entry.runs.size(); ++i)
-            PutSymbol(&codedRuns, books[i % 2], entry.runs[i]);
-        if (codedRuns.bitCount > kMaxCodedBits)
-            return {{Problem::CodedRuns, isFallback, entry.codePoint}, {}, {}};
-        const size_t offset = data.bytes.size();
-        if (!isFallback)
-            data.slots.push_back({entry.codePoint, static_cast<uint16_t>(offset - previousOffset)});
-        previousOffset = offset;
-        Append(&data.bytes, RecordBytes(*entry.glyph, codedRuns));
-    }
-    return data;
-}
-
 static Bytes HeaderBytes(const Font &font, const Bytes (&sections)[4]) {
     const auto size = [&](size_t i) { return static_cast<uint32_t>(sections[i].size()); };
     Bytes bytes;
@@ -378,13 +558,15 @@ File WriteFont(const Font &font) {
     if (const Fault fault = CheckFont(font); fault.problem != Problem::None)
         return {fault, {}, {}};
     const std::vector<Entry> entries = ListEntries(font);
-    const std::vector<Code> codes[2] = {RunCodes(entries, 0), RunCodes(entries, 1)};
-    GlyphData data = WriteGlyphs(entries, {MakeCodeBook(codes[0]), MakeCodeBook(codes[1])});
-    if (data.fault.problem != Problem::None)
-        return {data.fault, {}, {}};
-    const Bytes sections[4] = {TableBytes(codes[0]), TableBytes(codes[1]), IndexBytes(data.slots),
-                               std::move(data.bytes)};
+    const RunCoding coding = CodeRuns(entries);
+    const Records records = MakeRecords(entries, coding);
+    if (records.fault.problem != Problem::None)
+        return {records.fault, {}, {}};
+    Layout layout = SmallestLayout(records.list);
+    const Bytes sections[4] = {TableBytes(coding.codes[0]), TableBytes(coding.codes[1]),
+                               std::move(layout.index), std::move(layout.glyphData)};
     File file;
+    file.records = layout.records;
     file.bytes = HeaderBytes(font, sections);
     for (const Bytes &section : sections)
         Append(&file.bytes, section);

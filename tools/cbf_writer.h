@@ -4,7 +4,9 @@
 //
 // Glyph bitmaps are stored as alternating runs of background and ink. The run lengths of each
 // colour, and the distances between glyph records in the code-point index, have a Huffman code of
-// their own, made from the font's own statistics. Output depends on the input alone.
+// their own, made from the font's own statistics. Files are made small: rare run lengths are split
+// in two, identical glyphs share a record, and a record may begin in the last byte of another.
+// Output depends on the input alone.
 #pragma once
 
 #include <cstddef>
@@ -66,6 +68,7 @@ struct File {
     Fault fault; // anything but None: nothing was written
     Bytes bytes;
     Sizes sizes;
+    size_t records = 0; // stored for glyphs: identical ones share one where the index can say so
 };
 
 File WriteFont(const Font &font);
@@ -119,7 +122,8 @@ void PutSymbol(BitWriter *writer, const CodeBook &book, uint16_t symbol); // mus
 // A glyph record. The bit count is written as it comes, modulo 2^16.
 Bytes RecordBytes(const Glyph &glyph, const BitWriter &codedRuns);
 
-// A glyph's place in the index: how far its record lies after that of the glyph before.
+// A glyph's place in the index: how far its record lies after that of the glyph before; negative
+// modulo 2^16 where it lies before it.
 struct IndexSlot {
     uint32_t codePoint;
     uint16_t delta;
