@@ -90,10 +90,19 @@ StampGlyph ReadGlyph(OrnMinRenderFont *font, char character) {
     return glyph;
 }
 
+cbf::Font ReadAscii(int pixelSize) {
+    const std::unique_ptr<FontSource> source = OpenFont(kFontFile, pixelSize);
+    cbf::Font font;
+    font.lineHeight = source->LineHeight();
+    font.fallback = source->Fallback();
+    for (uint32_t c = ' '; c <= '~'; ++c)
+        font.glyphs[c] = source->Read(c).value();
+    return font;
+}
+
 std::unique_ptr<FontSet> MakeFontSet(int pixelSize) {
     auto set = std::make_unique<FontSet>();
-    const SourceFont source = ReadFont(kFontFile, pixelSize, {{' ', '~'}});
-    set->cbfPath = WriteTemporary(cbf::WriteFont(source.font).bytes);
+    set->cbfPath = WriteTemporary(cbf::WriteFont(ReadAscii(pixelSize)).bytes);
     OrnMinRenderFont *font = OrnMinRenderLoadCbfFont(set->cbfPath.c_str());
     for (char c = ' '; c <= '~'; ++c)
         set->glyphs[size_t(c)] = ReadGlyph(font, c);

@@ -1,7 +1,6 @@
 #include "cbf_writer.h"
 
 #include <algorithm>
-#include <set>
 
 namespace cbf {
 
@@ -272,28 +271,19 @@ static Bytes SectionBytes(uint32_t count, const std::vector<IndexRecord> &record
     return bytes;
 }
 
-// The longest gaps worth bridging, one for each way to split. A record costs its head, an end mark
-// of at most 32 bits and padding, 103 bits at most, and a zero at least one bit, so that gaps far
-// beyond that never pay.
-static std::set<uint32_t> BridgeableGaps(const std::vector<IndexSlot> &slots) {
-    constexpr uint32_t kHopelessGap = 256;
-    std::set<uint32_t> gaps = {0};
-    for (size_t i = 1; i < slots.size(); ++i) {
-        const uint32_t gap = slots[i].codePoint - slots[i - 1].codePoint - 1;
-        if (gap < kHopelessGap)
-            gaps.insert(gap);
-    }
-    return gaps;
-}
+// The longest gaps that are bridged, one for each way to split. A record costs its head, an end
+// mark of at most 32 bits and padding, 103 bits at most, and a zero at least one bit, so that
+// longer gaps never pay.
+constexpr uint32_t kBridgedGaps[] = {0, 1, 2, 3, 4, 6, 8, 11, 16, 23, 32, 45, 64, 90, 128};
 
-// The codes depend on where the index is split and the best split on the codes, so every split by
-// length of gap is tried.
+// The codes depend on where the index is split and the best split on the codes, so several are
+// tried.
 Bytes IndexBytes(const std::vector<IndexSlot> &slots) {
     if (slots.empty())
         return SectionBytes(1, {{0, {0}}});
     const uint32_t count = slots.back().codePoint + 1;
     Bytes best;
-    for (const uint32_t maxGap : BridgeableGaps(slots)) {
+    for (const uint32_t maxGap : kBridgedGaps) {
         Bytes section = SectionBytes(count, SplitIndex(slots, maxGap));
         if (best.empty() || section.size() < best.size())
             best = std::move(section);

@@ -1,23 +1,23 @@
-// cbfconv: makes a CBF font from an outline font at one size, or from a bitmap font.
+// cbfconv: makes a CBF font from outline fonts at one size, or from bitmap fonts.
 //
 // A font is published only after the library itself has loaded it from a temporary file and drawn
-// every glyph of it exactly as it was read.
+// every glyph of it, in every direction, exactly as it was read.
 #include "cbf_writer.h"
+#include "code_points.h"
+#include "font_check.h"
 #include "font_source.h"
 #include "orn_min_render.h"
+#include "output_file.h"
+#include "progress.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <memory>
-
-#include <unistd.h>
+#include <map>
 
 namespace {
 
@@ -31,50 +31,30 @@ struct Failure : std::runtime_error {
     int exitCode;
 };
 
-struct Options {
-    std::string input;
-    std::string output;
-    std::string ranges = "0x20-0x7E";
+// ---- The command line ----
+
+// One input font. What it is asked for may be more than it has.
+struct Input {
+    std::string path;
     int pixelSize = kNativeSize;
+    CodePointSet wanted;
+};
+
+struct Options {
+    std::vector<std::string> fonts, sizes, ranges, exclusions, texts;
+    std::string output;
+    std::string fallback;
+    int letterSpacing = 0;
+    int lineSpacing = 0;
     bool verbose = false;
 };
 
-// ---- The command line ----
-
-constexpr uint32_t kMaxCodePoint = 0x10FFFF;
-
-// "0x41", "U+41" or "65"
-bool ParseCodePoint(const std::string &text, uint32_t *codePoint) {
-    const std::string prefix = CLI::detail::to_lower(text.substr(0, 2));
-    const bool hex = prefix == "0x" || prefix == "u+";
-    const char *first = text.data() + (hex ? 2 : 0);
-    const char *end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(first, end, *codePoint, hex ? 16 : 10);
-    return error == std::errc() && stop == end && *codePoint <= kMaxCodePoint;
-}
-
-CodePointRange ParseRange(const std::string &text) {
-    const size_t dash = text.find('-');
-    const std::string last = dash == std::string::npos ? text : text.substr(dash + 1);
-    CodePointRange range = {};
-    if (!ParseCodePoint(text.substr(0, dash), &range.first) || !ParseCodePoint(last, &range.last))
-        throw Failure(kBadUsage, "-r: '" + text +
-                                     "' is no range of characters such as 0x20-0x7E, "
-                                     "U+0400-U+04FF or 176, up to U+10FFFF");
-    if (range.first > range.last)
-        throw Failure(kBadUsage, "-r: '" + text + "' runs backwards");
-    return range;
-}
-
-std::vector<CodePointRange> ParseRanges(const std::string &text) {
-    std::vector<CodePointRange> ranges;
-    for (size_t first = 0; first <= text.size();) {
-        const size_t comma = std::min(text.find(',', first), text.size());
-        ranges.push_back(ParseRange(text.substr(first, comma - first)));
-        first = comma + 1;
-    }
-    return ranges;
-}
+const char kFooter[] =
+    "-s, -r, -t and -x hold for the fonts that follow them; with a single font they may stand\n"
+    "anywhere. Of several fonts the first that has a character provides it:\n"
+    "  cbfconv -o mixed.cbf -s 16 DejaVuSans.ttf -r U+4E00-U+9FFF unifont.hex\n"
+    "LIST is 'all' or single characters and ranges such as 0x20-0x7E,U+0400-U+04FF,176.\n"
+    "Without -r and -t it is 0x20-0x7E.";
 
 std::string VersionText() {
     return "cbfconv " + std::to_string(ORN_MIN_RENDER_VERSION_MAJOR) + "." +
@@ -82,199 +62,311 @@ std::string VersionText() {
            std::to_string(ORN_MIN_RENDER_VERSION_PATCH);
 }
 
+// What each font is asked for by the options before it, in the order of the command line.
+struct PerFont {
+    CLI::Option *font, *size, *ranges, *text, *exclusions;
+};
+
+PerFont DeclareFontOptions(CLI::App *app, Options *options) {
+    const auto declare = [&](const char *names, std::vector<std::string> *values,
+                             const char *description, const char *type) {
+        return app->add_option(names, *values, description)
+            ->allow_extra_args(false)
+            ->type_name(type);
+    };
+    PerFont perFont = {};
+    perFont.font = app->add_option("font", options->fonts,
+                                   "Fonts to convert: TTF, OTF, BDF, PCF (also .pcf.gz) or .hex")
+                       ->required()
+                       ->type_name("FONT");
+    perFont.size = declare("-s,--size", &options->sizes,
+                           "Size in pixels (of the em square); a bitmap font has its own", "PIXELS")
+                       ->check(CLI::Range(1, 1000));
+    perFont.ranges = declare("-r,--ranges", &options->ranges,
+                             "Characters; what the font lacks is left out", "LIST");
+    perFont.text = declare("-t,--text", &options->texts,
+                           "Every character of a UTF-8 file, besides those of -r", "FILE");
+    perFont.exclusions =
+        declare("-x,--exclude", &options->exclusions, "Characters to leave out", "LIST");
+    return perFont;
+}
+
 void DeclareOptions(CLI::App *app, Options *options) {
-    app->add_option("font", options->input, "Font to convert: TTF, OTF, BDF or PCF (also .pcf.gz)")
-        ->required()
-        ->type_name("FONT");
     app->add_option("-o,--output", options->output, "CBF file to write")
         ->required()
         ->type_name("FILE");
-    app->add_option("-s,--size", options->pixelSize,
-                    "Size in pixels (of the em square); a bitmap font has its own")
-        ->check(CLI::Range(1, 1000))
+    app->add_option("--fallback", options->fallback,
+                    "Character shown for those that the font lacks, instead of the font's own sign "
+                    "for that")
+        ->type_name("CHARACTER");
+    app->add_option("--letter-spacing", options->letterSpacing,
+                    "Pixels to add to the advance of every glyph that has one")
+        ->check(CLI::Range(-127, 127))
         ->type_name("PIXELS");
-    app->add_option("-r,--ranges", options->ranges,
-                    "Characters, as 0x20-0x7E,U+0400-U+04FF,176; what the font lacks is left out")
-        ->capture_default_str()
-        ->type_name("LIST");
+    app->add_option("--line-spacing", options->lineSpacing, "Pixels to add to the line height")
+        ->check(CLI::Range(-1000, 1000))
+        ->type_name("PIXELS");
     app->add_flag("-v,--verbose", options->verbose, "Tell what was written");
     app->set_version_flag("--version", VersionText());
+    app->footer(kFooter);
 }
 
-// ---- Checking a font through the library ----
+// ---- What is wanted of each font ----
 
-struct DestroyFont {
-    void operator()(OrnMinRenderFont *font) const {
-        OrnMinRenderDestroyFont(font);
+// Line feeds and other control characters are not drawn, nor is a byte order mark.
+bool IsDrawn(uint32_t c) {
+    return c >= 0x20 && (c < 0x7F || c >= 0xA0) && c != 0xFEFF;
+}
+
+std::string ReadTextFile(const std::string &path) {
+    std::FILE *file = std::fopen(path.c_str(), "rb");
+    if (!file)
+        throw Failure(kBadData, path + ": " + std::strerror(errno));
+    std::string text;
+    for (int byte; (byte = std::getc(file)) != EOF;)
+        text += static_cast<char>(byte);
+    const int error = std::ferror(file) ? errno : 0; // of a directory, for example
+    std::fclose(file);
+    if (error)
+        throw Failure(kBadData, path + ": " + std::strerror(error));
+    return text;
+}
+
+void AddCharactersOf(const std::string &path, CodePointSet *set) {
+    const std::string text = ReadTextFile(path);
+    for (size_t position = 0; position < text.size();) {
+        const size_t start = position;
+        const std::optional<uint32_t> c = NextCharacter(text, &position);
+        if (!c) {
+            const auto end = text.begin() + static_cast<ptrdiff_t>(start);
+            throw Failure(kBadData, path + ":" +
+                                        std::to_string(1 + std::count(text.begin(), end, '\n')) +
+                                        ": is not UTF-8 at offset " + std::to_string(start));
+        }
+        if (IsDrawn(*c))
+            set->Set(*c, *c, true);
     }
+}
+
+void ChangeSet(CodePointSet *set, const char *option, const std::string &list, bool member) {
+    try {
+        set->Change(list, member);
+    } catch (const std::invalid_argument &error) {
+        throw Failure(kBadUsage, option + std::string(": ") + error.what());
+    }
+}
+
+// The options in force at some place of the command line. A list replaces an earlier one once
+// fonts have used that.
+struct Asked {
+    std::string size;
+    std::vector<std::string> ranges, texts, exclusions;
+    bool used = false;
 };
-using LoadedFont = std::unique_ptr<OrnMinRenderFont, DestroyFont>;
 
-// No glyph reaches further than 127 pixels from the pen.
-constexpr int32_t kFrameSide = 256;
-constexpr OrnMinRenderPoint kPen = {kFrameSide / 2, kFrameSide / 2};
-constexpr uint8_t kInk = 255;
-using Frame = std::vector<uint8_t>;
-
-Frame EmptyFrame() {
-    return Frame(size_t{kFrameSide} * kFrameSide, 0);
+Input MakeInput(const std::string &path, const Asked &asked) {
+    Input input;
+    input.path = path;
+    if (!asked.size.empty())
+        input.pixelSize = std::stoi(asked.size);
+    for (const std::string &text : asked.texts)
+        AddCharactersOf(text, &input.wanted);
+    for (const std::string &list : asked.ranges)
+        ChangeSet(&input.wanted, "-r", list, true);
+    if (asked.texts.empty() && asked.ranges.empty())
+        input.wanted.Set(0x20, 0x7E, true);
+    for (const std::string &list : asked.exclusions)
+        ChangeSet(&input.wanted, "-x", list, false);
+    input.wanted.Set(0, 0, false); // never drawn, as the line feed
+    input.wanted.Set('\n', '\n', false);
+    return input;
 }
 
-std::string Utf8(uint32_t c) {
-    const auto tail = [](uint32_t bits) { return static_cast<char>(0x80 | (bits & 0x3F)); };
-    if (c < 0x80)
-        return {static_cast<char>(c)};
-    if (c < 0x800)
-        return {static_cast<char>(0xC0 | c >> 6), tail(c)};
-    if (c < 0x10000)
-        return {static_cast<char>(0xE0 | c >> 12), tail(c >> 6), tail(c)};
-    return {static_cast<char>(0xF0 | c >> 18), tail(c >> 12), tail(c >> 6), tail(c)};
-}
-
-Frame ExpectedFrame(const cbf::Glyph &glyph) {
-    Frame frame = EmptyFrame();
-    size_t pixel = 0;
-    for (int32_t y = 0; y < glyph.height; ++y)
-        for (int32_t x = 0; x < glyph.width; ++x)
-            if (glyph.pixels[pixel++])
-                frame[static_cast<size_t>((kPen.y - glyph.bearingY + y) * kFrameSide + kPen.x +
-                                          glyph.bearingX + x)] = kInk;
-    return frame;
-}
-
-bool DrawsAs(OrnMinRenderFont *font, const std::string &text, const cbf::Glyph &glyph) {
-    Frame frame = EmptyFrame();
-    OrnMinRenderImage image = {};
-    image.width = image.height = kFrameSide;
-    image.stride = kFrameSide;
-    image.yPlane = frame.data();
-    OrnMinRenderPoint pen = kPen;
-    OrnMinRenderDrawTextY8(nullptr, &image, font, text.c_str(), &pen, 0, kInk);
-    return pen.x == kPen.x + glyph.advance && pen.y == kPen.y && frame == ExpectedFrame(glyph);
-}
-
-// The measured rectangle holds the pen besides the glyph's box.
-bool MeasuresAs(const OrnMinRenderFont *font, const std::string &text, const cbf::Glyph &glyph) {
-    OrnMinRenderPoint pen = kPen;
-    OrnMinRenderRect rect = {};
-    OrnMinRenderGetTextRect(nullptr, font, text.c_str(), &pen, 0, &rect);
-    const int32_t left = kPen.x + glyph.bearingX;
-    const int32_t top = kPen.y - glyph.bearingY;
-    return pen.x == kPen.x + glyph.advance && pen.y == kPen.y &&
-           rect.left == std::min(kPen.x, left) && rect.top == std::min(kPen.y, top) &&
-           rect.right == std::max(kPen.x, left + glyph.width) &&
-           rect.bottom == std::max(kPen.y, top + glyph.height);
-}
-
-bool BreaksLinesAs(const OrnMinRenderFont *font, int32_t lineHeight) {
-    OrnMinRenderPoint pen = kPen;
-    OrnMinRenderRect rect = {};
-    OrnMinRenderGetTextRect(nullptr, font, "\n", &pen, 0, &rect);
-    return pen.x == 0 && pen.y == kPen.y + lineHeight;
-}
-
-// Compares every glyph, and the fallback glyph at every gap between them and past their end.
-void VerifyFont(const std::string &path, const cbf::Font &wanted) {
-    const LoadedFont font(OrnMinRenderLoadCbfFont(path.c_str()));
-    if (!font)
-        throw FontError("the converted font does not load");
-    if (!BreaksLinesAs(font.get(), wanted.lineHeight))
-        throw FontError("the converted font has a wrong line height");
-    const uint32_t end = wanted.glyphs.rbegin()->first + 1;
-    for (uint32_t c = 1; c <= end; ++c) {
-        const auto own = wanted.glyphs.find(c);
-        const bool hasOwn = own != wanted.glyphs.end();
-        const cbf::Glyph &glyph = hasOwn ? own->second : wanted.fallback;
-        const std::string text = Utf8(c);
-        // Gaps are only measured: drawing would cache a copy of the fallback glyph for each.
-        const bool same =
-            c == '\n' || (MeasuresAs(font.get(), text, glyph) &&
-                          ((!hasOwn && c != end) || DrawsAs(font.get(), text, glyph)));
-        if (!same)
-            throw FontError(CodePointName(c) + ": is not drawn as it was read");
+// A new list of characters after a font starts afresh; the size stays.
+void Ask(Asked *asked, const PerFont &options, const CLI::Option *option,
+         const std::string &value) {
+    if (option == options.size) {
+        asked->size = value;
+        return;
     }
+    if (asked->used) {
+        asked->ranges.clear();
+        asked->texts.clear();
+        asked->exclusions.clear();
+        asked->used = false;
+    }
+    (option == options.ranges ? asked->ranges
+     : option == options.text ? asked->texts
+                              : asked->exclusions)
+        .push_back(value);
+}
+
+std::vector<Input> ListInputs(const CLI::App &app, const PerFont &options) {
+    std::map<const CLI::Option *, size_t> taken;
+    std::vector<Input> inputs;
+    const bool single = options.font->count() == 1;
+    Asked asked;
+    const CLI::Option *unused = nullptr;
+    for (const CLI::Option *option : app.parse_order()) {
+        const bool known = option == options.font || option == options.size ||
+                           option == options.ranges || option == options.text ||
+                           option == options.exclusions;
+        if (!known)
+            continue;
+        const std::string &value = option->results().at(taken[option]++);
+        unused = option == options.font ? nullptr : option;
+        if (option != options.font) {
+            Ask(&asked, options, option, value);
+        } else if (!single) {
+            inputs.push_back(MakeInput(value, asked));
+            asked.used = true;
+        }
+    }
+    if (single)
+        inputs.push_back(MakeInput(options.font->results().front(), asked));
+    else if (unused)
+        throw Failure(kBadUsage, unused->get_name() + ": stands after the last font, and holds for "
+                                                      "those that follow it");
+    return inputs;
+}
+
+void CheckOutput(const std::vector<Input> &inputs, const std::string &output) {
+    std::error_code ignored;
+    for (const Input &input : inputs)
+        if (std::filesystem::equivalent(input.path, output, ignored))
+            throw Failure(kBadUsage, output + ": is a font to convert");
+    CheckTarget(output);
+}
+
+// ---- Reading ----
+
+struct MergedFont {
+    cbf::Font font;
+    std::map<uint32_t, size_t> origins; // of the glyphs: positions in the inputs
+    std::vector<uint32_t> missing;      // asked for by number, and in no font
+};
+
+// Runs a call that throws FontError, and names the font.
+template <typename Call> auto OfFont(const std::string &path, Call call) {
+    try {
+        return call();
+    } catch (const FontSizeError &error) {
+        throw Failure(kBadUsage, path + ": " + error.what());
+    } catch (const FontError &error) {
+        throw Failure(kBadData, path + ": " + error.what());
+    }
+}
+
+using Sources = std::vector<std::unique_ptr<FontSource>>;
+
+Sources OpenFonts(const std::vector<Input> &inputs) {
+    Sources sources;
+    for (const Input &input : inputs)
+        sources.push_back(
+            OfFont(input.path, [&] { return OpenFont(input.path, input.pixelSize); }));
+    return sources;
+}
+
+void ReadCharacter(const std::vector<Input> &inputs, const Sources &sources, uint32_t codePoint,
+                   MergedFont *merged) {
+    bool byNumber = false;
+    for (size_t i = 0; i < inputs.size(); ++i) {
+        if (!inputs[i].wanted.Has(codePoint))
+            continue;
+        byNumber |= !inputs[i].wanted.HoldsAll();
+        auto glyph = OfFont(inputs[i].path, [&] { return sources[i]->Read(codePoint); });
+        if (!glyph)
+            continue;
+        merged->font.glyphs.emplace_hint(merged->font.glyphs.end(), codePoint, std::move(*glyph));
+        merged->origins.emplace_hint(merged->origins.end(), codePoint, i);
+        return;
+    }
+    if (byNumber)
+        merged->missing.push_back(codePoint);
+}
+
+cbf::Glyph ReadFallback(const std::string &character, const std::vector<Input> &inputs,
+                        const Sources &sources) {
+    if (character.empty())
+        return OfFont(inputs[0].path, [&] { return sources[0]->Fallback(); });
+    const std::optional<uint32_t> codePoint = ParseCharacter(character);
+    if (!codePoint)
+        throw Failure(kBadUsage, "--fallback: '" + character +
+                                     "' is no single character, nor a number such as U+FFFD");
+    for (size_t i = 0; i < inputs.size(); ++i)
+        if (auto glyph = OfFont(inputs[i].path, [&] { return sources[i]->Read(*codePoint); }))
+            return *glyph;
+    throw Failure(kBadData, "--fallback: no font has " + CodePointName(*codePoint));
+}
+
+void AddSpacing(const Options &options, cbf::Font *font) {
+    font->lineHeight += options.lineSpacing;
+    const auto space = [&](cbf::Glyph *glyph) {
+        if (glyph->advance != 0) // which marks over other glyphs keep
+            glyph->advance += options.letterSpacing;
+    };
+    space(&font->fallback);
+    for (auto &[codePoint, glyph] : font->glyphs)
+        space(&glyph);
+}
+
+MergedFont ReadFonts(const Options &options, const std::vector<Input> &inputs, Progress *progress) {
+    const Sources sources = OpenFonts(inputs);
+    MergedFont merged;
+    merged.font.fallback = ReadFallback(options.fallback, inputs, sources);
+    for (const auto &source : sources)
+        merged.font.lineHeight = std::max(merged.font.lineHeight, source->LineHeight());
+    for (uint32_t c = 0; c <= kMaxCodePoint; ++c) {
+        progress->Tell("reading", c, kMaxCodePoint);
+        ReadCharacter(inputs, sources, c, &merged);
+    }
+    AddSpacing(options, &merged.font);
+    return merged;
 }
 
 // ---- Writing ----
 
-// Keeps the signals that would end the program, and leave a temporary file, until it is gone.
-class SignalsHeld {
-  public:
-    SignalsHeld() {
-        sigset_t ending;
-        sigemptyset(&ending);
-        for (const int number : {SIGHUP, SIGINT, SIGTERM})
-            sigaddset(&ending, number);
-        sigprocmask(SIG_BLOCK, &ending, &before);
-    }
-    ~SignalsHeld() {
-        sigprocmask(SIG_SETMASK, &before, nullptr);
-    }
-    SignalsHeld(const SignalsHeld &) = delete;
-    SignalsHeld &operator=(const SignalsHeld &) = delete;
-
-  private:
-    sigset_t before;
-};
-
-// Also after the file has been renamed, when there is nothing left to remove.
-struct RemovedAtExit {
-    explicit RemovedAtExit(const std::string &filePath) : path(filePath) {
-    }
-    ~RemovedAtExit() {
-        unlink(path.c_str());
-    }
-    RemovedAtExit(const RemovedAtExit &) = delete;
-    RemovedAtExit &operator=(const RemovedAtExit &) = delete;
-
-    const std::string path;
-};
-
-// Such a target would be replaced rather than written to.
-void CheckTarget(const Options &options) {
-    std::error_code ignored;
-    if (std::filesystem::equivalent(options.input, options.output, ignored))
-        throw Failure(kBadUsage, options.output + ": is the font to convert");
-    const auto status = std::filesystem::status(options.output, ignored);
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
-        throw Failure(kBadUsage, options.output + ": is not a regular file");
+std::string ListPaths(const std::vector<Input> &inputs) {
+    std::string list;
+    for (const Input &input : inputs)
+        list += (list.empty() ? "" : ", ") + input.path;
+    return list;
 }
 
-void WriteAndClose(std::FILE *file, const cbf::Bytes &bytes, const std::string &target) {
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
-    const int writeError = errno;
-    const bool closed = std::fclose(file) == 0;
-    if (!written || !closed)
-        throw Failure(kBadData, target + ": " + std::strerror(written ? errno : writeError));
-}
-
-void Publish(const std::string &target, const cbf::Bytes &bytes, const cbf::Font &font) {
-    const SignalsHeld held;
-    const std::string path = target + ".tmp" + std::to_string(getpid());
-    std::FILE *file = std::fopen(path.c_str(), "wbx");
-    if (!file)
-        throw Failure(kBadData, target + ": " + std::strerror(errno));
-    const RemovedAtExit temporary(path);
-    WriteAndClose(file, bytes, target);
-    VerifyFont(path, font);
-    if (std::rename(path.c_str(), target.c_str()) != 0)
-        throw Failure(kBadData, target + ": " + std::strerror(errno));
-}
-
-// ---- Converting ----
-
-std::string DescribeFault(const cbf::Fault &fault, const cbf::Font &font) {
-    const cbf::Glyph &glyph = fault.inFallback ? font.fallback : font.glyphs.at(fault.codePoint);
+// The input and the glyph that are to blame.
+std::string DescribeFault(const cbf::Fault &fault, const std::vector<Input> &inputs,
+                          const MergedFont &merged) {
+    const cbf::Glyph &glyph =
+        fault.inFallback ? merged.font.fallback : merged.font.glyphs.at(fault.codePoint);
     const std::string name = fault.inFallback ? "fallback glyph" : CodePointName(fault.codePoint);
-    return name + ": " + cbf::Reason(fault.problem) + " (" + std::to_string(glyph.width) + " x " +
-           std::to_string(glyph.height) + ")";
+    const size_t origin = fault.inFallback ? 0 : merged.origins.at(fault.codePoint);
+    return inputs[origin].path + ": " + name + ": " + cbf::Reason(fault.problem) + " (" +
+           std::to_string(glyph.width) + " x " + std::to_string(glyph.height) + ", advance " +
+           std::to_string(glyph.advance) + ")";
 }
 
-cbf::File MakeFile(const cbf::Font &font) {
-    cbf::File file = cbf::WriteFont(font);
-    if (file.fault.problem != cbf::Problem::None)
-        throw FontError(DescribeFault(file.fault, font));
-    return file;
+void Publish(const std::string &path, const cbf::Bytes &bytes, const cbf::Font &font,
+             Progress *progress) {
+    OutputFile file(path);
+    file.Write(bytes.data(), bytes.size());
+    const std::string difference = FirstDifference(file.TemporaryPath(), font, progress);
+    if (!difference.empty())
+        throw Failure(kBadData, path + ": " + difference);
+    file.Publish();
+}
+
+// ---- Telling ----
+
+void Say(const std::string &text) {
+    std::fprintf(stderr, "cbfconv: %s\n", text.c_str());
+}
+
+std::string ListMissing(const std::vector<uint32_t> &missing) {
+    constexpr size_t kListed = 6;
+    std::string list;
+    for (size_t i = 0; i < std::min(missing.size(), kListed); ++i)
+        list += (i ? ", " : "") + CodePointName(missing[i]);
+    return list + (missing.size() > kListed ? ", ..." : "");
 }
 
 // An outline is 5 pixels wider and higher than its glyph, and has the same limit of 127.
@@ -287,44 +379,84 @@ size_t CountWithoutOutline(const cbf::Font &font) {
         }));
 }
 
-void TellOmissions(const std::string &input, const SourceFont &source) {
-    if (source.missing > 0)
-        std::fprintf(stderr, "cbfconv: %s: has %zu of the %zu characters, %zu are missing\n",
-                     input.c_str(), source.asked - source.missing, source.asked, source.missing);
-    if (const size_t count = CountWithoutOutline(source.font))
-        std::fprintf(stderr, "cbfconv: %s: %zu glyphs are too large to be drawn with an outline\n",
-                     input.c_str(), count);
+void TellOmissions(const std::vector<Input> &inputs, const MergedFont &merged) {
+    const std::string paths = ListPaths(inputs);
+    const size_t present = merged.font.glyphs.size();
+    if (const size_t missing = merged.missing.size(); missing > 0)
+        Say(paths + (inputs.size() > 1 ? ": have " : ": has ") + std::to_string(present) +
+            " of the " + std::to_string(present + missing) + " characters, " +
+            std::to_string(missing) + " missing: " + ListMissing(merged.missing));
+    for (size_t i = 0; i < inputs.size(); ++i)
+        if (std::none_of(merged.origins.begin(), merged.origins.end(),
+                         [&](const auto &entry) { return entry.second == i; }))
+            Say(inputs[i].path + ": provides no character");
+    if (const size_t count = CountWithoutOutline(merged.font))
+        Say(paths + ": " + std::to_string(count) +
+            " glyphs are too large to be drawn with an outline");
 }
 
-void TellResult(const std::string &output, const cbf::File &file, size_t glyphs) {
-    std::printf("%s: %zu glyphs, %zu bytes: payload %zu, tables %zu, index %zu, header %zu; "
-                "%.1f bytes per glyph\n",
-                output.c_str(), glyphs, file.bytes.size(), file.sizes.glyphData,
-                file.sizes.runTables, file.sizes.index, file.sizes.header,
-                static_cast<double>(file.bytes.size()) / static_cast<double>(glyphs));
+// Of the glyphs' boxes at one bit a pixel, in rows of whole bytes.
+size_t RawBytes(const cbf::Font &font) {
+    size_t bytes = 0;
+    for (const auto &[codePoint, glyph] : font.glyphs)
+        bytes += static_cast<size_t>((glyph.width + 7) / 8 * glyph.height);
+    return bytes;
 }
 
-void Convert(const Options &options) {
-    const std::vector<CodePointRange> ranges = ParseRanges(options.ranges);
-    CheckTarget(options);
-    try {
-        const SourceFont source = ReadFont(options.input, options.pixelSize, ranges);
-        if (source.font.glyphs.empty())
-            throw FontError("has none of the characters");
-        const cbf::File file = MakeFile(source.font);
-        Publish(options.output, file.bytes, source.font);
-        TellOmissions(options.input, source);
-        if (options.verbose)
-            TellResult(options.output, file, source.font.glyphs.size());
-    } catch (const FontSizeError &error) {
-        throw Failure(kBadUsage, options.input + ": " + error.what());
-    } catch (const FontError &error) {
-        throw Failure(kBadData, options.input + ": " + error.what());
+// A table's entries are sorted, so the last is the longest.
+uint32_t LongestCode(const cbf::Bytes &file, size_t table) {
+    const auto half = [&](size_t i) { return uint32_t{file[i]} | uint32_t{file[i + 1]} << 8; };
+    const size_t count = half(table) | half(table + 2) << 16;
+    return count ? half(table + 4 * count + 2) : 0;
+}
+
+void TellResult(const std::string &output, const cbf::File &file, const cbf::Font &font) {
+    const auto word = [&](size_t i) {
+        return size_t{file.bytes[i]} | size_t{file.bytes[i + 1]} << 8 |
+               size_t{file.bytes[i + 2]} << 16 | size_t{file.bytes[i + 3]} << 24;
+    };
+    const size_t glyphs = font.glyphs.size();
+    const auto total = static_cast<double>(file.bytes.size());
+    const size_t raw = RawBytes(font);
+    std::printf("%s: %zu glyphs, %zu bytes, %.1f bytes a glyph\n", output.c_str(), glyphs,
+                file.bytes.size(), total / static_cast<double>(glyphs));
+    std::printf("  glyph data %zu (%zu records), index %zu, run tables %zu, header %zu\n",
+                file.sizes.glyphData, file.records, file.sizes.index, file.sizes.runTables,
+                file.sizes.header);
+    std::printf("  longest codes: background %u bits, ink %u, delta %u\n",
+                LongestCode(file.bytes, word(12)), LongestCode(file.bytes, word(16)),
+                LongestCode(file.bytes, word(20) + 4));
+    if (raw > 0)
+        std::printf("  the bitmaps alone, one bit a pixel, take %zu bytes: the file is %.2f times "
+                    "that\n",
+                    raw, total / static_cast<double>(raw));
+}
+
+// ---- Converting ----
+
+void Convert(const Options &options, const std::vector<Input> &inputs) {
+    CheckOutput(inputs, options.output);
+    MergedFont merged;
+    cbf::File file;
+    {
+        Progress progress("cbfconv");
+        merged = ReadFonts(options, inputs, &progress);
+        if (merged.font.glyphs.empty())
+            throw Failure(kBadData, ListPaths(inputs) + ": " +
+                                        (inputs.size() > 1 ? "have" : "has") +
+                                        " none of the characters");
+        file = cbf::WriteFont(merged.font);
+        if (file.fault.problem != cbf::Problem::None)
+            throw Failure(kBadData, DescribeFault(file.fault, inputs, merged));
+        Publish(options.output, file.bytes, merged.font, &progress);
     }
+    TellOmissions(inputs, merged);
+    if (options.verbose)
+        TellResult(options.output, file, merged.font);
 }
 
 int Fail(int code, const std::string &text) {
-    std::fprintf(stderr, "cbfconv: %s\n", text.c_str());
+    Say(text);
     return code;
 }
 
@@ -332,18 +464,20 @@ int Fail(int code, const std::string &text) {
 
 int main(int argc, char **argv) {
     Options options;
-    CLI::App app("Makes a CBF font for liborn_min_render from an outline or bitmap font",
-                 "cbfconv");
+    CLI::App app("Makes a CBF font for liborn_min_render from outline or bitmap fonts", "cbfconv");
+    const PerFont perFont = DeclareFontOptions(&app, &options);
     DeclareOptions(&app, &options);
     try {
         app.parse(argc, argv);
-        Convert(options);
+        Convert(options, ListInputs(app, perFont));
     } catch (const CLI::Success &help) {
         return app.exit(help);
     } catch (const CLI::ParseError &error) {
-        return Fail(kBadUsage, error.what());
+        return Fail(kBadUsage, error.what() + std::string(" (--help tells more)"));
     } catch (const Failure &failure) {
         return Fail(failure.exitCode, failure.what());
+    } catch (const std::invalid_argument &error) { // the output
+        return Fail(kBadUsage, error.what());
     } catch (const std::exception &error) { // memory, mostly
         return Fail(kBadData, error.what());
     }

@@ -1,5 +1,7 @@
 #include "font_source.h"
 
+#include "code_points.h"
+
 #include <ft2build.h>
 
 #include FT_FREETYPE_H
@@ -9,11 +11,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <memory>
-#include <set>
 
 namespace {
 
@@ -44,16 +44,7 @@ Library OpenLibrary() {
     return Library(library);
 }
 
-// FreeType doesn't say why a file can't be opened.
-void CheckReadable(const std::string &path) {
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    if (!file || file.peek() == std::ifstream::traits_type::eof())
-        throw FontError(errno ? std::strerror(errno) : "is empty");
-}
-
 Face OpenFace(FT_Library library, const std::string &path) {
-    CheckReadable(path);
     FT_Face face = nullptr;
     if (FT_New_Face(library, path.c_str(), 0, &face))
         throw FontError("is not a font that FreeType can read");
@@ -101,12 +92,6 @@ void SetSize(FT_Face face, int pixelSize) {
         throw FontError("can't be had at this size");
 }
 
-int32_t LineHeight(FT_Face face) {
-    const FT_Size_Metrics &metrics = face->size->metrics;
-    return RoundToPixels(metrics.height > 0 ? metrics.height
-                                            : metrics.ascender - metrics.descender);
-}
-
 // ---- Glyphs ----
 
 // A bitmap with a byte for each pixel, whatever form it came in.
@@ -137,7 +122,86 @@ std::vector<uint8_t> InkOf(FT_Library library, const FT_Bitmap &source) {
     return pixels;
 }
 
-// Shrinks a glyph to the smallest box around its ink; without any, the box is empty.
+cbf::Glyph RenderGlyph(FT_Face face, FT_UInt index) {
+    if (const FT_Error error = FT_Load_Glyph(face, index, FT_LOAD_TARGET_MONO | FT_LOAD_RENDER))
+        throw FontError("can't be rendered (FreeType error " + std::to_string(error) + ")");
+    const FT_GlyphSlot slot = face->glyph;
+    cbf::Glyph glyph;
+    glyph.width = static_cast<int32_t>(slot->bitmap.width);
+    glyph.height = static_cast<int32_t>(slot->bitmap.rows);
+    glyph.bearingX = slot->bitmap_left;
+    glyph.bearingY = slot->bitmap_top;
+    glyph.advance = RoundToPixels(slot->advance.x);
+    glyph.pixels = InkOf(slot->library, slot->bitmap);
+    return Crop(glyph);
+}
+
+cbf::Glyph RenderNamed(FT_Face face, FT_UInt index, const std::string &name) {
+    try {
+        return RenderGlyph(face, index);
+    } catch (const FontError &error) {
+        throw FontError(name + ": " + error.what());
+    }
+}
+
+// ---- The fallback glyph ----
+
+// Glyph 0 stands for missing characters, but in a BDF font that names no default character it is
+// just any glyph.
+bool HasOwnFallback(FT_Face face) {
+    BDF_PropertyRec property;
+    return std::strcmp(FT_Get_Font_Format(face), "BDF") != 0 ||
+           FT_Get_BDF_Property(face, "DEFAULT_CHAR", &property) == 0;
+}
+
+cbf::Glyph FallbackGlyph(FT_Face face) {
+    if (HasOwnFallback(face)) {
+        cbf::Glyph own = RenderNamed(face, 0, "fallback glyph");
+        if (own.width > 0)
+            return own;
+    }
+    return HollowBox(RoundToPixels(face->size->metrics.ascender));
+}
+
+class FreeTypeFont : public FontSource {
+  public:
+    FreeTypeFont(const std::string &path, int pixelSize)
+        : library(OpenLibrary()), face(OpenFace(library.get(), path)) {
+        SetSize(face.get(), pixelSize);
+    }
+
+    int32_t LineHeight() const override {
+        const FT_Size_Metrics &metrics = face->size->metrics;
+        return RoundToPixels(metrics.height > 0 ? metrics.height
+                                                : metrics.ascender - metrics.descender);
+    }
+
+    cbf::Glyph Fallback() override {
+        return FallbackGlyph(face.get());
+    }
+
+    std::optional<cbf::Glyph> Read(uint32_t codePoint) override {
+        const FT_UInt index = FT_Get_Char_Index(face.get(), codePoint);
+        if (index == 0)
+            return {};
+        return RenderNamed(face.get(), index, CodePointName(codePoint));
+    }
+
+  private:
+    Library library; // outlives the face
+    Face face;
+};
+
+// FreeType doesn't say why a file can't be opened.
+void CheckReadable(const std::string &path) {
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    if (!file || file.peek() == std::ifstream::traits_type::eof())
+        throw FontError(errno ? std::strerror(errno) : "is empty");
+}
+
+} // namespace
+
 cbf::Glyph Crop(const cbf::Glyph &glyph) {
     int32_t left = glyph.width, right = 0, top = glyph.height, bottom = 0;
     const auto inkAt = [&](int32_t x, int32_t y) {
@@ -166,33 +230,7 @@ cbf::Glyph Crop(const cbf::Glyph &glyph) {
     return cropped;
 }
 
-cbf::Glyph RenderGlyph(FT_Face face, FT_UInt index) {
-    if (const FT_Error error = FT_Load_Glyph(face, index, FT_LOAD_TARGET_MONO | FT_LOAD_RENDER))
-        throw FontError("can't be rendered (FreeType error " + std::to_string(error) + ")");
-    const FT_GlyphSlot slot = face->glyph;
-    cbf::Glyph glyph;
-    glyph.width = static_cast<int32_t>(slot->bitmap.width);
-    glyph.height = static_cast<int32_t>(slot->bitmap.rows);
-    glyph.bearingX = slot->bitmap_left;
-    glyph.bearingY = slot->bitmap_top;
-    glyph.advance = RoundToPixels(slot->advance.x);
-    glyph.pixels = InkOf(slot->library, slot->bitmap);
-    return Crop(glyph);
-}
-
-cbf::Glyph RenderNamed(FT_Face face, FT_UInt index, const std::string &name) {
-    try {
-        return RenderGlyph(face, index);
-    } catch (const FontError &error) {
-        throw FontError(name + ": " + error.what());
-    }
-}
-
-// ---- The fallback glyph ----
-
-// A hollow box about as large as a capital letter.
-cbf::Glyph HollowBox(FT_Face face) {
-    const int32_t ascent = RoundToPixels(face->size->metrics.ascender);
+cbf::Glyph HollowBox(int32_t ascent) {
     const int32_t height = std::clamp(ascent * 3 / 4, 5, 120);
     const int32_t width = std::max(height * 2 / 3, 4);
     const int32_t stroke = std::max(height / 12, 1);
@@ -208,57 +246,9 @@ cbf::Glyph HollowBox(FT_Face face) {
     return box;
 }
 
-// Glyph 0 stands for missing characters, but in a BDF font that names no default character it is
-// just any glyph.
-bool HasOwnFallback(FT_Face face) {
-    BDF_PropertyRec property;
-    return std::strcmp(FT_Get_Font_Format(face), "BDF") != 0 ||
-           FT_Get_BDF_Property(face, "DEFAULT_CHAR", &property) == 0;
-}
-
-cbf::Glyph FallbackGlyph(FT_Face face) {
-    if (HasOwnFallback(face)) {
-        cbf::Glyph own = RenderNamed(face, 0, "fallback glyph");
-        if (own.width > 0)
-            return own;
-    }
-    return HollowBox(face);
-}
-
-// ---- Characters ----
-
-std::set<uint32_t> Characters(const std::vector<CodePointRange> &ranges) {
-    std::set<uint32_t> characters;
-    for (const CodePointRange &range : ranges)
-        for (uint32_t c = range.first; c <= range.last; ++c)
-            characters.insert(characters.end(), c);
-    characters.erase(0);
-    characters.erase(10);
-    return characters;
-}
-
-} // namespace
-
-std::string CodePointName(uint32_t codePoint) {
-    char name[16];
-    std::snprintf(name, sizeof name, "U+%04X", codePoint);
-    return name;
-}
-
-SourceFont ReadFont(const std::string &path, int pixelSize,
-                    const std::vector<CodePointRange> &ranges) {
-    const Library library = OpenLibrary();
-    const Face face = OpenFace(library.get(), path);
-    SetSize(face.get(), pixelSize);
-    SourceFont source;
-    source.font.lineHeight = LineHeight(face.get());
-    source.font.fallback = FallbackGlyph(face.get());
-    const std::set<uint32_t> characters = Characters(ranges);
-    for (const uint32_t c : characters) {
-        if (const FT_UInt index = FT_Get_Char_Index(face.get(), c))
-            source.font.glyphs.emplace(c, RenderNamed(face.get(), index, CodePointName(c)));
-    }
-    source.asked = characters.size();
-    source.missing = characters.size() - source.font.glyphs.size();
-    return source;
+std::unique_ptr<FontSource> OpenFont(const std::string &path, int pixelSize) {
+    CheckReadable(path);
+    if (IsHexFont(path))
+        return OpenHexFont(path, pixelSize);
+    return std::make_unique<FreeTypeFont>(path, pixelSize);
 }

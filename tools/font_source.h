@@ -1,12 +1,13 @@
-// Glyph bitmaps from the fonts that FreeType reads: outline fonts (TTF, OTF) rendered in one bit at
-// a pixel size, and bitmap fonts (BDF, PCF) as they are.
+// Fonts to convert: outline fonts (TTF, OTF) that FreeType renders in one bit at a pixel size,
+// bitmap fonts (BDF, PCF) as they are, and the text files of bitmaps that Unifont comes in (.hex).
 #pragma once
 
 #include "cbf_writer.h"
 
+#include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 // The font, or what was asked of it, is no good. The text does not name the font file.
 struct FontError : std::runtime_error {
@@ -18,23 +19,29 @@ struct FontSizeError : FontError {
     using FontError::FontError;
 };
 
-struct CodePointRange {
-    uint32_t first;
-    uint32_t last;
-};
-
-struct SourceFont {
-    cbf::Font font;
-    size_t asked = 0;   // characters in the ranges
-    size_t missing = 0; // of these the font has none
-};
-
 constexpr int kNativeSize = 0;
 
-// Renders the characters of the ranges, which may overlap; 0 and 10 are never drawn, and left out.
-// Throws FontError.
-SourceFont ReadFont(const std::string &path, int pixelSize,
-                    const std::vector<CodePointRange> &ranges);
+// Glyphs are cropped to the smallest box around their ink. Calls throw FontError.
+class FontSource {
+  public:
+    virtual ~FontSource() = default;
+    virtual int32_t LineHeight() const = 0;
+    // What it shows for missing characters, or a hollow box.
+    virtual cbf::Glyph Fallback() = 0;
+    // The glyph of a character, if the font has it.
+    virtual std::optional<cbf::Glyph> Read(uint32_t codePoint) = 0;
+};
 
-// "U+0041"
-std::string CodePointName(uint32_t codePoint);
+std::unique_ptr<FontSource> OpenFont(const std::string &path, int pixelSize);
+
+// ---- For the readers of the formats ----
+
+// Shrinks a glyph to the smallest box around its ink; without any, the box is empty.
+cbf::Glyph Crop(const cbf::Glyph &glyph);
+
+// A fallback glyph for fonts without one, about as large as a capital letter.
+cbf::Glyph HollowBox(int32_t ascent);
+
+// Whether the file looks like lines of "CODE POINT:BITMAP", both in hexadecimal digits.
+bool IsHexFont(const std::string &path);
+std::unique_ptr<FontSource> OpenHexFont(const std::string &path, int pixelSize);

@@ -1,0 +1,46 @@
+#include "output_file.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+
+#include <unistd.h>
+
+void CheckTarget(const std::string &path) {
+    std::error_code ignored;
+    const auto status = std::filesystem::status(path, ignored);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        throw std::invalid_argument(path + ": is not a regular file");
+}
+
+OutputFile::OutputFile(std::string targetPath)
+    : target(std::move(targetPath)), temporary(target + ".tmp" + std::to_string(getpid())) {
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int number : {SIGHUP, SIGINT, SIGTERM})
+        sigaddset(&ending, number);
+    sigprocmask(SIG_BLOCK, &ending, &signalsBefore);
+}
+
+// Also after the file has been renamed, when there is nothing left to remove.
+OutputFile::~OutputFile() {
+    unlink(temporary.c_str());
+    sigprocmask(SIG_SETMASK, &signalsBefore, nullptr);
+}
+
+void OutputFile::Write(const void *bytes, size_t size) {
+    std::FILE *file = std::fopen(temporary.c_str(), "wbx");
+    if (!file)
+        throw OutputError(target + ": " + std::strerror(errno));
+    const bool written = std::fwrite(bytes, 1, size, file) == size;
+    const int writeError = errno;
+    const bool closed = std::fclose(file) == 0;
+    if (!written || !closed)
+        throw OutputError(target + ": " + std::strerror(written ? errno : writeError));
+}
+
+void OutputFile::Publish() {
+    if (std::rename(temporary.c_str(), target.c_str()) != 0)
+        throw OutputError(target + ": " + std::strerror(errno));
+}

@@ -1,0 +1,36 @@
+// Files that appear whole or not at all: written under a temporary name beside their own, and
+// renamed at the end.
+#pragma once
+
+#include <csignal>
+#include <stdexcept>
+#include <string>
+
+// The text names the file.
+struct OutputError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// Throws std::invalid_argument, whose text names the file, where renaming would replace something
+// that is no regular file, such as /dev/null.
+void CheckTarget(const std::string &path);
+
+// Holds back the signals that would end the program and leave the temporary file, while it lives.
+class OutputFile {
+  public:
+    explicit OutputFile(std::string targetPath);
+    ~OutputFile();
+    OutputFile(const OutputFile &) = delete;
+    OutputFile &operator=(const OutputFile &) = delete;
+
+    const std::string &TemporaryPath() const {
+        return temporary;
+    }
+    void Write(const void *bytes, size_t size); // all of the file; throws OutputError
+    void Publish();                             // throws OutputError
+
+  private:
+    const std::string target;
+    const std::string temporary;
+    sigset_t signalsBefore;
+};
