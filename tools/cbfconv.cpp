@@ -79,9 +79,10 @@ PerFont DeclareFontOptions(CLI::App *app, Options *options) {
                                    "Fonts to convert: TTF, OTF, BDF, PCF (also .pcf.gz) or .hex")
                        ->required()
                        ->type_name("FONT");
-    perFont.size = declare("-s,--size", &options->sizes,
-                           "Size in pixels (of the em square); a bitmap font has its own", "PIXELS")
-                       ->check(CLI::Range(1, 1000));
+    perFont.size =
+        declare("-s,--size", &options->sizes,
+                "Size in pixels (of the em square); 0, or none: a bitmap font's own", "PIXELS")
+            ->check(CLI::Range(0, 1000).description(""));
     perFont.ranges = declare("-r,--ranges", &options->ranges,
                              "Characters; what the font lacks is left out", "LIST");
     perFont.text = declare("-t,--text", &options->texts,
@@ -101,10 +102,10 @@ void DeclareOptions(CLI::App *app, Options *options) {
         ->type_name("CHARACTER");
     app->add_option("--letter-spacing", options->letterSpacing,
                     "Pixels to add to the advance of every glyph that has one")
-        ->check(CLI::Range(-127, 127))
+        ->check(CLI::Range(-127, 127).description(""))
         ->type_name("PIXELS");
     app->add_option("--line-spacing", options->lineSpacing, "Pixels to add to the line height")
-        ->check(CLI::Range(-1000, 1000))
+        ->check(CLI::Range(-1000, 1000).description(""))
         ->type_name("PIXELS");
     app->add_flag("-v,--verbose", options->verbose, "Tell what was written");
     app->set_version_flag("--version", VersionText());

@@ -1,0 +1,91 @@
+// The font reader of the tools against the library, on sound files and on damaged ones: what the
+// reader calls sound the library draws just so, and what the library refuses the reader reports.
+#include "cbf_reader.h"
+#include "font_files.h"
+#include "text.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using cbf::Bytes;
+
+Bytes SampleFile(uint32_t seed) {
+    std::mt19937 random(seed);
+    cbf::Font source;
+    source.fallback = RandomGlyph(random, 9, 12);
+    for (uint32_t c = 32; c < 60; ++c)
+        source.glyphs[c + c / 50 * 500] = RandomGlyph(random, 12, 14);
+    for (const uint32_t c : {70u, 71u, 72u, 560u}) // stored once, or twice for neighbours
+        source.glyphs[c] = source.glyphs[40];
+    return cbf::WriteFont(source).bytes;
+}
+
+// The pixels of a cache entry that was decoded in the normal direction.
+std::vector<uint8_t> Unpack(const OrnMinRenderGlyph &glyph, const cbf::Glyph &size) {
+    std::vector<uint8_t> pixels;
+    const int pitch = (size.width + 31) / 32;
+    for (int y = 0; y < size.height; ++y)
+        for (int x = 0; x < size.width; ++x)
+            pixels.push_back(glyph.bitmap[y * pitch + x / 32] >> x % 32 & 1);
+    return pixels;
+}
+
+void ExpectSameGlyphs(const Bytes &bytes, const cbf::FontFile &read, OrnMinRenderFont *font) {
+    for (uint32_t c = 0; c < std::min(read.slots, 600u); ++c) {
+        const auto own = read.records.find(c);
+        const uint32_t offset = own == read.records.end() ? 0 : own->second;
+        const cbf::StoredGlyph stored = cbf::ReadGlyph(bytes, read, offset);
+        const OrnMinRenderGlyph *glyph = GetGlyph(font, c);
+        ASSERT_NE(glyph, nullptr) << c;
+        ASSERT_EQ(glyph->record - font->glyphData, offset) << c;
+        ASSERT_EQ(GlyphAdvance(glyph->record), stored.glyph.advance) << c;
+        if (glyph->bitmap) {
+            ASSERT_EQ(Unpack(*glyph, stored.glyph), stored.glyph.pixels) << c;
+        }
+    }
+}
+
+struct Verdicts {
+    int refused = 0, faulty = 0, sound = 0;
+};
+
+void Compare(const Bytes &bytes, Verdicts *verdicts) {
+    const cbf::FontFile read = cbf::ReadFont(bytes);
+    const FontPtr font = Load(bytes);
+    ASSERT_EQ(read.loads, font != nullptr);
+    if (!font) {
+        EXPECT_FALSE(read.complaints.empty());
+        ++verdicts->refused;
+        return;
+    }
+    for (int colour = 0; colour < 2; ++colour)
+        EXPECT_EQ(read.tables[colour].usable, font->huffLuts[colour] != nullptr);
+    EXPECT_EQ(read.tables[cbf::kDelta].usable, font->index != nullptr);
+    if (read.complaints.empty())
+        ExpectSameGlyphs(bytes, read, font.get());
+    ++(read.complaints.empty() ? verdicts->sound : verdicts->faulty);
+}
+
+TEST(FontReader, AgreesWithTheLibraryOnDamagedFiles) {
+    Verdicts whole, damaged;
+    std::vector<Bytes> samples;
+    for (uint32_t seed = 0; seed < 20; ++seed)
+        Compare(samples.emplace_back(SampleFile(seed)), &whole);
+    for (uint32_t seed = 0; seed < 800 && !HasFatalFailure(); ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937 random(seed);
+        Bytes bytes = samples[seed % samples.size()];
+        for (uint32_t changes = random() % 3; changes < 3; ++changes) {
+            const size_t size = random() % 2 ? bytes.size() : 300; // half of them before the glyphs
+            bytes[random() % size] = uint8_t(random() % 4 ? random() : 0xFF * (random() % 2));
+        }
+        if (seed % 8 == 0)
+            bytes.resize(random() % bytes.size());
+        Compare(bytes, &damaged);
+    }
+    EXPECT_EQ(whole.sound, 20);
+    EXPECT_GT(std::min({damaged.refused, damaged.faulty, damaged.sound}), 30);
+}
+
+} // namespace
