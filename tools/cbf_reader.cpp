@@ -168,8 +168,8 @@ class IndexReader {
         if (font->slots == 0)
             return Complain(offset, "has no slots: the font has no glyphs");
         offset += 8 + 4 * font->tables[kDelta].codes.size();
-        while (ReadRecord(&offset))
-            ++font->indexRecords;
+        while (ReadRecord(&offset)) {
+        }
         font->indexEnd = offset;
         SumDeltas();
     }
@@ -205,6 +205,7 @@ class IndexReader {
                                 Number(font->slots) + ", which ends the index");
             return false;
         }
+        ++font->indexRecords;
         return ReadDeltas(start, slot, *offset);
     }
 

@@ -69,6 +69,8 @@ void DeclareOptions(CLI::App *app, Options *options) {
             ->type_name("FILE")};
     for (CLI::Option *mode : modes) {
         mode->group("Instead of the summary");
+        if (mode->get_expected_min() > 0) // not a flag
+            mode->check([](const std::string &value) { return value.empty() ? "is empty" : ""; });
         for (CLI::Option *other : modes)
             if (other != mode)
                 mode->excludes(other);
@@ -193,9 +195,10 @@ void PrintMetrics(const std::string &path, const cbf::Bytes &file, const cbf::Fo
 
 void PrintSection(const char *name, uint64_t offset, uint64_t size, size_t fileSize,
                   const std::string &contents) {
-    std::printf("  %8llu %9llu %5.1f %%  %-17s %s\n", static_cast<unsigned long long>(offset),
+    std::printf("  %8llu %9llu %5.1f %%  %s%*s%s\n", static_cast<unsigned long long>(offset),
                 static_cast<unsigned long long>(size),
                 100 * static_cast<double>(size) / static_cast<double>(fileSize), name,
+                contents.empty() ? 0 : static_cast<int>(18 - std::strlen(name)), "",
                 contents.c_str());
 }
 
@@ -229,9 +232,9 @@ void PrintSections(const cbf::Bytes &file, const cbf::FontFile &font, const Glyp
         print("  index records", recordsStart, font.indexEnd - recordsStart,
               std::to_string(font.indexRecords));
     print("glyph data", font.dataOffset, font.dataSize,
-          std::to_string(8 * totals.records) + " bytes of heads, " +
-              std::to_string(totals.codedBytes) + " of " + std::to_string(totals.runs) +
-              " runs with " + std::to_string(totals.paddingBits / 8) + " of padding");
+          "heads " + std::to_string(8 * totals.records) + ", " + std::to_string(totals.runs) +
+              " runs " + std::to_string(totals.codedBytes) + ", of which padding " +
+              std::to_string(totals.paddingBits / 8));
 }
 
 void PrintCoverage(const cbf::FontFile &font) {
