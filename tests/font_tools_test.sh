@@ -77,9 +77,7 @@ outline=$("$cbfdump" --text A --outline tiny.cbf | head -n 5 | paste -sd/)
 [ "$outline" = '........../.+++++..../.++++++.../.++#++++../.++##++++.' ] || fail "outline: $outline"
 size=$("$cbfdump" both.cbf | awk '$4 == "%" { sum += $2 } END { print sum }')
 [ "$size" = "$(wc -c <both.cbf)" ] || fail "the sections add up to $size bytes"
-run 0 '^$' "$cbfdump" --sheet sheet.pgm sans.cbf
-[ "$(head -c 2 sheet.pgm)" = P5 ] || fail "no sheet"
+[ "$("$cbfdump" --sheet sheet.pgm sans.cbf; head -c 2 sheet.pgm)" = P5 ] || fail "no sheet"
 head -c 300 both.cbf >cut.cbf
 run 1 'offset 24: glyph data: .* past the end of the file, 300' "$cbfdump" --check cut.cbf
-run 1 'does not load' "$cbfdump" cut.cbf
 [ "$failures" = 0 ]
