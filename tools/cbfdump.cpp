@@ -126,19 +126,7 @@ Font LoadFont(const std::string &path) {
     return font;
 }
 
-// ---- Checking ----
-
-int Check(const std::string &path, const cbf::FontFile &font) {
-    for (const cbf::Complaint &complaint : font.complaints)
-        std::printf("%s: offset %llu: %s\n", path.c_str(),
-                    static_cast<unsigned long long>(complaint.offset), complaint.text.c_str());
-    if (!font.complaints.empty())
-        return kBadData;
-    std::printf("%s: sound, %zu characters\n", path.c_str(), font.records.size());
-    return 0;
-}
-
-// ---- The summary ----
+// ---- Totals ----
 
 struct GlyphTotals {
     size_t records = 0;
@@ -151,7 +139,11 @@ struct GlyphTotals {
     int32_t maxAdvance = INT32_MIN;
     int32_t maxWidth = 0;
     int32_t maxHeight = 0;
+    size_t withoutOutline = 0;
 };
+
+// An outline is 5 pixels wider and higher than its glyph, and has the same limit of 127.
+constexpr int32_t kMaxOutlined = 122;
 
 void AddGlyph(GlyphTotals *totals, const cbf::StoredGlyph &stored) {
     const cbf::Glyph &glyph = stored.glyph;
@@ -165,6 +157,7 @@ void AddGlyph(GlyphTotals *totals, const cbf::StoredGlyph &stored) {
     totals->maxAdvance = std::max(totals->maxAdvance, glyph.advance);
     totals->maxWidth = std::max(totals->maxWidth, glyph.width);
     totals->maxHeight = std::max(totals->maxHeight, glyph.height);
+    totals->withoutOutline += std::max(glyph.width, glyph.height) > kMaxOutlined;
 }
 
 GlyphTotals SumGlyphs(const cbf::Bytes &file, const cbf::FontFile &font) {
@@ -177,6 +170,23 @@ GlyphTotals SumGlyphs(const cbf::Bytes &file, const cbf::FontFile &font) {
             AddGlyph(&totals, stored);
     return totals;
 }
+
+// ---- Checking ----
+
+int Check(const std::string &path, const cbf::Bytes &file, const cbf::FontFile &font) {
+    for (const cbf::Complaint &complaint : font.complaints)
+        std::printf("%s: offset %llu: %s\n", path.c_str(),
+                    static_cast<unsigned long long>(complaint.offset), complaint.text.c_str());
+    if (!font.complaints.empty())
+        return kBadData;
+    std::printf("%s: sound, %zu characters", path.c_str(), font.records.size());
+    if (const size_t count = SumGlyphs(file, font).withoutOutline)
+        std::printf(", %zu glyphs too large to be drawn with an outline", count);
+    std::printf("\n");
+    return 0;
+}
+
+// ---- The summary ----
 
 void PrintMetrics(const std::string &path, const cbf::Bytes &file, const cbf::FontFile &font,
                   const GlyphTotals &totals) {
@@ -335,7 +345,7 @@ int Run(const Options &options) {
     const cbf::Bytes file = ReadFile(options.path);
     const cbf::FontFile font = cbf::ReadFont(file);
     if (options.check)
-        return Check(options.path, font);
+        return Check(options.path, file, font);
     if (!font.loads)
         throw Failure(options.path + ": " + font.complaints.front().text);
     if (options.tables) {
