@@ -20,8 +20,12 @@ static std::string Number(uint64_t number) {
 // ---- Bytes and bits ----
 
 // The callers have checked that the bytes are there.
+static uint8_t Byte(const Bytes &file, uint64_t offset) {
+    return file[static_cast<size_t>(offset)];
+}
+
 static uint16_t Half(const Bytes &file, uint64_t offset) {
-    return static_cast<uint16_t>(file[offset] | file[offset + 1] << 8);
+    return static_cast<uint16_t>(Byte(file, offset) | Byte(file, offset + 1) << 8);
 }
 
 static uint32_t Word(const Bytes &file, uint64_t offset) {
@@ -41,7 +45,7 @@ struct BitReader {
 
     uint32_t Next() {
         const uint64_t byte = first + position / 8;
-        const uint32_t bit = byte < end ? file[byte] >> (7 - position % 8) & 1u : 0;
+        const uint32_t bit = byte < end ? Byte(file, byte) >> (7 - position % 8) & 1u : 0;
         ++position;
         return bit;
     }
@@ -303,7 +307,7 @@ class RunReader {
 };
 
 static void ReadHead(const Bytes &file, uint64_t offset, Glyph *glyph) {
-    const auto signedByte = [&](uint64_t i) { return static_cast<int8_t>(file[offset + i]); };
+    const auto signedByte = [&](uint64_t i) { return static_cast<int8_t>(Byte(file, offset + i)); };
     glyph->width = signedByte(0);
     glyph->height = signedByte(1);
     glyph->bearingX = signedByte(2);
