@@ -9,7 +9,7 @@ Font FontStore::Get(const std::string &path, int32_t direction) {
     ReadFile(path); // for its reason: the library gives none
     font.reset(OrnMinRenderLoadCbfFont(path.c_str()), OrnMinRenderDestroyFont);
     if (!font)
-        throw Failure(path + ": not a CBF font, or cut short");
+        throw Failure(path + ": not a CBF font, or cut short (cbfdump --check tells more)");
     OrnMinRenderSetFontDirection(font.get(), direction);
     return font;
 }
