@@ -12,14 +12,14 @@ static void DrawLabelledBox(OrnMinRenderContext *context, const OrnMinRenderImag
     OrnMinRenderRGB2YUV(&background.y, night);
     OrnMinRenderDrawFrameYUV420SP(context, image, &box, line, OrnMinRenderLineSolid);
 
-    const OrnMinRenderPoint start = {box.left + 6, box.top - 9}; /* of the baseline */
+    const OrnMinRenderPoint start = {box.left + 6, box.top - 10}; /* of the baseline */
     OrnMinRenderPoint pen = start;
     OrnMinRenderRect text;
     OrnMinRenderGetTextRect(context, font, label, &pen, start.x, &text);
     text.left -= 6;
-    text.top -= 5;
+    text.top -= 6;
     text.right += 6;
-    text.bottom += 5;
+    text.bottom += 6;
     OrnMinRenderFillRectYUV420SP(context, image, &text, background);
     pen = start;
     OrnMinRenderDrawOutlineTextY8(context, image, font, label, &pen, start.x, background.y, 235);

@@ -1,5 +1,5 @@
 #!/bin/sh
-# The shared object exports what exports.txt lists and nothing else, and needs libc alone.
+# The shared object exports what exports.txt lists and nothing else, needs libc alone, and is small.
 set -eu
 library=$1
 list=$(dirname "$0")/exports.txt
@@ -12,3 +12,7 @@ needed=$(readelf -d "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
     echo "check_shared_object: needs '$needed' instead of libc.so.6 alone" >&2
     exit 1
 }
+strip -o "$library.stripped" "$library"
+size=$(wc -c <"$library.stripped")
+echo "The shared object: $size bytes stripped, of 65536 at the most"
+[ "$size" -lt 65536 ]

@@ -1,7 +1,7 @@
 #!/bin/sh
-# The tools as a user meets them: tools_test.sh CBFCONV ORN_OVERLAY LABELLED_BOX REPOSITORY
+# The tools as a user meets them: tools_test.sh CBFCONV ORN_OVERLAY REPOSITORY
 set -u
-cbfconv=$1 overlay=$2 example=$3 repository=$4
+cbfconv=$1 overlay=$2 repository=$3
 ttf=/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -236,15 +236,6 @@ input=in expect 0 '' "$overlay" --size 5x1 --format y8 picture.txt
 [ "$(cat output)" = ......abc..def..ghi..abc. ] || fail "pictures show as $(cat output)"
 expect 1 'picture.txt:1: clip.raw: its 9 bytes' "$overlay" --size 5x1 picture.txt
 expect 1 'standard output: No space' sh -c '"$@" <in >/dev/full' - "$overlay" --size 5x1 empty.txt
-
-# ---- The example, and its copy in the README ----
-input=in expect 1 'no whole frame' "$example" sans.cbf 4000 4000
-bytes 115200 100 >in
-input=in expect 0 '' "$example" sans.cbf 320 240
-cmp -s in output && fail "the example draws nothing"
-sed -n '/^static void/,/^}/p' "$repository/examples/labelled_box.c" >code
-awk '/^```c/ { on = 1; next } /^```/ { on = 0 } on' "$repository/README.md" | cmp -s - code ||
-    fail "README.md shows other code than examples/labelled_box.c"
 
 [ $failures = 0 ] || echo "$failures failures" >&2
 exit $((failures > 0))

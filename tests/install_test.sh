@@ -1,0 +1,63 @@
+#!/bin/sh
+# The installed tree, moved from where it was installed, as its users find it:
+# install_test.sh BUILD SOURCE VERSION
+set -eu
+build=$1 source=$2 version=$3
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+
+fail() {
+    echo "install_test: $*" >&2
+    exit 1
+}
+
+DESTDIR=$work/staged cmake --install "$build" >log
+prefix=$(sed -n 's/^CMAKE_INSTALL_PREFIX:PATH=//p' "$build/CMakeCache.txt")
+mv "staged$prefix" tree
+so=$(find "$work/tree" -name liborn_min_render.so) lib=${so%/*}
+! grep -rI -e "$work" -e "$prefix/" -e "$build" tree || fail "a file names a folder"
+[ "$(readlink "$so"):$(readlink "$so.1")" = "${so##*/}.1:${so##*/}.$version" ] ||
+    fail "the names of the shared object do not lead to ${so##*/}.$version"
+readelf -d "$so" | grep -q 'SONAME.*\[liborn_min_render.so.1\]' || fail "another SONAME"
+"$source/tests/check_shared_object.sh" "$so"
+for page in "$source"/docs/man/*.[1-9]; do
+    [ -f "tree/share/man/man${page##*.}/${page##*/}" ] || fail "$page is not installed"
+done
+
+# CMake finds it; the tools run without LD_LIBRARY_PATH, the examples in C and C++ as they are built.
+export PKG_CONFIG_PATH="$lib/pkgconfig"
+cmake -S "$source/examples" -B found -DCMAKE_PREFIX_PATH="$work/tree" >log
+cmake --build found >log || fail "the examples do not build: $(cat log)"
+python3 "$source/tests/examples_test.py" tree/bin found "$lib" "$source"
+
+# pkg-config finds it, and as a part of another project it has the same names and installs nothing.
+example=$source/examples/labelled_box.c
+pkg-config --exact-version="$version" orn_min_render || fail "pkg-config: another version"
+for static in '' --static; do
+    cc -std=c99 ${static#-} $(pkg-config --cflags orn_min_render) "$example" \
+        $(pkg-config $static --libs orn_min_render) -o "with_pkg-config$static"
+done
+cat >CMakeLists.txt <<CMAKE
+cmake_minimum_required(VERSION 3.25)
+project(part LANGUAGES C CXX)
+add_subdirectory($source library)
+foreach(kind orn_min_render orn_min_render_static)
+  add_executable(with_\${kind} $example)
+  target_link_libraries(with_\${kind} orn_min_render::\${kind})
+endforeach()
+install(FILES CMakeLists.txt DESTINATION share)
+CMAKE
+cmake -S . -B part >log
+cmake --build part >log || fail "the subproject does not build: $(cat log)"
+DESTDIR=$work/empty cmake --install part >log
+[ "$(find part empty -name 'cbf*' -o -path 'empty/*' -type f)" = empty/usr/local/share/CMakeLists.txt ] ||
+    fail "a subproject builds or installs what it was not asked for"
+
+tree/bin/cbfconv -s 16 -o sans.cbf /usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf
+head -c 115200 /dev/zero >black.nv12
+found/labelled_box sans.cbf 320 240 <black.nv12 >expected.nv12
+for program in ./with_pkg-config* part/with_orn_min_render*; do
+    LD_LIBRARY_PATH=$lib "$program" sans.cbf 320 240 <black.nv12 | cmp - expected.nv12 ||
+        fail "$program draws something else"
+done
