@@ -43,16 +43,22 @@ need_packages() {
 
 build_packages="g++ cmake ninja-build libfreetype-dev libcli11-dev"
 
-# build FOLDER [CMAKE ARGUMENTS]: configures once (and again when the arguments change) and builds.
+# build FOLDER [--target TARGET] [CMAKE ARGUMENTS]: configures once (and again when the arguments
+# change) and builds all, or the target alone.
 build() {
     folder=$1
+    target=all
     shift
+    if [ "${1-}" = --target ]; then
+        target=$2
+        shift 2
+    fi
     arguments="$root $*"
     if [ ! -f "$folder/build.ninja" ] || [ "$(cat "$folder/arguments" 2>/dev/null)" != "$arguments" ]; then
         quietly cmake -S "$root" -B "$folder" -G Ninja "$@"
         printf '%s' "$arguments" >"$folder/arguments"
     fi
-    quietly cmake --build "$folder"
+    quietly cmake --build "$folder" --target "$target"
 }
 
 # run_tests FOLDER [CTEST ARGUMENTS]: shows the closing lines, and all of it when a test fails.

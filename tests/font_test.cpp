@@ -70,7 +70,15 @@ void CheckTable(const std::vector<int> &lengths) {
         symbols.push_back(int(i) + 1);
     const HuffLutPtr table = LoadTable(Table(lengths, symbols));
     ASSERT_EQ(table != nullptr, legal);
-    for (int input = 0; legal && input<256; input += lengths.size()> 3 ? 3 : 1) {
+    for (size_t i = 0; legal && i < codes.size(); ++i) { // each code by itself, however long
+        cbf::BitWriter writer;
+        for (const char bit : codes[i])
+            cbf::PutBits(&writer, bit == '1', 1);
+        BitReader reader = {writer.bytes.data(), writer.bytes.size(), 0};
+        ASSERT_EQ(WalkHuffLut(table.get(), &reader), symbols[i]);
+        ASSERT_EQ(reader.position, codes[i].size());
+    }
+    for (int input = 0; legal && input < 256; ++input) {
         std::string bits;
         for (int i = 7; i >= 0; --i)
             bits += input >> i & 1 ? '1' : '0';
@@ -92,16 +100,15 @@ void CheckTable(const std::vector<int> &lengths) {
 }
 
 TEST(HuffmanTables, AcceptExactlyPrefixFreeLengths) {
-    const Ints lengths = {-1, 0, 1, 2, 3, 4, 5, 6, 8, 33};
-    for (size_t count = 0; count <= 4; ++count)
-        ForAll(std::vector<Ints>(count, lengths),
-               [](const Ints &v) { CheckTable(std::vector<int>(v.begin(), v.end())); });
-    for (const auto &vector : {std::vector<int>{1, 2, 3, 4, 5, 6, 7, 7},
-                               {2, 2, 3, 3, 3, 3, 3},
-                               {4, 4, 4, 4, 5, 5, 9, 13, 32, 32},
-                               {32},
-                               {1, 32}})
-        CheckTable(vector);
+    const auto check = [](const Ints &v) { CheckTable(std::vector<int>(v.begin(), v.end())); };
+    for (size_t count = 0; count <= 5; ++count)
+        ForAll(std::vector<Ints>(count, Range(0, 8)), check);
+    ForAll(std::vector<Ints>(3, {-1, 1, 9, 31, 32, 33}), check);
+    Ints longest = Range(1, 32);
+    longest.push_back(32);
+    for (const auto &lengths :
+         {longest, {2, 2, 3, 3, 3, 3, 3}, {4, 4, 4, 4, 5, 5, 9, 13, 32, 32}, {32}, {1, 32}})
+        check(lengths);
 }
 
 TEST(HuffmanTables, AreLaidOutInPreOrder) {
@@ -117,11 +124,22 @@ TEST(HuffmanTables, AreLaidOutInPreOrder) {
     }
 }
 
-// Flat codes of 16 bits need 1 + 16 + 256 + 4096 subtables: the sixteenth child of the root would
-// lie past what an entry can point to. Half of them fit.
-TEST(HuffmanTables, RefuseWhatAChildOffsetCannotReach) {
-    EXPECT_NE(LoadTable(Table(std::vector<int>(30000, 16))), nullptr);
-    EXPECT_EQ(LoadTable(Table(std::vector<int>(65536, 16))), nullptr);
+// The codes under the first four bits 0000 take so many subtables that the child of 0001 lies just
+// within reach, at 32767 entries from its parent; a subtable more, and it is out of reach.
+TEST(HuffmanTables, ReachChildrenUpTo32767EntriesAway) {
+    for (const size_t leaves : {2, 1}) { // codes of 16 bits, each instead of a subtable
+        std::vector<int> lengths(8, 8);
+        lengths.resize(16, 12);
+        lengths.resize(16 + leaves, 16);
+        lengths.resize(lengths.size() + 30720 - 16 * leaves + 2, 20);
+        const HuffLutPtr table = LoadTable(Table(lengths));
+        ASSERT_EQ(table != nullptr, leaves == 2);
+        const uint8_t bytes[] = {0x10, 0, 0};
+        BitReader reader = {bytes, sizeof bytes, 0};
+        if (table) {
+            EXPECT_EQ(WalkHuffLut(table.get(), &reader), int(lengths.size()) - 2);
+        }
+    }
     EXPECT_EQ(LoadTable(Table(std::vector<int>(200000, 32))), nullptr);
 }
 
