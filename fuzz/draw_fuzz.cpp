@@ -9,6 +9,8 @@ namespace {
 
 // ---- Frames ----
 
+using Image = const OrnMinRenderImage *;
+
 constexpr int32_t kMaxSide = 300;
 constexpr uint8_t kPaper = 0x55;
 
@@ -63,17 +65,13 @@ struct FencedFrame {
         uint8_t *const yPlane = hasLuma ? luma.first : nullptr;
         image = {0, width, height, stride, yPlane, 0, hasChroma ? chroma.first : nullptr};
     }
-    void FillWithNoise() {
-        static const Fenced noise(kMaxSide);
-        for (auto *plane : {&luma, &chroma})
-            for (int32_t y = 0; y < plane->rows; ++y)
-                memcpy(plane->Row(y), noise.end - plane->bytes, size_t(plane->bytes));
-    }
 };
 
 int32_t ReadSide(Input *input) {
     const int32_t byte = input->Byte();
-    return byte < 200 ? byte % 67 - 1 : kMaxSide - input->Byte();
+    if (byte == 199)
+        return INT32_MIN;
+    return byte < 199 ? byte % 67 - 1 : kMaxSide - input->Byte();
 }
 
 // ---- Calls ----
@@ -83,21 +81,17 @@ enum Op { HLine, VLine, Line, DrawFrame, FillRect, Polygon, Ellipse, FillEllipse
           FillRoundRect, Blit, Bitmap, HalfBitmap, Text, OutlineText, Stamp, kOps };
 // clang-format on
 
-// Pointers are null in calls that go without whatever they take besides the image.
 struct Call {
     Op op;
-    OrnMinRenderRect corners;
-    OrnMinRenderPoint second;
+    OrnMinRenderRect rect;
+    OrnMinRenderPoint radii; // or where a blit's source begins
     OrnMinRenderColour colour;
     int32_t style;
     std::vector<OrnMinRenderPoint> points;
     int32_t bitmapWidth, bitmapHeight;
     const uint32_t *bits;
     uint32_t words;
-    std::string letters;
-    const OrnMinRenderRect *rect;
-    const OrnMinRenderPoint *radii;
-    const char *text;
+    std::string text;
 };
 
 // Bits that end at a fence; a bitmap that must not be read lies beyond it.
@@ -105,23 +99,23 @@ void ReadBitmap(Input *input, Call *call) {
     static const Fenced memory(768 * 1024);
     const int32_t oddSides[] = {32767, 32768, 0, -1, 1, INT32_MAX, INT32_MIN};
     const int32_t kind = input->Byte();
-    int32_t sides[2];
-    for (int i = 0; i < 2; ++i)
-        sides[i] = kind >> i & 1 ? oddSides[input->Byte() % 7] : input->Byte() % 130;
-    if (kind % 4 == 3)
-        sides[1] = 1; // not both of them large
-    const auto isLegal = [](int32_t side) { return side > 0 && side < 32768; };
+    bool legal = true;
+    for (auto *side : {&call->bitmapWidth, &call->bitmapHeight}) {
+        const bool odd = kind >> (side == &call->bitmapHeight) & 1;
+        *side = odd ? oddSides[input->Byte() % 7] : input->Byte() % 130;
+        if (kind % 4 == 3 && side == &call->bitmapHeight)
+            *side = 1; // not both of them large
+        legal = legal && *side > 0 && *side < 32768;
+    }
     if (call->op == Stamp)
         call->words = uint32_t(input->Byte() * (kind & 4 ? 4 : 1));
-    else if (isLegal(sides[0]) && isLegal(sides[1]))
-        call->words = uint32_t((sides[0] + 31) / 32 * sides[1]);
-    call->bitmapWidth = sides[0];
-    call->bitmapHeight = sides[1];
+    else if (legal)
+        call->words = uint32_t((call->bitmapWidth + 31) / 32 * call->bitmapHeight);
     call->bits = reinterpret_cast<const uint32_t *>(memory.end) - call->words;
 }
 
-void ReadCall(Input *input, int32_t width, int32_t height, Call *to) {
-    Call &call = *to;
+Call ReadCall(Input *input, int32_t width, int32_t height) {
+    Call call = {};
     const auto point = [&] {
         const int32_t x = input->Coordinate(width);
         return OrnMinRenderPoint{x, input->Coordinate(height)};
@@ -131,9 +125,9 @@ void ReadCall(Input *input, int32_t width, int32_t height, Call *to) {
     call.style = flags & 1 ? (flags & 2 ? input->Word() : OrnMinRenderLineDashed) : 0;
     call.colour = {uint8_t(flags * 37), uint8_t(flags * 59), uint8_t(flags * 83 + 1)};
     const auto p0 = point(), p1 = point();
-    call.corners = {p0.x, p0.y, p1.x, p1.y};
+    call.rect = {p0.x, p0.y, p1.x, p1.y};
     if (call.op == RoundRect || call.op == FillRoundRect || call.op == Blit)
-        call.second = point();
+        call.radii = point();
     else if (call.op == Polygon)
         for (int n = input->Byte() % 40; n > 0; --n)
             call.points.push_back(point());
@@ -141,14 +135,8 @@ void ReadCall(Input *input, int32_t width, int32_t height, Call *to) {
         ReadBitmap(input, &call);
     else if (call.op == Text || call.op == OutlineText)
         for (int n = input->Byte() % 32; n > 0; --n)
-            call.letters += char(input->Byte());
-    if (flags < 240) {
-        call.rect = &call.corners;
-        call.radii = &call.second;
-        call.text = call.letters.c_str();
-    } else {
-        call.bits = nullptr;
-    }
+            call.text += char(input->Byte());
+    return call;
 }
 
 OrnMinRenderFont *Font() {
@@ -164,25 +152,26 @@ OrnMinRenderFont *Font() {
     return font.get();
 }
 
-void DrawText(const Call &c, const OrnMinRenderImage *image) {
-    const OrnMinRenderPoint start = {c.corners.left, c.corners.top};
-    const int32_t lineStart = c.corners.right;
+void DrawText(const Call &c, Image image) {
+    const OrnMinRenderPoint start = {c.rect.left, c.rect.top};
+    const int32_t lineStart = c.rect.right;
+    const char *text = c.text.c_str();
     OrnMinRenderPoint drawn = start, measured = start;
     OrnMinRenderRect rect;
-    OrnMinRenderSetFontDirection(Font(), c.style & 1 ? c.corners.bottom & 3 : c.style);
+    OrnMinRenderSetFontDirection(Font(), c.style & 1 ? c.rect.bottom & 3 : c.style);
     if (c.op == Text)
-        OrnMinRenderDrawTextY8(nullptr, image, Font(), c.text, &drawn, lineStart, c.colour.y);
+        OrnMinRenderDrawTextY8(nullptr, image, Font(), text, &drawn, lineStart, c.colour.y);
     else
-        OrnMinRenderDrawOutlineTextY8(nullptr, image, Font(), c.text, &drawn, lineStart, c.colour.u,
+        OrnMinRenderDrawOutlineTextY8(nullptr, image, Font(), text, &drawn, lineStart, c.colour.u,
                                       c.colour.y);
-    OrnMinRenderGetTextRect(nullptr, Font(), c.text, &measured, lineStart, &rect);
-    Require(!image || (drawn.x == measured.x && drawn.y == measured.y), "measuring moves the pen");
-    free(OrnMinRenderFixTextWidth(nullptr, Font(), c.text, lineStart));
+    OrnMinRenderGetTextRect(nullptr, Font(), text, &measured, lineStart, &rect);
+    Require(drawn.x == measured.x && drawn.y == measured.y, "measuring moves the pen as drawing");
+    free(OrnMinRenderFixTextWidth(nullptr, Font(), text, lineStart));
 }
 
 // The Y8 sibling of a call, where both paint the same luma; false where there is none.
-bool DrawY8(const Call &c, const OrnMinRenderImage *image, OrnMinRenderContext *context) {
-    const auto [left, top, right, bottom] = c.corners;
+bool DrawY8(const Call &c, Image image, OrnMinRenderContext *context) {
+    const auto [left, top, right, bottom] = c.rect;
     const uint8_t luma = c.colour.y;
     const bool solid = c.style == OrnMinRenderLineSolid;
     if (c.op == HLine && solid)
@@ -192,59 +181,45 @@ bool DrawY8(const Call &c, const OrnMinRenderImage *image, OrnMinRenderContext *
     else if (c.op == Line)
         OrnMinRenderDrawLineY8(context, image, {left, top}, {right, bottom}, luma, c.style);
     else if (c.op == DrawFrame && solid && top <= bottom)
-        OrnMinRenderDrawFrameY8(context, image, c.rect, luma, c.style);
+        OrnMinRenderDrawFrameY8(context, image, &c.rect, luma, c.style);
     else if (c.op == FillRect)
-        OrnMinRenderFillRectY8(context, image, c.rect, luma);
+        OrnMinRenderFillRectY8(context, image, &c.rect, luma);
     else if (c.op == Polygon)
         OrnMinRenderFillPolygonY8(context, image, c.points.data(), c.points.size(), luma);
     else if (c.op == Bitmap)
-        OrnMinRenderDrawBitmapY8(image, c.rect, c.bitmapWidth, c.bitmapHeight, c.bits, luma);
+        OrnMinRenderDrawBitmapY8(image, &c.rect, c.bitmapWidth, c.bitmapHeight, c.bits, luma);
     else
         return false;
     return true;
 }
 
-void Draw(const Call &c, const OrnMinRenderImage *image, OrnMinRenderContext *context,
-          const OrnMinRenderImage *source) {
-    const auto [left, top, right, bottom] = c.corners;
+void Draw(const Call &c, Image image, OrnMinRenderContext *context, Image source) {
+    const auto &[op, rect, radii, ink, style, points, width, height, bits, words, text] = c;
+    const auto [left, top, right, bottom] = rect;
     const OrnMinRenderPoint p0 = {left, top}, p1 = {right, bottom};
     const OrnMinRenderGlyphBox box = {int8_t(right), int8_t(bottom), int8_t(right >> 8),
                                       int8_t(bottom >> 8)};
-    switch (c.op) {
-    case HLine:
-        return OrnMinRenderDrawHLineYUV420SP(context, image, left, right, top, c.colour, c.style);
-    case VLine:
-        return OrnMinRenderDrawVLineYUV420SP(context, image, left, top, bottom, c.colour, c.style);
-    case Line:
-        return OrnMinRenderDrawLineYUV420SP(context, image, p0, p1, c.colour, c.style);
-    case DrawFrame:
-        return OrnMinRenderDrawFrameYUV420SP(context, image, c.rect, c.colour, c.style);
-    case FillRect:
-        return OrnMinRenderFillRectYUV420SP(context, image, c.rect, c.colour);
-    case Polygon:
-        return OrnMinRenderFillPolygonYUV420SP(context, image, c.points.data(), c.points.size(),
-                                               c.colour);
-    case Ellipse:
-        return OrnMinRenderDrawEllipseYUV420SP(context, image, c.rect, c.colour);
-    case FillEllipse:
-        return OrnMinRenderFillEllipseYUV420SP(context, image, c.rect, c.colour);
-    case RoundRect:
-        return OrnMinRenderDrawRoundRectYUV420SP(context, image, c.rect, c.radii, c.colour);
-    case FillRoundRect:
-        return OrnMinRenderFillRoundRectYUV420SP(context, image, c.rect, c.radii, c.colour);
-    case Blit:
-        return OrnMinRenderBltYUV420SP(image, c.corners, c.rect ? source : nullptr, c.second);
-    case Bitmap:
-        return OrnMinRenderDrawBitmapYUV420SP(image, c.rect, c.bitmapWidth, c.bitmapHeight, c.bits,
-                                              c.colour);
-    case HalfBitmap:
-        return OrnMinRenderDrawBitmapSemiTransparentYUV420SP(image, c.rect, c.bitmapWidth,
-                                                             c.bitmapHeight, c.bits, c.colour);
-    case Stamp:
-        return OrnMinRenderTextBitmap(&box, c.bits, c.words, image, &p0, c.colour.y);
-    default:
-        return DrawText(c, image);
+    // clang-format off
+    switch (op) {
+    case HLine: return OrnMinRenderDrawHLineYUV420SP(context, image, left, right, top, ink, style);
+    case VLine: return OrnMinRenderDrawVLineYUV420SP(context, image, left, top, bottom, ink, style);
+    case Line: return OrnMinRenderDrawLineYUV420SP(context, image, p0, p1, ink, style);
+    case DrawFrame: return OrnMinRenderDrawFrameYUV420SP(context, image, &rect, ink, style);
+    case FillRect: return OrnMinRenderFillRectYUV420SP(context, image, &rect, ink);
+    case Polygon: return OrnMinRenderFillPolygonYUV420SP(context, image, points.data(),
+                                                         points.size(), ink);
+    case Ellipse: return OrnMinRenderDrawEllipseYUV420SP(context, image, &rect, ink);
+    case FillEllipse: return OrnMinRenderFillEllipseYUV420SP(context, image, &rect, ink);
+    case RoundRect: return OrnMinRenderDrawRoundRectYUV420SP(context, image, &rect, &radii, ink);
+    case FillRoundRect: return OrnMinRenderFillRoundRectYUV420SP(context, image, &rect, &radii, ink);
+    case Blit: return OrnMinRenderBltYUV420SP(image, rect, source, radii);
+    case Bitmap: return OrnMinRenderDrawBitmapYUV420SP(image, &rect, width, height, bits, ink);
+    case HalfBitmap: return OrnMinRenderDrawBitmapSemiTransparentYUV420SP(image, &rect, width,
+                                                                          height, bits, ink);
+    case Stamp: return OrnMinRenderTextBitmap(&box, bits, words, image, &p0, ink.y);
+    default: DrawText(c, image);
     }
+    // clang-format on
 }
 
 } // namespace
@@ -260,16 +235,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     luma.Place(&input, width, height, 1);
     chroma.Place(&input, width, height, 2);
     source.Place(&input, sourceWidth, sourceHeight, input.Byte() % 8 ? 3 : 1);
-    source.FillWithNoise();
+    for (auto *plane : {&source.luma, &source.chroma})
+        for (int32_t y = 0; y < plane->rows; ++y)
+            memset(plane->Row(y), y, size_t(plane->bytes));
 
     for (int n = 0; n < kMaxCalls && input.at < input.end; ++n) {
-        Call call = {};
-        ReadCall(&input, width, height, &call);
+        const Call call = ReadCall(&input, width, height);
         // Filled shapes need a context; nothing else does.
         const bool filled =
             call.op == Polygon || call.op == FillEllipse || call.op == FillRoundRect;
         OrnMinRenderContext *const needed = filled ? context : nullptr;
-        Draw(call, nullptr, context, &source.image);
         Draw(call, &whole.image, context, &source.image);
         if (!DrawY8(call, &luma.image, needed))
             Draw(call, &luma.image, needed, &source.image);

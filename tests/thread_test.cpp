@@ -26,21 +26,19 @@ void DrawPart(Image image, int part, OrnMinRenderContext *context, OrnMinRenderF
     const OrnMinRenderRect all = {x, y, right, bottom}, box = {x, y, right - 1, bottom - 1};
     const OrnMinRenderRect ring = {x + 1, y + 1, right - 2, bottom - 2};
     const OrnMinRenderPoint corners[] = {{x, y}, {right, y}, {right, bottom}, {x, bottom}};
-    const OrnMinRenderPoint radii = {20, 15};
     const std::vector<uint32_t> bits(3 * kPartHeight, 0xA5A5A5A5);
     for (int round = 0; round < 20; ++round) {
-        const OrnMinRenderColour colour = {uint8_t(round * 11 + part), uint8_t(round),
-                                           uint8_t(part)};
-        OrnMinRenderFillRectYUV420SP(context, image, &all, colour);
+        const OrnMinRenderColour ink = {uint8_t(round * 11 + part), uint8_t(round), uint8_t(part)};
+        const OrnMinRenderPoint radii = {20, round};
         OrnMinRenderFillPolygonYUV420SP(context, image, corners, 4, kInk);
-        OrnMinRenderFillEllipseYUV420SP(context, image, &all, colour);
-        OrnMinRenderFillRoundRectYUV420SP(context, image, &all, &radii, colour);
+        OrnMinRenderFillEllipseYUV420SP(context, image, &all, ink);
+        OrnMinRenderFillRoundRectYUV420SP(context, image, &all, &radii, ink);
         OrnMinRenderDrawEllipseYUV420SP(context, image, &ring, kInk);
-        OrnMinRenderDrawRoundRectYUV420SP(context, image, &ring, &radii, colour);
+        OrnMinRenderDrawRoundRectYUV420SP(context, image, &ring, &radii, ink);
         OrnMinRenderDrawBitmapSemiTransparentYUV420SP(image, &all, kPartWidth, kPartHeight,
                                                       bits.data(), kInk);
-        OrnMinRenderDrawBitmapYUV420SP(image, &all, kPartWidth, 9, bits.data(), colour);
-        OrnMinRenderDrawFrameYUV420SP(context, image, &box, colour, round % 2);
+        OrnMinRenderDrawBitmapYUV420SP(image, &all, kPartWidth, 9, bits.data(), ink);
+        OrnMinRenderDrawFrameYUV420SP(context, image, &box, ink, round % 2);
         OrnMinRenderDrawLineYUV420SP(context, image, {x, y}, {right - 2, bottom - 2}, kInk, 0);
         OrnMinRenderPoint pen = {x + 2, y + 12};
         OrnMinRenderSetFontDirection(font, round % 4 ? 0 : OrnMinRenderTextDirectionDown);
