@@ -69,9 +69,7 @@ struct FencedFrame {
 
 int32_t ReadSide(Input *input) {
     const int32_t byte = input->Byte();
-    if (byte == 199)
-        return INT32_MIN;
-    return byte < 199 ? byte % 67 - 1 : kMaxSide - input->Byte();
+    return byte > 199 ? kMaxSide - input->Byte() : byte < 199 ? byte % 67 - 1 : INT32_MIN;
 }
 
 // ---- Calls ----
@@ -234,7 +232,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     whole.Place(&input, width, height, 3);
     luma.Place(&input, width, height, 1);
     chroma.Place(&input, width, height, 2);
-    source.Place(&input, sourceWidth, sourceHeight, input.Byte() % 8 ? 3 : 1);
+    source.Place(&input, sourceWidth, sourceHeight, 3 - input.Byte() % 4);
     for (auto *plane : {&source.luma, &source.chroma})
         for (int32_t y = 0; y < plane->rows; ++y)
             memset(plane->Row(y), y, size_t(plane->bytes));

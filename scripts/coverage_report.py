@@ -1,11 +1,13 @@
 """Branches of src/ that the tests leave out, from llvm-cov's JSON, checked against a list.
 
-coverage_report.py COVERAGE.JSON SOURCE-FOLDER LIST [--least PERCENT]
+coverage_report.py SOURCE-FOLDER LIST LEAST-PERCENT COVERAGE.JSON...
 
+Several files are those of several builds of the same source; a branch counts where any took it.
 A line of LIST names such a branch and the reason why it stays so: file, function, condition, and
 the outcome that never came. A branch that is not listed fails, as does a line whose branch is
 covered or gone, unless its reason begins with "machine:".
 """
+import bisect
 import json
 import os
 import subprocess
@@ -39,11 +41,16 @@ def condition_text(lines, first_line, first_column, last_line, last_column):
     return " ".join(" ".join(picked).split())
 
 
-def collect(data, folder):
-    """All branches as a list of (file, function, condition, outcome), with how often each came."""
+def count_at(segments, line, column):
+    """How often the code at a place ran."""
+    at = bisect.bisect_right(segments, [line, column, float("inf")]) - 1
+    return segments[at][2] if at >= 0 else 0
+
+
+def collect(data, folder, branches):
+    """Adds to branches, by (file, function, condition, outcome, place), how often each came."""
     functions = load_functions(data, folder)
     bare = demangle({name for found in functions.values() for _, _, name in found})
-    branches = {}
     for file in data["files"]:
         path = file["filename"]
         if os.path.dirname(path) != folder:
@@ -52,13 +59,14 @@ def collect(data, folder):
             lines = source.read().split("\n")
         for branch in file["branches"]:
             place, counts = tuple(branch[:4]), branch[4:6]
+            if not any(counts) and count_at(file["segments"], *place[:2]) > 0:
+                continue  # a constant to the compiler: a template argument
             around = [f for f in functions[path] if f[0] <= place[0] <= f[1]]
             name = bare[max(around)[2]].split("::")[-1].split("<")[0] if around else "?"
             text = condition_text(lines, *place)
             for outcome, count in zip(("true", "false"), counts):
                 key = (os.path.basename(path), name, text, outcome, place)
                 branches[key] = branches.get(key, 0) + count
-    return branches
 
 
 def read_list(path):
@@ -76,11 +84,11 @@ def read_list(path):
 
 
 def main():
-    coverage, folder, listed = sys.argv[1:4]
-    least = float(sys.argv[5]) if len(sys.argv) > 5 else 0
-    with open(coverage, encoding="utf-8") as file:
-        data = json.load(file)["data"][0]
-    branches = collect(data, os.path.realpath(folder))
+    folder, listed, least = sys.argv[1], sys.argv[2], float(sys.argv[3])
+    branches = {}
+    for coverage in sys.argv[4:]:
+        with open(coverage, encoding="utf-8") as file:
+            collect(json.load(file)["data"][0], os.path.realpath(folder), branches)
     missing = sorted(key for key, count in branches.items() if count == 0)
     reasons = read_list(listed)
     failed = False

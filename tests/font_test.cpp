@@ -326,14 +326,21 @@ TEST(GlyphDecoding, RecordsOutsideTheDataAreSkippedByAll) {
         EXPECT_EQ(pen.x != 0 || rect.top != 0, inside) << offset;
         EXPECT_EQ(pen.y, 16);
     }
-    const FontPtr font = Load(source.Bytes());
     const uint8_t foreign[16] = {3, 3, 0, 0, 0, 0, 8, 0, 0xFF};
-    OrnMinRenderGlyph glyph = {};
-    glyph.record = foreign;
-    glyph.bitmapWords = 9;
-    OrnMinRenderTextRenderCacheGlyph(font.get(), &glyph);
-    EXPECT_EQ(glyph.bitmap, nullptr);
-    EXPECT_EQ(glyph.bitmapWords, 0u);
+    FontFile small = source;
+    small.glyphData.resize(4);
+    for (const FontFile &file : {source, small}) {
+        const FontPtr font = Load(file.Bytes());
+        const uint8_t *data = font->glyphData;
+        for (const uint8_t *record : {foreign, data - 8, data + 2}) {
+            OrnMinRenderGlyph glyph = {};
+            glyph.record = record;
+            glyph.bitmapWords = 9;
+            OrnMinRenderTextRenderCacheGlyph(font.get(), &glyph);
+            EXPECT_EQ(glyph.bitmap, nullptr);
+            EXPECT_EQ(glyph.bitmapWords, 0u);
+        }
+    }
 }
 
 TEST(GlyphCache, KeepsOneEntryACodePoint) {

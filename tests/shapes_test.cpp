@@ -352,7 +352,7 @@ struct TestBitmap {
     TestBitmap(int w, int h, std::mt19937 &random) : width(w), height(h) {
         words.resize(size_t((w + 31) / 32 * h));
         for (auto &word : words)
-            word = static_cast<uint32_t>(random()); // bits past the width, too
+            word = random() % 8 ? uint32_t(random()) : ~0u; // bits past the width, too
     }
     bool Bit(Int c, Int r) const {
         return words[size_t(r * ((width + 31) / 32) + c / 32)] >> (31 - c % 32) & 1;

@@ -344,6 +344,7 @@ TEST(MissingArguments, DoNothing) {
         WithoutEach(draw, image, &rect, 8, 2, bits, kInk);
     WithoutEach(OrnMinRenderTextBitmap, &box, bits, 2, image, pen, 7);
     WithoutEach(OrnMinRenderTextRenderCacheGlyph, font, &glyph);
+    OrnMinRenderTextRenderCacheGlyph(font, &glyph); // without a record
     WithoutEach(OrnMinRenderDrawTextY8, none, image, font, "A", pen, 0, 7);
     WithoutEach(OrnMinRenderDrawOutlineTextY8, none, image, font, "A", pen, 0, 7, 8);
     WithoutEach(OrnMinRenderGetTextRect, none, font, "A", pen, 0, &rect);
