@@ -386,7 +386,8 @@ TEST(Stamping, MatchesTheReferenceAtEveryEdge) {
         for (auto &word : words)
             word = uint32_t(random() & random());
         const auto count = uint32_t(i % 3 ? words.size() : random() % (words.size() + 1));
-        const OrnMinRenderPoint pen = {pick(-12, 20) - box.bearingX, pick(-9, 12) + box.bearingY};
+        const OrnMinRenderPoint pen = {pick(i % 4 ? -12 : -120, 20) - box.bearingX,
+                                       pick(-9, 12) + box.bearingY};
         Frame drawn(13, 8, 1), expected(13, 8, 1);
         OrnMinRenderTextBitmap(&box,
                                std::vector<uint32_t>(words.begin(), words.begin() + count).data(),
