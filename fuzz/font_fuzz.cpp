@@ -13,10 +13,6 @@ constexpr uint8_t kPaper = 0x55;
 const std::string kText = "\x01 !AB\nC\t~\xC2\x80\xCF\xBF\xF4\x8F\xBF\xBF\xF4\x90\x80\x80"
                           "\xF4\x90\x80\x84 \xFD\xBF\xBF\xBF\xBF\xBF";
 
-void RequireSamePen(OrnMinRenderPoint a, OrnMinRenderPoint b) {
-    Require(a.x == b.x && a.y == b.y, "measuring and drawing move the pen alike");
-}
-
 // Draws into a fenced frame and measures; ink may only lie where measuring says.
 void DrawAndMeasure(OrnMinRenderFont *font, OrnMinRenderPoint start) {
     static const Fenced memory(kSide * kSide);
@@ -33,8 +29,8 @@ void DrawAndMeasure(OrnMinRenderFont *font, OrnMinRenderPoint start) {
                         (x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom),
                     "ink lies in the measured rectangle");
     OrnMinRenderDrawOutlineTextY8(nullptr, &image, font, text, &outlined, start.x, 9, 100);
-    RequireSamePen(measured, plain);
-    RequireSamePen(measured, outlined);
+    for (const OrnMinRenderPoint pen : {plain, outlined})
+        Require(pen.x == measured.x && pen.y == measured.y, "measuring moves the pen as drawing");
 }
 
 } // namespace

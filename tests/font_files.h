@@ -4,7 +4,7 @@
 #include "cbf_writer.h"
 #include "orn_min_render.h"
 
-#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <random>
 #include <string>
@@ -22,9 +22,9 @@ struct TempFile {
     std::string path = "/tmp/orn_test_XXXXXX";
     explicit TempFile(const cbf::Bytes &bytes) {
         const int descriptor = mkstemp(path.data());
-        FILE *file = fdopen(descriptor, "wb");
-        fwrite(bytes.data(), 1, bytes.size(), file);
-        fclose(file);
+        if (write(descriptor, bytes.data(), bytes.size()) != ssize_t(bytes.size()))
+            abort();
+        close(descriptor);
     }
     TempFile(const TempFile &) = delete;
     ~TempFile() {
