@@ -143,7 +143,6 @@ TEST(HuffmanTables, ReachChildrenUpTo32767EntriesAway) {
             EXPECT_EQ(WalkHuffLut(table.get(), &reader), int(lengths.size()) - 2);
         }
     }
-    EXPECT_EQ(LoadTable(Table(std::vector<int>(200000, 32))), nullptr);
 }
 
 TEST(HuffmanTables, RefuseWhatIsNotThere) {
@@ -332,6 +331,7 @@ TEST(GlyphDecoding, RecordsOutsideTheDataAreSkippedByAll) {
     for (const FontFile &file : {source, small}) {
         const FontPtr font = Load(file.Bytes());
         const uint8_t *data = font->glyphData;
+        EXPECT_EQ(GetGlyph(font.get(), 0) != nullptr, file.glyphData.size() >= 8);
         for (const uint8_t *record : {foreign, data - 8, data + 2}) {
             OrnMinRenderGlyph glyph = {};
             glyph.record = record;

@@ -455,7 +455,8 @@ TEST(Extremes, CostNoTimeAndStayInside) {
 // ---- Colours ----
 
 TEST(Colours, FollowTheEquationsAndStayInRange) {
-    ForAll({Range(0, 51), Range(0, 51), Range(0, 255)}, [](const Ints &v) {
+    uint32_t sum = 0; // of every byte, so that no coefficient is one off
+    ForAll({Range(0, 51), Range(0, 51), Range(0, 255)}, [&](const Ints &v) {
         const double r = double(v[0] * 5), g = double(v[1] * 5), b = double(v[2]);
         const uint8_t rgb[3] = {uint8_t(r), uint8_t(g), uint8_t(b)};
         uint8_t yuv[3];
@@ -465,7 +466,9 @@ TEST(Colours, FollowTheEquationsAndStayInRange) {
                                  128 + 0.5 * r - 0.418688 * g - 0.081312 * b};
         for (int i = 0; i < 3; ++i)
             ASSERT_TRUE(yuv[i] <= exact[i] + 0.01 && yuv[i] > exact[i] - 1.01) << i;
+        sum = sum * 31 + yuv[0] + (yuv[1] << 8) + (yuv[2] << 16);
     });
+    EXPECT_EQ(sum, 118195678u);
 }
 
 TEST(Colours, ReproduceTheTableAlsoInPlace) {

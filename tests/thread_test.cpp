@@ -34,10 +34,8 @@ void DrawPart(Image image, int part, OrnMinRenderContext *context, OrnMinRenderF
         OrnMinRenderFillEllipseYUV420SP(context, image, &all, ink);
         OrnMinRenderFillRoundRectYUV420SP(context, image, &all, &radii, ink);
         OrnMinRenderDrawEllipseYUV420SP(context, image, &ring, kInk);
-        OrnMinRenderDrawRoundRectYUV420SP(context, image, &ring, &radii, ink);
         OrnMinRenderDrawBitmapSemiTransparentYUV420SP(image, &all, kPartWidth, kPartHeight,
                                                       bits.data(), kInk);
-        OrnMinRenderDrawBitmapYUV420SP(image, &all, kPartWidth, 9, bits.data(), ink);
         OrnMinRenderDrawFrameYUV420SP(context, image, &box, ink, round % 2);
         OrnMinRenderDrawLineYUV420SP(context, image, {x, y}, {right - 2, bottom - 2}, kInk, 0);
         OrnMinRenderPoint pen = {x + 2, y + 12};
