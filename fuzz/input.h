@@ -60,7 +60,6 @@ class Fenced {
         for (uint8_t *byte = first; byte < end; ++byte)
             *byte = uint8_t(uint32_t(byte - first) * 2654435761u >> 21);
     }
-    Fenced(const Fenced &) = delete;
     uint8_t *first;
     uint8_t *end;
 };

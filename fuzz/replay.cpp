@@ -17,6 +17,5 @@ int main(int count, char **folders) {
             LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
             ++files;
         }
-    fprintf(stderr, "%d files\n", files);
     return files == 0;
 }

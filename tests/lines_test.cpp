@@ -459,16 +459,18 @@ TEST(Colours, FollowTheEquationsAndStayInRange) {
     ForAll({Range(0, 51), Range(0, 51), Range(0, 255)}, [&](const Ints &v) {
         const double r = double(v[0] * 5), g = double(v[1] * 5), b = double(v[2]);
         const uint8_t rgb[3] = {uint8_t(r), uint8_t(g), uint8_t(b)};
-        uint8_t yuv[3];
+        uint8_t yuv[3], other[3];
         OrnMinRenderRGB2YUV(yuv, rgb);
+        OrnMinRenderYUV2RGB(other, rgb); // any three bytes are a colour either way
         const double exact[3] = {0.299 * r + 0.587 * g + 0.114 * b,
                                  128 - 0.168736 * r - 0.331264 * g + 0.5 * b,
                                  128 + 0.5 * r - 0.418688 * g - 0.081312 * b};
         for (int i = 0; i < 3; ++i)
             ASSERT_TRUE(yuv[i] <= exact[i] + 0.01 && yuv[i] > exact[i] - 1.01) << i;
         sum = sum * 31 + yuv[0] + (yuv[1] << 8) + (yuv[2] << 16);
+        sum = sum * 31 + other[0] + (other[1] << 8) + (other[2] << 16);
     });
-    EXPECT_EQ(sum, 118195678u);
+    EXPECT_EQ(sum, 3386987178u);
 }
 
 TEST(Colours, ReproduceTheTableAlsoInPlace) {

@@ -254,6 +254,8 @@ TEST(ShapeProperties, ThinAndExtremeShapesEnd) {
         RoundBox(&box.image, rect, {int(v[2]), int(v[2])});
         RoundFill(&box.image, rect, {int(v[2]), int(v[2])});
         const bool large = width > 65536 || height > 65536;
+        ASSERT_TRUE(height != 40 || (ring.Y(10, 26) == kInk.y) == !large);
+        ASSERT_TRUE(width != 40 || (ring.Y(30, 6) == kInk.y) == !large);
         const bool proper = 4 * width >= height; // narrower discs leave their box
         for (int y = 0; y < 60; ++y)
             for (int x = 0; x < 60; ++x) {

@@ -37,7 +37,6 @@ void DrawPart(Image image, int part, OrnMinRenderContext *context, OrnMinRenderF
         OrnMinRenderDrawBitmapSemiTransparentYUV420SP(image, &all, kPartWidth, kPartHeight,
                                                       bits.data(), kInk);
         OrnMinRenderDrawFrameYUV420SP(context, image, &box, ink, round % 2);
-        OrnMinRenderDrawLineYUV420SP(context, image, {x, y}, {right - 2, bottom - 2}, kInk, 0);
         OrnMinRenderPoint pen = {x + 2, y + 12};
         OrnMinRenderSetFontDirection(font, round % 4 ? 0 : OrnMinRenderTextDirectionDown);
         OrnMinRenderDrawOutlineTextY8(context, image, font, "AB", &pen, pen.x, 9, round);
