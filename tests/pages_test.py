@@ -92,4 +92,4 @@ def main(folder):
 
 with tempfile.TemporaryDirectory() as sandboxes:
     main(sandboxes)
-sys.exit("\n".join(failures))
+sys.exit("\n".join(failures) or 0)
