@@ -131,14 +131,12 @@ struct BitmapView {
     int32_t height;
 };
 
-// The first sample that shows the given column (or row) of the bitmap, or a later one.
+// The first sample that shows the given column (or row) of an enlarged bitmap, or a later one.
 static int64_t FirstSampleOf(const Sampling &sampling, uint32_t index) {
     if (index == 0)
         return 0;
     if (sampling.step == 0) // a bitmap of one column over more than 65536 samples
         return sampling.end;
-    if (sampling.step == kSameSize)
-        return index;
     const auto step = static_cast<uint32_t>(sampling.step);
     return ((index << 16) - 1) / step + 1;
 }
