@@ -6,6 +6,7 @@ build=$1 source=$2 version=$3
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
+export CMAKE_GENERATOR=Ninja # as everywhere here; make need not be installed
 
 fail() {
     echo "install_test: $*" >&2
