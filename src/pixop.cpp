@@ -112,8 +112,8 @@ struct Sampling {
 };
 
 constexpr int64_t kSameSize = 65536; // the step at which every sample shows a column of its own
-constexpr int64_t kLargestGatherStep = 2 * kSameSize;
-constexpr int32_t kMaxBitmapSide = 32767; // times 65536 stays below 2^31
+constexpr int64_t kLargestGatherStep = 2 * kSameSize; // 32 samples lie within 64 columns
+constexpr int32_t kMaxBitmapSide = 32767;             // times 65536 stays below 2^31
 
 static bool MakeSampling(int64_t from, int64_t to, int32_t bitmapSide, int32_t planeSide,
                          Sampling *sampling) {

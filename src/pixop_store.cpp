@@ -1,6 +1,7 @@
-// The innermost loops: rows, spans and masks painted in one colour. Each has a plain routine, and
-// beside it one for AVX-512, whose masked stores write the odd bytes at the end of a run, or the
-// set bits of a mask, and nothing else. The functions at the end choose.
+// The innermost loops: rows, spans and masks painted in one colour, and the bits of bitmaps put in
+// the order of a mask. Each has a plain routine, and beside it one for AVX-512, whose masked stores
+// write the bytes of a run, or the set bits of a mask, and nothing else. The functions at the end
+// choose.
 #include "pixop.h"
 
 // ---- Plain ----
