@@ -1,7 +1,8 @@
 // CBF files for tests: whole fonts through the converter's writer, odd ones put together by hand.
 #pragma once
 
-#include "cbf_writer.h"
+#include "cbf/index_writer.h"
+#include "cbf/writer.h"
 #include "orn_min_render.h"
 
 #include <cstdlib>
@@ -68,9 +69,9 @@ struct FontFile {
         const uint32_t size = dataSize ? dataSize : uint32_t(glyphData.size());
         uint32_t offset = 28;
         for (const uint32_t word : {headerWord, uint32_t(lineHeight), size})
-            cbf::PutWord(&out, word);
+            cbf::PutWord(out, word);
         for (const auto *section : {&tables[0], &tables[1], &index, &glyphData}) {
-            cbf::PutWord(&out, offset);
+            cbf::PutWord(out, offset);
             offset += uint32_t(section->size());
         }
         for (const auto *section : {&tables[0], &tables[1], &index, &glyphData})
@@ -82,10 +83,10 @@ struct FontFile {
 // A table of code lengths in file order, the symbols given or counting from 0.
 inline cbf::Bytes Table(const std::vector<int> &lengths, std::vector<int> symbols = {}) {
     cbf::Bytes bytes;
-    cbf::PutWord(&bytes, uint32_t(lengths.size()));
+    cbf::PutWord(bytes, uint32_t(lengths.size()));
     for (size_t i = 0; i < lengths.size(); ++i) {
-        cbf::PutHalf(&bytes, uint32_t(symbols.empty() ? int(i) : symbols[i]));
-        cbf::PutHalf(&bytes, uint32_t(lengths[i]));
+        cbf::PutHalf(bytes, uint32_t(symbols.empty() ? int(i) : symbols[i]));
+        cbf::PutHalf(bytes, uint32_t(lengths[i]));
     }
     return bytes;
 }

@@ -76,7 +76,7 @@ void CheckTable(const std::vector<int> &lengths) {
     for (size_t i = 0; legal && i < codes.size(); ++i) { // each code by itself, however long
         cbf::BitWriter writer;
         for (const char bit : codes[i])
-            cbf::PutBits(&writer, bit == '1', 1);
+            cbf::PutBits(writer, bit == '1', 1);
         BitReader reader = {writer.bytes.data(), writer.bytes.size(), 0};
         ASSERT_EQ(WalkHuffLut(table.get(), &reader), symbols[i]);
         ASSERT_EQ(reader.position, codes[i].size());
@@ -164,15 +164,15 @@ struct IndexRecord {
 
 Bytes Index(uint32_t count, const Bytes &table, const std::vector<IndexRecord> &records) {
     Bytes bytes;
-    cbf::PutWord(&bytes, count);
+    cbf::PutWord(bytes, count);
     bytes.insert(bytes.end(), table.begin(), table.end());
     for (const auto &record : records) {
         cbf::BitWriter writer;
         for (const char bit : record.bits)
             if (bit != ' ')
-                cbf::PutBits(&writer, bit == '1', 1);
-        cbf::PutWord(&bytes, record.first);
-        cbf::PutWord(&bytes, uint32_t(writer.bytes.size()));
+                cbf::PutBits(writer, bit == '1', 1);
+        cbf::PutWord(bytes, record.first);
+        cbf::PutWord(bytes, uint32_t(writer.bytes.size()));
         bytes.insert(bytes.end(), writer.bytes.begin(), writer.bytes.end());
     }
     return bytes;
@@ -245,8 +245,8 @@ TEST(FontIndex, HostileCountsCostNeitherMemoryNorTime) {
     FontFile file;
     file.glyphData.assign(64, 0);
     file.index = Index(4, kDeltas, {});
-    cbf::PutWord(&file.index, 0);
-    cbf::PutWord(&file.index, 0xFFFFFFFF); // a record of 2^32 - 1 bytes
+    cbf::PutWord(file.index, 0);
+    cbf::PutWord(file.index, 0xFFFFFFFF); // a record of 2^32 - 1 bytes
     EXPECT_NE(Load(file.Bytes())->index, nullptr);
     file.dataSize = 0xFFFFFFFF;
     EXPECT_EQ(Load(file.Bytes()), nullptr);
@@ -264,7 +264,7 @@ FontFile SmallFont(const std::string &runs, int bitCount, int width = 3, int hei
     file.index = Index(1, Table({1}, {0}), {{0, "0"}});
     cbf::BitWriter writer;
     for (const char run : runs)
-        cbf::PutBits(&writer, uint32_t(run - '0'), 4);
+        cbf::PutBits(writer, uint32_t(run - '0'), 4);
     const cbf::Glyph glyph = {width, height, 1, 2, 4, {}};
     file.glyphData = cbf::RecordBytes(glyph, writer);
     file.glyphData[6] = uint8_t(bitCount);
