@@ -16,7 +16,35 @@ constexpr uint8_t kPaper = 0x55;
 constexpr char kText[] = "\x01 !AB\nC\t~\xC2\x80\xCF\xBF\xF4\x8F\xBF\xBF\xF4\x90\x80\x80"
                          "\xF4\x90\x80\x84 \xFD\xBF\xBF\xBF\xBF\xBF";
 
-// Draws into a fenced frame and measures; ink may only lie where measuring says.
+// Whether the box of an outline, larger by 5 and starting 3 further left and 2 higher than that of
+// its glyph, fits into signed bytes for each glyph: one that doesn't wraps to anywhere.
+bool OutlinesFit(OrnMinRenderFont *font) {
+    for (const char *c = kText; *c;) {
+        std::string one(1, *c++);
+        while ((*c & 0xC0) == 0x80) // the rest of a sequence
+            one += *c++;
+        OrnMinRenderPoint pen = {0, 0};
+        OrnMinRenderRect rect;
+        OrnMinRenderGetTextRect(nullptr, font, one.c_str(), &pen, 0, &rect);
+        if (rect.left < -125 || rect.top < -125 || rect.right - rect.left > 122 ||
+            rect.bottom - rect.top > 122)
+            return false;
+    }
+    return true;
+}
+
+void RequireInkWithin(const OrnMinRenderImage &image, const OrnMinRenderRect &rect, int64_t reach,
+                      const char *promise) {
+    for (int64_t y = 0; y < kSide; ++y)
+        for (int64_t x = 0; x < kSide; ++x)
+            Require(image.yPlane[y * kSide + x] == kPaper ||
+                        (x >= rect.left - reach && x < rect.right + reach &&
+                         y >= rect.top - reach && y < rect.bottom + reach),
+                    promise);
+}
+
+// Draws into a fenced frame and measures; ink may only lie where measuring says, or two pixels
+// from there.
 void DrawAndMeasure(OrnMinRenderFont *font, OrnMinRenderPoint start) {
     static const Fenced memory(kSide * kSide);
     const OrnMinRenderImage image = {0, kSide, kSide, kSide, memory.first, 0, nullptr};
@@ -25,12 +53,10 @@ void DrawAndMeasure(OrnMinRenderFont *font, OrnMinRenderPoint start) {
     OrnMinRenderRect rect;
     OrnMinRenderGetTextRect(nullptr, font, kText, &measured, start.x, &rect);
     OrnMinRenderDrawTextY8(nullptr, &image, font, kText, &plain, start.x, 200);
-    for (int32_t y = 0; y < kSide; ++y)
-        for (int32_t x = 0; x < kSide; ++x)
-            Require(image.yPlane[y * kSide + x] == kPaper ||
-                        (x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom),
-                    "ink lies in the measured rectangle");
+    RequireInkWithin(image, rect, 0, "ink lies in the measured rectangle");
     OrnMinRenderDrawOutlineTextY8(nullptr, &image, font, kText, &outlined, start.x, 9, 100);
+    if (OutlinesFit(font))
+        RequireInkWithin(image, rect, 2, "outlines reach two pixels further");
     for (const OrnMinRenderPoint pen : {plain, outlined})
         Require(pen.x == measured.x && pen.y == measured.y, "measuring moves the pen as drawing");
 }
