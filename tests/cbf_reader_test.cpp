@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The font reader of the tools against the library, on sound files and on damaged ones: what the
 // reader calls sound the library draws just so, and what the library refuses the reader reports.
 #include "cbf/check.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A frame in guarded memory, and the comparison of a drawing with what a predicate says of each
 // pixel and chroma sample, over every byte: padding and guards included.
 #pragma once
@@ -131,4 +132,13 @@ testing::AssertionResult Draws(int width, int height, unsigned planes, Draw draw
 
 inline bool NoInk(int, int) {
     return false;
+}
+
+// Which pixels and chroma samples must be ink.
+struct Predicate {
+    std::function<bool(Int, Int)> luma, chroma;
+};
+
+template <class Draw> void Check(Int w, Int h, Int planes, const Predicate &p, Draw draw) {
+    ASSERT_TRUE(Draws(int(w), int(h), unsigned(planes), draw, p.luma, p.chroma));
 }

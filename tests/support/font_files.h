@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CBF files for tests: whole fonts through the converter's writer, odd ones put together by hand.
 #pragma once
 
@@ -89,4 +90,52 @@ inline cbf::Bytes Table(const std::vector<int> &lengths, std::vector<int> symbol
         cbf::PutHalf(bytes, uint32_t(lengths[i]));
     }
     return bytes;
+}
+
+struct IndexRecord {
+    uint32_t first;
+    std::string bits;
+};
+
+// The section of an index: its table, and its records in file order.
+inline cbf::Bytes Index(uint32_t count, const cbf::Bytes &table,
+                        const std::vector<IndexRecord> &records) {
+    cbf::Bytes bytes;
+    cbf::PutWord(bytes, count);
+    bytes.insert(bytes.end(), table.begin(), table.end());
+    for (const auto &record : records) {
+        cbf::BitWriter writer;
+        for (const char bit : record.bits)
+            if (bit != ' ')
+                cbf::PutBits(writer, bit == '1', 1);
+        cbf::PutWord(bytes, record.first);
+        cbf::PutWord(bytes, uint32_t(writer.bytes.size()));
+        bytes.insert(bytes.end(), writer.bytes.begin(), writer.bytes.end());
+    }
+    return bytes;
+}
+
+// A glyph 3 x 2 with the given runs, in tables of one-digit run lengths of four bits each.
+inline FontFile SmallFont(const std::string &runs, int bitCount, int width = 3, int height = 2) {
+    FontFile file;
+    const cbf::Bytes digits = Table(std::vector<int>(10, 4));
+    file.tables[0] = file.tables[1] = digits;
+    file.index = Index(1, Table({1}, {0}), {{0, "0"}});
+    cbf::BitWriter writer;
+    for (const char run : runs)
+        cbf::PutBits(writer, uint32_t(run - '0'), 4);
+    const cbf::Glyph glyph = {width, height, 1, 2, 4, {}};
+    file.glyphData = cbf::RecordBytes(glyph, writer);
+    file.glyphData[6] = uint8_t(bitCount);
+    file.glyphData[7] = uint8_t(bitCount >> 8);
+    return file;
+}
+
+// One glyph {5 x 7, bearings 1 and 7, advance 6} of solid ink.
+inline cbf::Font BlockFont() {
+    cbf::Font font;
+    font.lineHeight = 16;
+    font.fallback = {2, 2, 0, 2, 3, {1, 1, 1, 1}};
+    font.glyphs['A'] = {5, 7, 1, 7, 6, std::vector<uint8_t>(35, 1)};
+    return font;
 }
