@@ -34,11 +34,11 @@ struct Turned {
 // Down.
 OrnMinRenderPoint Turn(OrnMinRenderPoint point, int32_t direction) {
     switch (direction) {
-    case OrnMinRenderTextDirectionDown:
+    case OrnMinRenderTextDirection::Down:
         return {-point.y, point.x};
-    case OrnMinRenderTextDirectionUp:
+    case OrnMinRenderTextDirection::Up:
         return {point.y, -point.x};
-    case OrnMinRenderTextDirectionInverted:
+    case OrnMinRenderTextDirection::Inverted:
         return {-point.x, -point.y};
     default:
         return point;
@@ -131,8 +131,8 @@ std::string FirstDifferentGap(const OrnMinRenderFont *font, const cbf::Font &wan
     uint32_t next = 1;
     for (const auto &[codePoint, glyph] : wanted.glyphs) {
         for (; next < codePoint; ++next)
-            if (next != '\n' && !MeasuresAs(font, OrnMinRenderTextDirectionNormal, tool::Utf8(next),
-                                            wanted.fallback))
+            if (next != '\n' && !MeasuresAs(font, OrnMinRenderTextDirection::Normal,
+                                            tool::Utf8(next), wanted.fallback))
                 return cbf::CodePointName(next) + ": is not the fallback glyph";
         next = codePoint + 1;
     }

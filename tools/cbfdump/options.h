@@ -13,7 +13,7 @@ struct Options {
     std::string character; // of the modes, empty or false ones are not asked for
     std::string text;
     std::string sheet;
-    int32_t direction = 0;
+    int32_t direction = 0; // an OrnMinRenderTextDirection
     bool outline = false;
     bool tables = false;
     bool check = false;
