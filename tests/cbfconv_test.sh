@@ -31,6 +31,22 @@ run 0 'sound, 3 characters' "$cbfdump" --check text.cbf
 run 0 'advance 15$' "$cbfdump" --glyph A text.cbf
 same "$("$cbfdump" --text '?' sans.cbf | paste -sd/)" --text x text.cbf
 
+# bdf WIDTH HEIGHT BEARING-X [LINES OF BITMAP]...: a font of the letter A and nothing else.
+bdf() {
+    printf '%s\n' 'STARTFONT 2.1' 'FONT -a-a-a-r-normal--8-80-75-75-c-80-iso10646-1' 'SIZE 8 75 75' \
+        'FONTBOUNDINGBOX 8 8 0 0' 'STARTPROPERTIES 4' 'FONT_ASCENT 8' 'FONT_DESCENT 0' \
+        'CHARSET_REGISTRY "ISO10646"' 'CHARSET_ENCODING "1"' ENDPROPERTIES 'CHARS 1' 'STARTCHAR A' \
+        'ENCODING 65' 'SWIDTH 1000 0' 'DWIDTH 8 0' "BBX $1 $2 $3 0"
+    shift 3
+    [ $# = 0 ] || printf '%s\n' BITMAP "$@"
+    printf 'ENDCHAR\nENDFONT\n'
+}
+
+# A glyph without bitmap has no ink.
+bdf 8 8 0 >bare.bdf
+run 0 '^$' "$cbfconv" -r 65 -o bare.cbf bare.bdf
+run 0 'box 0 x 0, .* advance 8$' "$cbfdump" --glyph A bare.cbf
+
 echo 0041:80 >short.hex
 printf 'a\nb\377' >latin1.txt
 while read -r status pattern arguments; do
