@@ -67,6 +67,28 @@ done <<END
 1 latin1.txt:2:_is_not_UTF-8_at_offset_3 -s 16 -t latin1.txt $ttf
 1 short.hex:_line_1: short.hex
 END
-run 1 'File too large' sh -c 'trap "" XFSZ; ulimit -f 1; "$@"' - "$cbfconv" -s 40 -o bad.cbf "$ttf"
-[ -z "$(ls -- *tmp* bad* 2>/dev/null)" ] || fail "refused conversions leave files: $(ls)"
+run 1 'File too large' sh -c 'ulimit -f 1; "$@"' - "$cbfconv" -s 40 -o bad.cbf "$ttf"
+run 1 'No space' "$cbfconv" -s 16 -o /dev/full "$ttf"
+[ -z "$(ls -A | grep -e bad -e orn)" ] || fail "refused conversions leave files: $(ls -A)"
+
+# A link leads to what is replaced, which keeps its mode; other files are written as they are.
+umask 027
+long=$(printf %0251d 0).cbf
+ln -s real.cbf link.cbf
+touch real.cbf
+chmod 604 real.cbf
+mkfifo pipe.cbf
+timeout 20 cat pipe.cbf >piped.cbf &
+for name in link.cbf pipe.cbf "$long"; do
+    run 0 '^$' "$cbfconv" -s 16 -o $name "$ttf"
+done
+wait
+"$cbfconv" -s 16 -o /dev/stdout "$ttf" >appended.cbf
+"$cbfconv" -s 16 -o /dev/stdout "$ttf" >>appended.cbf
+cat sans.cbf sans.cbf | cmp - appended.cbf || fail "standard output is not written to"
+for name in real.cbf piped.cbf "$long"; do
+    cmp sans.cbf $name || fail "$name is another font"
+done
+modes=$(stat -c '%A %N' link.cbf real.cbf pipe.cbf "$long" | cut -c1-10 | paste -sd' ')
+[ "$modes" = 'lrwxrwxrwx -rw----r-- prw-r----- -rw-r-----' ] || fail "modes: $modes"
 [ "$failures" = 0 ]
