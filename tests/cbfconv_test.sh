@@ -91,4 +91,12 @@ for name in real.cbf piped.cbf "$long"; do
 done
 modes=$(stat -c '%A %N' link.cbf real.cbf pipe.cbf "$long" | cut -c1-10 | paste -sd' ')
 [ "$modes" = 'lrwxrwxrwx -rw----r-- prw-r----- -rw-r-----' ] || fail "modes: $modes"
+
+# What is read is not overwritten, whatever its name.
+cp text.txt message.txt
+ln message.txt same.txt
+ln -s tiny.hex link.hex
+run 2 'is read' "$cbfconv" -s 16 -t message.txt -o same.txt "$ttf"
+run 2 'is read' "$cbfconv" -r all -o link.hex tiny.hex
+cmp text.txt message.txt || fail "a text is overwritten"
 [ "$failures" = 0 ]

@@ -193,6 +193,8 @@ std::optional<Options> ParseOptions(int argc, char **argv) {
     if (!tool::ParseCommandLine(app, argc, argv))
         return {};
     options.inputs = ListInputs(app, perFont);
+    options.files = line.fonts;
+    options.files.insert(options.files.end(), line.texts.begin(), line.texts.end());
     return options;
 }
 

@@ -25,11 +25,14 @@ static std::optional<struct stat> StatusOf(const std::string &path) {
     return status;
 }
 
+static bool IsSameFile(const struct stat &one, const struct stat &other) {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
 // Whether it is where standard output goes, /dev/stdout for example.
 static bool IsStandardOutput(const struct stat &status) {
     struct stat output = {};
-    return fstat(STDOUT_FILENO, &output) == 0 && output.st_dev == status.st_dev &&
-           output.st_ino == status.st_ino;
+    return fstat(STDOUT_FILENO, &output) == 0 && IsSameFile(output, status);
 }
 
 // The path that the last of the links names, which need not exist.
@@ -70,11 +73,18 @@ static sigset_t EndingSignals() {
     return ending;
 }
 
-void CheckTarget(const std::string &path) {
+// A terminal may be both read and written.
+void CheckTarget(const std::string &path, const std::vector<std::string> &inputs) {
     if (path.empty())
         throw Failure(kBadUsage, "the file to write has no name");
-    if (const auto status = StatusOf(path); status && S_ISDIR(status->st_mode))
+    const std::optional<struct stat> status = StatusOf(path);
+    if (status && S_ISDIR(status->st_mode))
         throw Failure(kBadUsage, path + ": is a directory");
+    if (!status || !S_ISREG(status->st_mode))
+        return;
+    for (const std::string &input : inputs)
+        if (const auto read = StatusOf(input); read && IsSameFile(*status, *read))
+            throw Failure(kBadUsage, path + ": is read, and would be overwritten");
 }
 
 OutputFile::OutputFile(const std::string &path)

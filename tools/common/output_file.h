@@ -6,13 +6,15 @@
 
 #include <csignal>
 #include <string>
+#include <vector>
 
 #include <sys/types.h>
 
 namespace tool {
 
-// Throws Failure where nothing can be written: the path is empty, or a directory.
-void CheckTarget(const std::string &path);
+// Throws Failure where nothing can be written: the path is empty or a directory, or leads to one of
+// the files that are read.
+void CheckTarget(const std::string &path, const std::vector<std::string> &inputs);
 
 // Holds back the signals that would end the program and leave the temporary file, while it lives.
 // All calls throw Failure.
