@@ -29,6 +29,8 @@ printf 'Ab\tA\r\n\302\265\n' >text.txt
 run 0 '^$' "$cbfconv" -s 16 -t text.txt --fallback '?' --letter-spacing 3 -o text.cbf "$ttf"
 run 0 'sound, 3 characters' "$cbfdump" --check text.cbf
 run 0 'advance 15$' "$cbfdump" --glyph A text.cbf
+run 0 '^$' "$cbfconv" -s 016 -r 065 --letter-spacing 010 -o zeros.cbf "$ttf" # decimal all the same
+run 0 'advance 22$' "$cbfdump" --glyph A zeros.cbf
 same "$("$cbfdump" --text '?' sans.cbf | paste -sd/)" --text x text.cbf
 
 # bdf WIDTH HEIGHT BEARING-X [LINES OF BITMAP]...: a font of the letter A and nothing else.
@@ -57,6 +59,9 @@ done <<END
 2 runs_backwards -s 16 -r 9-3 $ttf
 2 no_range -s 16 -r 0x20- $ttf
 2 needs_a_size $ttf
+2 --size:_expected_a_number_from_0_to_1000,_not_.0x10 -s 0x10 $ttf
+2 --size:_expected_a_number_from_0_to_1000,_not_.1001 -s 1001 $ttf
+2 --letter-spacing:_.*_not_.1e1 -s 16 --letter-spacing 1e1 $ttf
 2 font_is_required -s 16
 1 nowhere.ttf -s 16 nowhere.ttf
 1 text.txt:_is_not_a_font text.txt
