@@ -104,4 +104,11 @@ ln -s tiny.hex link.hex
 run 2 'is read' "$cbfconv" -s 16 -t message.txt -o same.txt "$ttf"
 run 2 'is read' "$cbfconv" -r all -o link.hex tiny.hex
 cmp text.txt message.txt || fail "a text is overwritten"
+
+full "$cbfconv" --help
+full "$cbfconv" --version
+full "$cbfconv" -v -s 16 -o new.cbf "$ttf"
+# A closed stream is not taken for the file that is opened next.
+run 0 '^$' sh -c '"$@" <&- >&- 2>&-' - "$cbfconv" -s 16 -r 65,0xE000 -o closed.cbf "$ttf"
+run 0 'sound, 1 characters' "$cbfdump" --check closed.cbf
 [ "$failures" = 0 ]
