@@ -5,6 +5,7 @@
 #include "cbf/glyph_record.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace cbf {
 
@@ -50,9 +51,9 @@ class RunReader {
     std::optional<uint16_t> ReadRun(size_t colour) {
         ++stored.runs;
         const Table &table = font.runTables[colour];
-        const std::string title = kRunTableTitles[colour];
+        const char *title = kRunTableTitles[colour];
         if (!table.usable) {
-            Complain(Flaw::MissingTable, [&] { return "needs the " + title; });
+            Complain(Flaw::MissingTable, [=] { return std::string("needs the ") + title; });
             return {};
         }
         const bool stuckBefore = stuck;
@@ -61,8 +62,9 @@ class RunReader {
         stuck = walk.bits == 0;
         if (!walk.fits)
             stored.complaints.Add(offset, Flaw::RunCode, [&] {
-                return "no code of the " + title + " fits: " + std::to_string(walk.bits) +
-                       " bits are read as a run of " + std::to_string(walk.symbol);
+                return std::string("no code of the ") + title +
+                       " fits: " + std::to_string(walk.bits) + " bits are read as a run of " +
+                       std::to_string(walk.symbol);
             });
         if (stuck && stuckBefore)
             return {};
@@ -92,8 +94,8 @@ void ReadHead(const View &file, uint64_t offset, Glyph &glyph) {
 StoredGlyph ReadGlyph(const View &file, const FontFile &font, uint32_t recordOffset) {
     StoredGlyph stored;
     const uint64_t start = font.dataOffset + recordOffset;
-    const auto complain = [&](Flaw flaw, const std::string &text) {
-        stored.complaints.Add(start, flaw, [&] { return text; });
+    const auto complain = [&](Flaw flaw, std::string_view text) {
+        stored.complaints.Add(start, flaw, [=] { return std::string(text); });
     };
     stored.whole = uint64_t{recordOffset} + kGlyphHeadBytes <= font.dataSize;
     if (!stored.whole) {
@@ -104,7 +106,8 @@ StoredGlyph ReadGlyph(const View &file, const FontFile &font, uint32_t recordOff
     ReadHead(file, start, glyph);
     const auto bitCount = static_cast<int16_t>(HalfAt(file, start + kGlyphBitCountAt));
     if (bitCount < 0)
-        complain(Flaw::BitCount, "has a bit count of " + std::to_string(bitCount));
+        stored.complaints.Add(start, Flaw::BitCount,
+                              [=] { return "has a bit count of " + std::to_string(bitCount); });
     const auto bits = static_cast<size_t>(std::max<int16_t>(bitCount, 0));
     stored.codedBytes = (bits + 7) / 8;
     stored.paddingBits = 8 * stored.codedBytes - bits;

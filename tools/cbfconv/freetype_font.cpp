@@ -3,6 +3,7 @@
 
 #include "cbf/code_points.h"
 #include "cbfconv/glyph_box.h"
+#include "common/program.h"
 
 #include <ft2build.h>
 
@@ -10,7 +11,9 @@
 #include FT_BDF_H
 #include FT_BITMAP_H
 #include FT_FONT_FORMATS_H
+#include FT_MODULE_H
 
+#include <cstdlib>
 #include <cstring>
 
 namespace cbfconv {
@@ -19,7 +22,7 @@ namespace {
 
 struct CloseLibrary {
     void operator()(FT_Library library) const {
-        FT_Done_FreeType(library);
+        FT_Done_Library(library);
     }
 };
 struct CloseFace {
@@ -37,11 +40,32 @@ int32_t RoundToPixels(FT_Pos sixtyFourths) {
 
 // ---- Opening ----
 
+// Short memory ends the program right here: not all of FreeType bears with it.
+void *Allocate(FT_Memory, long size) {
+    if (void *block = std::malloc(static_cast<size_t>(size)))
+        return block;
+    tool::StopForMemory();
+}
+
+void Free(FT_Memory, void *block) {
+    std::free(block);
+}
+
+void *Reallocate(FT_Memory, long, long size, void *block) {
+    if (void *moved = std::realloc(block, static_cast<size_t>(size)))
+        return moved;
+    tool::StopForMemory();
+}
+
 Library OpenLibrary() {
+    static FT_MemoryRec_ memory = {nullptr, Allocate, Free, Reallocate}; // outlives every library
     FT_Library library = nullptr;
-    if (FT_Init_FreeType(&library))
+    if (FT_New_Library(&memory, &library))
         throw FontError("FreeType could not be started");
-    return Library(library);
+    Library owner(library);
+    FT_Add_Default_Modules(library);
+    FT_Set_Default_Properties(library);
+    return owner;
 }
 
 Face OpenFace(FT_Library library, const std::string &path) {

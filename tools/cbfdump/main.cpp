@@ -15,16 +15,28 @@
 #include "common/streams.h"
 
 #include <memory>
+#include <new>
 
 namespace cbfdump {
 
 using Font = std::unique_ptr<OrnMinRenderFont, decltype(&OrnMinRenderDestroyFont)>;
 
+// A font that the reader has found to load.
 static Font LoadFont(const std::string &path) {
     Font font(OrnMinRenderLoadCbfFont(path.c_str()), OrnMinRenderDestroyFont);
     if (!font)
-        throw tool::Failure(tool::kBadData, path + ": the library does not load it");
+        throw tool::Failure(tool::kBadData,
+                            path + ": the library does not load it; is memory short?");
     return font;
+}
+
+// The library leaves out what it has no memory for, and doesn't tell. So a picture is drawn twice,
+// with a font of its own each time.
+template <typename Draw> static Picture DrawWhole(const std::string &path, Draw draw) {
+    const Picture picture = draw(LoadFont(path).get());
+    if (draw(LoadFont(path).get()).luma != picture.luma)
+        throw std::bad_alloc();
+    return picture;
 }
 
 static int Check(const std::string &path, const cbf::View &file, const cbf::FontFile &font) {
@@ -49,8 +61,9 @@ static std::string Show(const Options &options, const cbf::View &file, const cbf
     if (!options.character.empty())
         return ShowGlyph(options, file, font);
     if (!options.text.empty())
-        return ShowPicture(DrawText(LoadFont(options.path).get(), options.direction, options.text,
-                                    options.outline));
+        return ShowPicture(DrawWhole(options.path, [&](OrnMinRenderFont *loaded) {
+            return DrawText(loaded, options.direction, options.text, options.outline);
+        }));
     return Summarise(options.path, file, font);
 }
 
@@ -70,7 +83,10 @@ static int Run(int argc, char **argv) {
     if (options.sheet.empty())
         tool::WriteOutput(Show(options, file, font));
     else
-        WritePicture(DrawSheet(LoadFont(options.path).get(), file, font), options.sheet);
+        WritePicture(
+            DrawWhole(options.path,
+                      [&](OrnMinRenderFont *loaded) { return DrawSheet(loaded, file, font); }),
+            options.sheet);
     const bool summary = !options.tables && options.character.empty() && options.text.empty() &&
                          options.sheet.empty();
     if (summary && !cbf::CheckFont(file, font).Empty())

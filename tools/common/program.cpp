@@ -4,7 +4,10 @@
 #include "common/failure.h"
 #include "common/streams.h"
 
+#include <cerrno> // for the program's name
 #include <csignal>
+#include <cstdlib>
+#include <exception>
 #include <new>
 
 #include <fcntl.h>
@@ -20,22 +23,48 @@ static void HoldStandardStreams() {
             open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
-int RunProgram(const char *name, int argc, char **argv, int (*run)(int argc, char **argv)) {
-    HoldStandardStreams();
-    std::signal(SIGXFSZ, SIG_IGN); // a file that gets too large is told like any other failure
+constexpr char kShortMemory[] = "not enough memory";
+
+// Tells of the exception that is being handled, and returns the exit code.
+static int TellOfException(const char *name) {
     try {
-        return run(argc, argv);
+        throw;
     } catch (const Failure &failure) {
         Say(name, failure.what());
         return failure.exitCode;
     } catch (const std::bad_alloc &) {
-        Say(name, "not enough memory");
+        Say(name, kShortMemory);
     } catch (const std::exception &error) {
         Say(name, error.what());
     } catch (...) {
         Say(name, "stopped for a reason that it can't name");
     }
     return kBadData;
+}
+
+// Objects that are made before main need memory, too. Where it is short then, no handler of main's
+// is there yet.
+[[gnu::constructor(101)]] static void HandleEarlyExceptions() {
+    std::set_terminate([] {
+        if (std::current_exception())
+            _exit(TellOfException(program_invocation_short_name));
+        std::abort();
+    });
+}
+
+void StopForMemory() {
+    Say(program_invocation_short_name, kShortMemory);
+    _exit(kBadData);
+}
+
+int RunProgram(const char *name, int argc, char **argv, int (*run)(int argc, char **argv)) {
+    HoldStandardStreams();
+    std::signal(SIGXFSZ, SIG_IGN); // a file that gets too large is told like any other failure
+    try {
+        return run(argc, argv);
+    } catch (...) {
+        return TellOfException(name);
+    }
 }
 
 } // namespace tool

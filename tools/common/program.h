@@ -8,4 +8,8 @@ namespace tool {
 // standard error: a Failure with its own exit code, short memory and all else as bad data.
 int RunProgram(const char *name, int argc, char **argv, int (*run)(int argc, char **argv));
 
+// Ends the program as short memory does elsewhere: for callbacks from C, which no exception may
+// leave.
+[[noreturn]] void StopForMemory();
+
 } // namespace tool
