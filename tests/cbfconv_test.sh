@@ -69,12 +69,14 @@ done <<END
 1 none_of_the_characters -s 16 -r 0xE000 $ttf
 2 only_of:_16 -s 12 tiny.hex
 2 no_single_character -s 16 --fallback AB $ttf
+1 Bold.ttf:_fallback_glyph:_is_wider --fallback W tiny.hex -s 200 -r 0x57 $ttf
 1 latin1.txt:2:_is_not_UTF-8_at_offset_3 -s 16 -t latin1.txt $ttf
 1 short.hex:_line_1: short.hex
 END
 run 1 'File too large' sh -c 'ulimit -f 1; "$@"' - "$cbfconv" -s 40 -o bad.cbf "$ttf"
 run 1 'No space' "$cbfconv" -s 16 -o /dev/full "$ttf"
-[ -z "$(ls -A | grep -e bad -e orn)" ] || fail "refused conversions leave files: $(ls -A)"
+left=$(find . -name '*bad*' -o -name '*orn*')
+[ -z "$left" ] || fail "refused conversions leave $left"
 
 # A link leads to what is replaced, which keeps its mode; other files are written as they are.
 umask 027
@@ -85,14 +87,14 @@ chmod 604 real.cbf
 mkfifo pipe.cbf
 timeout 20 cat pipe.cbf >piped.cbf &
 for name in link.cbf pipe.cbf "$long"; do
-    run 0 '^$' "$cbfconv" -s 16 -o $name "$ttf"
+    run 0 '^$' "$cbfconv" -s 16 -o "$name" "$ttf"
 done
 wait
 "$cbfconv" -s 16 -o /dev/stdout "$ttf" >appended.cbf
 "$cbfconv" -s 16 -o /dev/stdout "$ttf" >>appended.cbf
 cat sans.cbf sans.cbf | cmp - appended.cbf || fail "standard output is not written to"
 for name in real.cbf piped.cbf "$long"; do
-    cmp sans.cbf $name || fail "$name is another font"
+    cmp sans.cbf "$name" || fail "$name is another font"
 done
 modes=$(stat -c '%A %N' link.cbf real.cbf pipe.cbf "$long" | cut -c1-10 | paste -sd' ')
 [ "$modes" = 'lrwxrwxrwx -rw----r-- prw-r----- -rw-r-----' ] || fail "modes: $modes"
@@ -105,6 +107,9 @@ run 2 'is read' "$cbfconv" -s 16 -t message.txt -o same.txt "$ttf"
 run 2 'is read' "$cbfconv" -r all -o link.hex tiny.hex
 cmp text.txt message.txt || fail "a text is overwritten"
 
+run 2 'has no name' "$cbfconv" -s 16 -o '' "$ttf"
+run 1 "'': No such file" "$cbfconv" -s 16 -t '' -o new.cbf "$ttf"
+run 1 ': .x1B.31mred.x7F: No such file' "$cbfconv" -o new.cbf "$(printf '\033[31mred\177')"
 full "$cbfconv" --help
 full "$cbfconv" --version
 full "$cbfconv" -v -s 16 -o new.cbf "$ttf"

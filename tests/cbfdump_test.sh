@@ -22,6 +22,10 @@ run 2 'is read' "$cbfdump" --sheet ./font.pgm font.pgm
 cmp both.cbf font.pgm || fail "a font is overwritten by its sheet"
 head -c 300 both.cbf >cut.cbf
 run 1 'offset 24: glyph data: .* past the end of the file, 300' "$cbfdump" --check cut.cbf
+run 1 'both.cbf: the picture would have' "$cbfdump" --text "$(printf '%020000d%200s0' 0 | tr ' ' '\n')" \
+    both.cbf
+cp both.cbf "$(printf 'bell\a.cbf')"
+run 0 '^bell.x07.cbf: sound' "$cbfdump" --check "$(printf 'bell\a.cbf')"
 for arguments in --help --version both.cbf "--tables both.cbf" "--text A both.cbf"; do
     # shellcheck disable=SC2086 # words
     full "$cbfdump" $arguments

@@ -17,9 +17,9 @@ run() {
     status=$1 pattern=$2
     shift 2
     "$@" >output 2>&1
-    [ $? = "$status" ] || fail "the exit status is not $status: $*: $(cat output)"
+    [ $? = "$status" ] || fail "the exit status is not $status: $*: $(head -c 500 output)"
     [ -s output ] || echo >output
-    grep -qe "$pattern" output || fail "no '$pattern' from: $*: $(cat output)"
+    grep -qe "$pattern" output || fail "no '$pattern' from: $*: $(head -c 500 output)"
 }
 
 # same EXPECTED CBFDUMP-ARGUMENTS...: what it prints, with slashes for the ends of lines.

@@ -51,17 +51,22 @@ void ReadCharacter(const std::vector<Input> &inputs, const Sources &sources, uin
         merged.missing.push_back(codePoint);
 }
 
-cbf::Glyph ReadFallback(const std::string &character, const std::vector<Input> &inputs,
-                        const Sources &sources) {
-    if (character.empty())
-        return OfFont(inputs[0].path, [&] { return sources[0]->Fallback(); });
+void ReadFallback(const std::string &character, const std::vector<Input> &inputs,
+                  const Sources &sources, MergedFont &merged) {
+    if (character.empty()) {
+        merged.font.fallback = OfFont(inputs[0].path, [&] { return sources[0]->Fallback(); });
+        return;
+    }
     const std::optional<uint32_t> codePoint = cbf::ParseCharacter(character);
     if (!codePoint)
         throw Failure(tool::kBadUsage, "--fallback: '" + character +
                                            "' is no single character, nor a number such as U+FFFD");
     for (size_t i = 0; i < inputs.size(); ++i)
-        if (auto glyph = OfFont(inputs[i].path, [&] { return sources[i]->Read(*codePoint); }))
-            return *glyph;
+        if (auto glyph = OfFont(inputs[i].path, [&] { return sources[i]->Read(*codePoint); })) {
+            merged.font.fallback = std::move(*glyph);
+            merged.fallbackOrigin = i;
+            return;
+        }
     throw Failure(tool::kBadData, "--fallback: no font has " + cbf::CodePointName(*codePoint));
 }
 
@@ -82,7 +87,7 @@ MergedFont ReadFonts(const Options &options, tool::Progress &progress) {
     const std::vector<Input> &inputs = options.inputs;
     const Sources sources = OpenFonts(inputs);
     MergedFont merged;
-    merged.font.fallback = ReadFallback(options.fallback, inputs, sources);
+    ReadFallback(options.fallback, inputs, sources, merged);
     for (const auto &source : sources)
         merged.font.lineHeight = std::max(merged.font.lineHeight, source->LineHeight());
     for (uint32_t c = 0; c <= tool::kMaxCodePoint; ++c) {

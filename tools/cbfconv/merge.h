@@ -13,7 +13,8 @@ namespace cbfconv {
 struct MergedFont {
     cbf::Font font;
     std::map<uint32_t, size_t> origins; // of the glyphs: positions in the inputs
-    std::vector<uint32_t> missing;      // asked for by number, and in no font
+    size_t fallbackOrigin = 0;
+    std::vector<uint32_t> missing; // asked for by number, and in no font
 };
 
 // Throws tool::Failure.

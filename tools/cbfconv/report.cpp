@@ -18,14 +18,14 @@ std::string ListPaths(const std::vector<Input> &inputs) {
     return list;
 }
 
-// The input and the glyph that are to blame.
 std::string DescribeFault(const cbf::Fault &fault, const std::vector<Input> &inputs,
                           const MergedFont &merged) {
     const cbf::Glyph &glyph =
         fault.inFallback ? merged.font.fallback : merged.font.glyphs.at(fault.codePoint);
     const std::string name =
         fault.inFallback ? "fallback glyph" : cbf::CodePointName(fault.codePoint);
-    const size_t origin = fault.inFallback ? 0 : merged.origins.at(fault.codePoint);
+    const size_t origin =
+        fault.inFallback ? merged.fallbackOrigin : merged.origins.at(fault.codePoint);
     return inputs[origin].path + ": " + name + ": " + cbf::Reason(fault.problem) + " (" +
            std::to_string(glyph.width) + " x " + std::to_string(glyph.height) + ", advance " +
            std::to_string(glyph.advance) + ")";

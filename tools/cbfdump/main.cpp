@@ -62,7 +62,7 @@ static std::string Show(const Options &options, const cbf::View &file, const cbf
         return ShowGlyph(options, file, font);
     if (!options.text.empty())
         return ShowPicture(DrawWhole(options.path, [&](OrnMinRenderFont *loaded) {
-            return DrawText(loaded, options.direction, options.text, options.outline);
+            return DrawText(options.path, loaded, options.direction, options.text, options.outline);
         }));
     return Summarise(options.path, file, font);
 }
@@ -83,10 +83,11 @@ static int Run(int argc, char **argv) {
     if (options.sheet.empty())
         tool::WriteOutput(Show(options, file, font));
     else
-        WritePicture(
-            DrawWhole(options.path,
-                      [&](OrnMinRenderFont *loaded) { return DrawSheet(loaded, file, font); }),
-            options.sheet);
+        WritePicture(DrawWhole(options.path,
+                               [&](OrnMinRenderFont *loaded) {
+                                   return DrawSheet(options.path, loaded, file, font);
+                               }),
+                     options.sheet);
     const bool summary = !options.tables && options.character.empty() && options.text.empty() &&
                          options.sheet.empty();
     if (summary && !cbf::CheckFont(file, font).Empty())

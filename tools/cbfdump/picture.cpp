@@ -8,10 +8,11 @@ namespace cbfdump {
 
 constexpr int64_t kMaxPixels = int64_t{1} << 28;
 
-Picture BlankPicture(int64_t width, int64_t height) {
+Picture BlankPicture(const std::string &path, int64_t width, int64_t height) {
     if (width > kMaxPixels || height > kMaxPixels || width * height > kMaxPixels)
-        throw tool::Failure(tool::kBadData, "the picture would have " + std::to_string(width) +
-                                                " x " + std::to_string(height) + " pixels");
+        throw tool::Failure(tool::kBadData, path + ": the picture would have " +
+                                                std::to_string(width) + " x " +
+                                                std::to_string(height) + " pixels");
     return {static_cast<int32_t>(width), static_cast<int32_t>(height),
             std::vector<uint8_t>(static_cast<size_t>(width * height), kPaperLuma)};
 }
@@ -32,14 +33,14 @@ OrnMinRenderRect Measure(const OrnMinRenderFont *font, const std::string &text) 
     return rect;
 }
 
-Picture DrawText(OrnMinRenderFont *font, int32_t direction, const std::string &text,
-                 bool outlined) {
+Picture DrawText(const std::string &path, OrnMinRenderFont *font, int32_t direction,
+                 const std::string &text, bool outlined) {
     OrnMinRenderSetFontDirection(font, direction);
     const OrnMinRenderRect rect = Measure(font, text);
     const int32_t margin = outlined ? cbf::kOutlineLeft : 0;
     const int64_t width = int64_t{rect.right} - rect.left + 2 * margin;
     const int64_t height = int64_t{rect.bottom} - rect.top + 2 * margin;
-    Picture picture = BlankPicture(width, height);
+    Picture picture = BlankPicture(path, width, height);
     const OrnMinRenderImage image = ImageOf(picture);
     OrnMinRenderPoint pen = {margin - rect.left, margin - rect.top};
     const bool vertical =

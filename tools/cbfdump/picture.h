@@ -19,8 +19,8 @@ constexpr uint8_t kInkLuma = 0;
 constexpr uint8_t kOutlineLuma = 160;
 constexpr uint8_t kPaperLuma = 255;
 
-// All paper. Throws tool::Failure where it is too large to hold.
-Picture BlankPicture(int64_t width, int64_t height);
+// All paper. Throws tool::Failure, in the name of the font's file, where it is too large to hold.
+Picture BlankPicture(const std::string &path, int64_t width, int64_t height);
 
 // To draw into; valid as long as the picture.
 OrnMinRenderImage ImageOf(Picture &picture);
@@ -28,7 +28,8 @@ OrnMinRenderImage ImageOf(Picture &picture);
 // The rectangle of a text with the pen at the origin.
 OrnMinRenderRect Measure(const OrnMinRenderFont *font, const std::string &text);
 
-// The text as large as it measures, and as its outline reaches.
-Picture DrawText(OrnMinRenderFont *font, int32_t direction, const std::string &text, bool outlined);
+// The text as large as it measures, and as its outline reaches. The path is the font's.
+Picture DrawText(const std::string &path, OrnMinRenderFont *font, int32_t direction,
+                 const std::string &text, bool outlined);
 
 } // namespace cbfdump

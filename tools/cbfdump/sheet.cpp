@@ -92,9 +92,10 @@ void DrawCell(const OrnMinRenderImage *image, const Sheet &sheet, OrnMinRenderFo
 
 } // namespace
 
-Picture DrawSheet(OrnMinRenderFont *font, const cbf::View &file, const cbf::FontFile &contents) {
+Picture DrawSheet(const std::string &path, OrnMinRenderFont *font, const cbf::View &file,
+                  const cbf::FontFile &contents) {
     const Sheet sheet = PlanSheet(font, file, contents);
-    Picture picture = BlankPicture(sheet.Width(), sheet.Height());
+    Picture picture = BlankPicture(path, sheet.Width(), sheet.Height());
     const OrnMinRenderImage image = ImageOf(picture);
     int32_t y = 0;
     for (const uint32_t first : sheet.rows) {

@@ -8,7 +8,8 @@
 namespace cbfdump {
 
 // Rows have 16 cells or a multiple of that. Those without any character are left out; each of the
-// others begins with its first code point, where the font can write that.
-Picture DrawSheet(OrnMinRenderFont *font, const cbf::View &file, const cbf::FontFile &contents);
+// others begins with its first code point, where the font can write that. The path is the font's.
+Picture DrawSheet(const std::string &path, OrnMinRenderFont *font, const cbf::View &file,
+                  const cbf::FontFile &contents);
 
 } // namespace cbfdump

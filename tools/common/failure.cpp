@@ -8,7 +8,7 @@ namespace tool {
 
 Failure SystemFailure(const std::string &subject) {
     const int reason = errno; // which building the text may change
-    return Failure(kBadData, subject + ": " + std::strerror(reason));
+    return Failure(kBadData, (subject.empty() ? "''" : subject) + ": " + std::strerror(reason));
 }
 
 } // namespace tool
