@@ -55,4 +55,9 @@ constexpr int32_t kOutlineGrowth = 5; // columns and rows that it has more than 
 // The largest side of a glyph that still gets an outline: both have sides of signed bytes.
 constexpr int32_t kMaxOutlinedSide = kMaxGlyphSide - kOutlineGrowth;
 
+// How far from the pen any edge of a glyph may lie so that its outline is drawn where it belongs:
+// the bearings of the outline's box, -128 to 127 in each direction of writing, wrap beyond that.
+constexpr int32_t kMaxOutlinedReach = kMaxGlyphReach - kOutlineAbove;
+static_assert(-kMaxOutlinedReach - kOutlineLeft >= -128, "the same on the left");
+
 } // namespace cbf

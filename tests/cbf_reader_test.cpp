@@ -81,4 +81,35 @@ TEST(FontReader, AgreesWithTheLibraryOnDamagedFiles) {
     EXPECT_GT(std::min({damaged.refused, damaged.faulty, damaged.sound}), 30);
 }
 
+// Draws the outlined letter A in all directions; whether ink lies where no glyph reaches.
+bool OutlineLiesElsewhere(OrnMinRenderFont *font) {
+    constexpr int kSide = 700, kPen = kSide / 2, kReach = 127 + 3;
+    for (int32_t direction = 0; direction < 4; ++direction) {
+        std::vector<uint8_t> luma(kSide * kSide);
+        const OrnMinRenderImage image = {0, kSide, kSide, kSide, luma.data(), 0, nullptr};
+        OrnMinRenderPoint pen = {kPen, kPen};
+        OrnMinRenderSetFontDirection(font, direction);
+        OrnMinRenderDrawOutlineTextY8(nullptr, &image, font, "A", &pen, 0, 1, 2);
+        for (int i = 0; i < kSide * kSide; ++i)
+            if (luma[i] && std::max(abs(i % kSide - kPen), abs(i / kSide - kPen)) > kReach)
+                return true;
+    }
+    return false;
+}
+
+TEST(FontReader, NamesGlyphsWhoseOutlineIsDrawnElsewhere) {
+    const int edges[] = {-127, -126, -125, -124, 0, 123, 124, 125, 126};
+    int wrapped = 0;
+    for (const int left : edges)
+        for (const int bottom : edges) {
+            cbf::Font source;
+            source.glyphs['A'] = {1, 1, left, bottom + 1, 5, {1}};
+            const Bytes bytes = cbf::WriteFont(source).bytes;
+            const bool named = !cbf::CheckFont(bytes, cbf::ReadFont(bytes)).Empty();
+            EXPECT_EQ(OutlineLiesElsewhere(Load(bytes).get()), named) << left << ' ' << bottom;
+            wrapped += named;
+        }
+    EXPECT_EQ(wrapped, 9 * 9 - 5 * 5);
+}
+
 } // namespace

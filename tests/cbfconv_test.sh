@@ -49,6 +49,11 @@ bdf 8 8 0 >bare.bdf
 run 0 '^$' "$cbfconv" -r 65 -o bare.cbf bare.bdf
 run 0 'box 0 x 0, .* advance 8$' "$cbfdump" --glyph A bare.cbf
 
+# A glyph whose right edge is more than 125 pixels from the pen.
+bdf 1 1 124 80 | sed 's/DWIDTH 8/DWIDTH 125/' >far.bdf
+run 0 '^$' "$cbfconv" -r 65 -o far.cbf far.bdf
+bdf 1 1 125 80 | sed 's/DWIDTH 8/DWIDTH 126/' >wrapped.bdf
+
 echo 0041:80 >short.hex
 printf 'a\nb\377' >latin1.txt
 while read -r status pattern arguments; do
@@ -67,6 +72,7 @@ done <<END
 1 text.txt:_is_not_a_font text.txt
 1 U+0057:_is_wider_or_higher_than_127_pixels -s 128 -r 0x57 $ttf
 1 none_of_the_characters -s 16 -r 0xE000 $ttf
+1 wrapped.bdf:_U+0041:_reaches_further_than_125 -r 65 wrapped.bdf
 2 only_of:_16 -s 12 tiny.hex
 2 no_single_character -s 16 --fallback AB $ttf
 1 Bold.ttf:_fallback_glyph:_is_wider --fallback W tiny.hex -s 200 -r 0x57 $ttf

@@ -22,6 +22,13 @@ run 2 'is read' "$cbfdump" --sheet ./font.pgm font.pgm
 cmp both.cbf font.pgm || fail "a font is overwritten by its sheet"
 head -c 300 both.cbf >cut.cbf
 run 1 'offset 24: glyph data: .* past the end of the file, 300' "$cbfdump" --check cut.cbf
+# What no text can draw: the line feed. U+000B's place in the index becomes U+000A's.
+printf '000B:%s\n' "$corner" >feed.hex
+"$cbfconv" -r all -o feed.cbf feed.hex
+record=$(($("$cbfdump" feed.cbf | awk '$4 == "%" && /index records/ { print $1 }')))
+printf '\012' | dd of=feed.cbf bs=1 seek=$record conv=notrunc 2>/dev/null
+run 1 'U+000A: has a glyph, but is never drawn' "$cbfdump" --check feed.cbf
+run 1 'stdin: is not a regular file' sh -c 'cat both.cbf | "$@"' - "$cbfdump" --check /dev/stdin
 run 1 'both.cbf: the picture would have' "$cbfdump" --text "$(printf '%020000d%200s0' 0 | tr ' ' '\n')" \
     both.cbf
 cp both.cbf "$(printf 'bell\a.cbf')"

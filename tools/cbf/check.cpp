@@ -1,10 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "cbf/check.h"
 
+#include "cbf.h"
 #include "cbf/code_points.h"
 #include "cbf/glyph_reader.h"
 
 namespace cbf {
+
+// Text can't ask for them: a line feed is no character, and UTF-8 ends at 31 bits.
+static void CheckCharacters(const FontFile &font, Complaints &complaints) {
+    for (const IndexEntry &entry : font.index.entries)
+        if (entry.codePoint == '\n' || entry.codePoint > kMaxTextCodePoint)
+            complaints.Add(font.index.offset, Flaw::Undrawable, [&] {
+                return CodePointName(entry.codePoint) + ": has a glyph, but is never drawn";
+            });
+}
 
 Complaints CheckFont(const View &file, const FontFile &font) {
     Complaints complaints = font.complaints;
@@ -15,6 +25,7 @@ Complaints CheckFont(const View &file, const FontFile &font) {
             return codePoint ? CodePointName(*codePoint) : std::string("fallback glyph");
         });
     });
+    CheckCharacters(font, complaints);
     return complaints;
 }
 

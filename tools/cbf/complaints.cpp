@@ -16,7 +16,9 @@ static const char *const kNames[] = {"sections with a fault",
                                      "glyphs that need a table which can't be used",
                                      "runs that no code fits",
                                      "glyphs whose last code reaches past the bit count",
-                                     "glyphs with a bad box"};
+                                     "glyphs with a bad box",
+                                     "glyphs whose outline is drawn elsewhere",
+                                     "characters that are never drawn"};
 static_assert(sizeof kNames / sizeof *kNames == static_cast<size_t>(Flaw::Count));
 
 std::vector<std::string> Complaints::Lines() const {

@@ -22,6 +22,8 @@ enum class Flaw {
     RunCode,
     PastBitCount,
     Box,
+    Outline,
+    Undrawable,
     Count
 };
 

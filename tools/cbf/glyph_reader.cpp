@@ -119,6 +119,9 @@ StoredGlyph ReadGlyph(const View &file, const FontFile &font, uint32_t recordOff
     if (const Problem problem = CheckGlyph(glyph); problem != Problem::None)
         complain(Flaw::Box,
                  problem == Problem::Size ? "has a negative width or height" : Reason(problem));
+    else if (OutlineWraps(glyph))
+        complain(Flaw::Outline, "reaches further than 125 pixels from the pen, so that its outline "
+                                "is drawn 256 pixels away");
     return stored;
 }
 

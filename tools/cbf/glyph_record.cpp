@@ -3,6 +3,8 @@
 
 #include "cbf.h"
 
+#include <algorithm>
+
 namespace cbf {
 
 const char *Reason(Problem problem) {
@@ -27,22 +29,33 @@ const char *Reason(Problem problem) {
     return "is bad";
 }
 
+// Every edge of the box, and its negative, is a bearing in one of the writing directions.
+static bool EdgesWithin(const Glyph &glyph, int64_t reach) {
+    for (const int64_t edge : {int64_t{glyph.bearingX}, int64_t{glyph.bearingX} + glyph.width,
+                               int64_t{glyph.bearingY}, int64_t{glyph.bearingY} - glyph.height})
+        if (edge < -reach || edge > reach)
+            return false;
+    return true;
+}
+
 Problem CheckGlyph(const Glyph &glyph) {
     const auto isSide = [](int32_t side) { return side >= 0 && side <= kMaxGlyphSide; };
     if (!isSide(glyph.width) || !isSide(glyph.height))
         return Problem::Size;
     if (glyph.pixels.size() != static_cast<size_t>(glyph.width * glyph.height))
         return Problem::PixelCount;
-    // Every edge of the box, and its negative, is a bearing in one of the writing directions.
-    const auto isEdge = [](int64_t edge) {
-        return edge >= -kMaxGlyphReach && edge <= kMaxGlyphReach;
-    };
-    if (!isEdge(glyph.bearingX) || !isEdge(int64_t{glyph.bearingX} + glyph.width) ||
-        !isEdge(glyph.bearingY) || !isEdge(int64_t{glyph.bearingY} - glyph.height))
+    if (!EdgesWithin(glyph, kMaxGlyphReach))
         return Problem::Bearing;
     if (glyph.advance < INT16_MIN || glyph.advance > INT16_MAX)
         return Problem::Advance;
     return Problem::None;
+}
+
+bool OutlineWraps(const Glyph &glyph) {
+    const bool hasInk = std::count(glyph.pixels.begin(), glyph.pixels.end(), 0) <
+                        static_cast<ptrdiff_t>(glyph.pixels.size());
+    const bool hasOutline = hasInk && std::max(glyph.width, glyph.height) <= kMaxOutlinedSide;
+    return hasOutline && !EdgesWithin(glyph, kMaxOutlinedReach);
 }
 
 std::vector<uint16_t> CodedRuns(const Glyph &glyph) {

@@ -26,6 +26,10 @@ const char *Reason(Problem problem);
 // The first reason, if any, why a glyph doesn't fit a record. Its runs are not looked at.
 Problem CheckGlyph(const Glyph &glyph);
 
+// Whether a glyph that fits a record has an outline that is drawn 256 pixels away, in one of the
+// directions at least.
+bool OutlineWraps(const Glyph &glyph);
+
 // A glyph's runs, without the last one: the reader gives what remains the colour whose turn it is.
 std::vector<uint16_t> CodedRuns(const Glyph &glyph);
 

@@ -27,6 +27,9 @@ static cbf::File MakeFile(const Options &options, const MergedFont &merged) {
     cbf::File file = cbf::WriteFont(merged.font);
     if (file.fault.problem != cbf::Problem::None)
         throw Failure(tool::kBadData, DescribeFault(file.fault, options.inputs, merged));
+    if (const std::string wrapped = DescribeWrappedOutline(options.inputs, merged);
+        !wrapped.empty())
+        throw Failure(tool::kBadData, wrapped);
     return file;
 }
 

@@ -14,6 +14,9 @@ std::string ListPaths(const std::vector<Input> &inputs);
 std::string DescribeFault(const cbf::Fault &fault, const std::vector<Input> &inputs,
                           const MergedFont &merged);
 
+// The same for the first glyph whose outline the library would draw elsewhere; empty without any.
+std::string DescribeWrappedOutline(const std::vector<Input> &inputs, const MergedFont &merged);
+
 // What was asked for and isn't there, or only in part, on standard error.
 void TellOmissions(const std::vector<Input> &inputs, const MergedFont &merged);
 

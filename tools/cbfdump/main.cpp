@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // cbfdump: tells what a CBF font holds, shows its glyphs, and says what is wrong with a bad one.
 #include "cbf/check.h"
+#include "cbfdump/mapped_file.h"
 #include "cbfdump/options.h"
 #include "cbfdump/picture_file.h"
 #include "cbfdump/sheet.h"
@@ -8,7 +9,6 @@
 #include "cbfdump/summary.h"
 #include "cbfdump/tables.h"
 #include "common/failure.h"
-#include "common/input_file.h"
 #include "common/output_file.h"
 #include "common/program.h"
 #include "common/shown.h"
@@ -74,7 +74,8 @@ static int Run(int argc, char **argv) {
     const Options &options = *parsed;
     if (!options.sheet.empty())
         tool::CheckTarget(options.sheet, {options.path});
-    const cbf::Bytes file = tool::ReadData(options.path);
+    const MappedFile mapped(options.path);
+    const cbf::View file = mapped.Bytes();
     const cbf::FontFile font = cbf::ReadFont(file);
     if (options.check)
         return Check(options.path, file, font);
