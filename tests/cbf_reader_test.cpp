@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The font reader of the tools against the library, on sound files and on damaged ones: what the
 // reader calls sound the library draws just so, and what the library refuses the reader reports.
+#include "cbf.h"
 #include "cbf/check.h"
 #include "cbf/glyph_reader.h"
 #include "font_files.h"
@@ -110,6 +111,20 @@ TEST(FontReader, NamesGlyphsWhoseOutlineIsDrawnElsewhere) {
             wrapped += named;
         }
     EXPECT_EQ(wrapped, 9 * 9 - 5 * 5);
+}
+
+TEST(FontReader, CountsFaultsOfOneKindPastTheTwentieth) {
+    FontFile file;
+    std::vector<cbf::IndexSlot> slots;
+    for (uint32_t c = 100; c < 100000; ++c)
+        slots.push_back({c, 1}); // one byte further each, all but the first outside
+    file.index = cbf::IndexBytes(slots);
+    file.glyphData.resize(cbf::kGlyphHeadBytes + 1);
+    const Bytes bytes = file.Bytes();
+    const std::vector<std::string> lines = cbf::CheckFont(bytes, cbf::ReadFont(bytes)).Lines();
+    ASSERT_EQ(lines.size(), 21u);
+    EXPECT_NE(lines[0].find("U+0065: its record lies outside"), std::string::npos) << lines[0];
+    EXPECT_EQ(lines[20], "and 99879 more glyph records outside the glyph data");
 }
 
 } // namespace

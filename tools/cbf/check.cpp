@@ -20,10 +20,16 @@ Complaints CheckFont(const View &file, const FontFile &font) {
     Complaints complaints = font.complaints;
     if (!font.loads || !font.index.deltas.usable || font.index.slots == 0)
         return complaints;
-    ForEachRecord(file, font, [&](std::optional<uint32_t> codePoint, const StoredGlyph &stored) {
-        complaints.AddAll(stored.complaints, [&] {
-            return codePoint ? CodePointName(*codePoint) : std::string("fallback glyph");
-        });
+    ForEachRecord(file, font, [&](const NamedGlyph &glyph) {
+        const auto name = [&] {
+            return glyph.codePoint ? CodePointName(*glyph.codePoint)
+                                   : std::string("fallback glyph");
+        };
+        if (!glyph.stored.whole)
+            complaints.Add(font.dataOffset + glyph.recordOffset, Flaw::RecordOutside,
+                           [&] { return name() + ": its record lies outside the glyph data"; });
+        else
+            complaints.AddAll(glyph.stored.complaints, name);
     });
     CheckCharacters(font, complaints);
     return complaints;

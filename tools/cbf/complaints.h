@@ -44,6 +44,8 @@ class Complaints {
     }
     // The name makes what the others are about, "U+0041".
     template <typename Name> void AddAll(const Complaints &others, Name name) {
+        if (others.Empty())
+            return;
         for (const Complaint &other : others.list)
             Add(other.offset, other.flaw, [&] { return name() + ": " + other.text; });
         AddUnlisted(others);

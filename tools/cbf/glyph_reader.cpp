@@ -98,10 +98,8 @@ StoredGlyph ReadGlyph(const View &file, const FontFile &font, uint32_t recordOff
         stored.complaints.Add(start, flaw, [=] { return std::string(text); });
     };
     stored.whole = uint64_t{recordOffset} + kGlyphHeadBytes <= font.dataSize;
-    if (!stored.whole) {
-        complain(Flaw::RecordOutside, "its record lies outside the glyph data");
+    if (!stored.whole)
         return stored;
-    }
     Glyph &glyph = stored.glyph;
     ReadHead(file, start, glyph);
     const auto bitCount = static_cast<int16_t>(HalfAt(file, start + kGlyphBitCountAt));
@@ -125,9 +123,8 @@ StoredGlyph ReadGlyph(const View &file, const FontFile &font, uint32_t recordOff
     return stored;
 }
 
-void ForEachRecord(
-    const View &file, const FontFile &font,
-    const std::function<void(std::optional<uint32_t> codePoint, const StoredGlyph &)> &use) {
+void ForEachRecord(const View &file, const FontFile &font,
+                   const std::function<void(const NamedGlyph &)> &use) {
     if (!font.loads)
         return;
     std::vector<bool> seen(static_cast<size_t>(font.dataSize));
@@ -139,10 +136,10 @@ void ForEachRecord(
         return first;
     };
     isNew(0);
-    use({}, ReadGlyph(file, font, 0));
+    use({{}, 0, ReadGlyph(file, font, 0)});
     for (const IndexEntry &entry : font.index.entries)
         if (isNew(entry.offset))
-            use(entry.codePoint, ReadGlyph(file, font, entry.offset));
+            use({entry.codePoint, entry.offset, ReadGlyph(file, font, entry.offset)});
 }
 
 } // namespace cbf

@@ -10,7 +10,7 @@
 namespace cbf {
 
 struct StoredGlyph {
-    bool whole = false; // false: the record's head lies outside the glyph data
+    bool whole = false; // false: the record's head lies outside the glyph data, and nothing is read
     Glyph glyph;
     size_t codedBytes = 0; // after the head
     size_t paddingBits = 0;
@@ -20,10 +20,15 @@ struct StoredGlyph {
 
 StoredGlyph ReadGlyph(const View &file, const FontFile &font, uint32_t recordOffset);
 
-// Reads each record once, in the name of the first character that has it: none for the fallback
-// glyph, which comes first. Nothing of a font that doesn't load.
-void ForEachRecord(
-    const View &file, const FontFile &font,
-    const std::function<void(std::optional<uint32_t> codePoint, const StoredGlyph &)> &use);
+struct NamedGlyph {
+    std::optional<uint32_t> codePoint; // none: the fallback glyph
+    uint32_t recordOffset;
+    const StoredGlyph &stored;
+};
+
+// Reads each record once, the fallback glyph's first, the others in the name of the first character
+// that has it. Nothing of a font that doesn't load.
+void ForEachRecord(const View &file, const FontFile &font,
+                   const std::function<void(const NamedGlyph &)> &use);
 
 } // namespace cbf

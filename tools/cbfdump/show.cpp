@@ -40,6 +40,9 @@ static uint32_t FindRecord(const Options &options, const cbf::FontFile &font) {
 std::string ShowGlyph(const Options &options, const cbf::View &file, const cbf::FontFile &font) {
     const uint32_t offset = FindRecord(options, font);
     const cbf::StoredGlyph stored = cbf::ReadGlyph(file, font, offset);
+    if (!stored.whole)
+        throw tool::Failure(tool::kBadData, options.path + ": " + options.character +
+                                                ": its record lies outside the glyph data");
     for (const std::string &line : stored.complaints.Lines())
         tool::Say("cbfdump", options.path + ": " + options.character + ": " + line);
     const cbf::Glyph &glyph = stored.glyph;

@@ -49,9 +49,9 @@ void AddGlyph(GlyphTotals &totals, const cbf::StoredGlyph &stored) {
 
 GlyphTotals SumGlyphs(const cbf::View &file, const cbf::FontFile &font) {
     GlyphTotals totals;
-    cbf::ForEachRecord(file, font, [&](std::optional<uint32_t>, const cbf::StoredGlyph &stored) {
-        if (stored.whole)
-            AddGlyph(totals, stored);
+    cbf::ForEachRecord(file, font, [&](const cbf::NamedGlyph &glyph) {
+        if (glyph.stored.whole)
+            AddGlyph(totals, glyph.stored);
     });
     return totals;
 }
