@@ -80,6 +80,9 @@ done <<END
 1 short.hex:_line_1: short.hex
 END
 run 1 'File too large' sh -c 'ulimit -f 1; "$@"' - "$cbfconv" -s 40 -o bad.cbf "$ttf"
+# A glyph of a million pixels is refused as it comes, and not once there are thousands of them.
+run 1 'fallback glyph: is wider .*(500 x 882' sh -c 'ulimit -t 3; "$@"' - \
+    "$cbfconv" -s 1000 -r all -o bad.cbf "$ttf"
 run 1 'No space' "$cbfconv" -s 16 -o /dev/full "$ttf"
 left=$(find . -name '*bad*' -o -name '*orn*')
 [ -z "$left" ] || fail "refused conversions leave $left"

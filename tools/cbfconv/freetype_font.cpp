@@ -2,6 +2,7 @@
 #include "cbfconv/freetype_font.h"
 
 #include "cbf/code_points.h"
+#include "cbf/glyph_record.h"
 #include "cbfconv/glyph_box.h"
 #include "common/program.h"
 
@@ -12,7 +13,9 @@
 #include FT_BITMAP_H
 #include FT_FONT_FORMATS_H
 #include FT_MODULE_H
+#include FT_OUTLINE_H
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -148,10 +151,36 @@ std::vector<uint8_t> InkOf(FT_Library library, const FT_Bitmap &source) {
     return pixels;
 }
 
+// Pixels of a side. Larger glyphs are refused before they are rendered: a font of a kilobyte can
+// ask for a gigabyte of them. Smaller ones may yet be cropped to what fits.
+constexpr FT_Pos kMaxRenderedSide = 1024;
+
+void CheckSize(const FT_GlyphSlot slot) {
+    FT_Pos width = slot->bitmap.width, height = slot->bitmap.rows;
+    if (slot->format == FT_GLYPH_FORMAT_OUTLINE) {
+        FT_BBox box;
+        FT_Outline_Get_CBox(&slot->outline, &box);
+        width = (box.xMax - box.xMin + 63) / 64;
+        height = (box.yMax - box.yMin + 63) / 64;
+    }
+    if (std::max(width, height) <= kMaxRenderedSide)
+        return;
+    cbf::Glyph glyph;
+    glyph.width = static_cast<int32_t>(width);
+    glyph.height = static_cast<int32_t>(height);
+    glyph.advance = RoundToPixels(slot->advance.x);
+    throw FontError(DescribeFault(cbf::Reason(cbf::Problem::Size), glyph));
+}
+
 cbf::Glyph RenderGlyph(FT_Face face, FT_UInt index) {
-    if (const FT_Error error = FT_Load_Glyph(face, index, FT_LOAD_TARGET_MONO | FT_LOAD_RENDER))
-        throw FontError("can't be rendered (FreeType error " + std::to_string(error) + ")");
     const FT_GlyphSlot slot = face->glyph;
+    FT_Error error = FT_Load_Glyph(face, index, FT_LOAD_TARGET_MONO);
+    if (!error) {
+        CheckSize(slot);
+        error = FT_Render_Glyph(slot, FT_RENDER_MODE_MONO);
+    }
+    if (error)
+        throw FontError("can't be rendered (FreeType error " + std::to_string(error) + ")");
     cbf::Glyph glyph;
     glyph.width = static_cast<int32_t>(slot->bitmap.width);
     glyph.height = static_cast<int32_t>(slot->bitmap.rows);

@@ -50,4 +50,9 @@ cbf::Glyph HollowBox(int32_t ascent) {
     return box;
 }
 
+std::string DescribeFault(const std::string &reason, const cbf::Glyph &glyph) {
+    return reason + " (" + std::to_string(glyph.width) + " x " + std::to_string(glyph.height) +
+           ", advance " + std::to_string(glyph.advance) + ")";
+}
+
 } // namespace cbfconv

@@ -26,10 +26,7 @@ static MergedFont ReadWanted(const Options &options, tool::Progress &progress) {
 static cbf::File MakeFile(const Options &options, const MergedFont &merged) {
     cbf::File file = cbf::WriteFont(merged.font);
     if (file.fault.problem != cbf::Problem::None)
-        throw Failure(tool::kBadData, DescribeFault(file.fault, options.inputs, merged));
-    if (const std::string wrapped = DescribeWrappedOutline(options.inputs, merged);
-        !wrapped.empty())
-        throw Failure(tool::kBadData, wrapped);
+        throw Failure(tool::kBadData, Blame(file.fault, options.inputs, merged));
     return file;
 }
 

@@ -2,6 +2,8 @@
 #include "cbfconv/merge.h"
 
 #include "cbf/code_points.h"
+#include "cbf/glyph_record.h"
+#include "cbfconv/glyph_box.h"
 #include "common/failure.h"
 
 #include <algorithm>
@@ -12,6 +14,8 @@ using tool::Failure;
 
 namespace {
 
+const char kFallbackName[] = "fallback glyph";
+
 // Runs a call that throws FontError, and names the font.
 template <typename Call> auto OfFont(const std::string &path, Call call) {
     try {
@@ -21,6 +25,27 @@ template <typename Call> auto OfFont(const std::string &path, Call call) {
     } catch (const FontError &error) {
         throw Failure(tool::kBadData, path + ": " + error.what());
     }
+}
+
+// Glyphs that don't fit are refused as they come, before there are thousands of them in memory.
+void CheckFits(const std::string &name, const cbf::Glyph &glyph) {
+    const cbf::Problem problem = cbf::CheckGlyph(glyph);
+    if (problem != cbf::Problem::None)
+        throw FontError(name + ": " + DescribeFault(cbf::Reason(problem), glyph));
+    if (cbf::OutlineWraps(glyph))
+        throw FontError(name + ": " +
+                        DescribeFault("reaches further than 125 pixels from the pen, so that its "
+                                      "outline would be drawn elsewhere",
+                                      glyph));
+}
+
+// The glyph of a character under the name that it is to have in messages.
+std::optional<cbf::Glyph> ReadFitting(FontSource &source, uint32_t codePoint,
+                                      const std::string &name) {
+    std::optional<cbf::Glyph> glyph = source.Read(codePoint);
+    if (glyph)
+        CheckFits(name, *glyph);
+    return glyph;
 }
 
 using Sources = std::vector<std::unique_ptr<FontSource>>;
@@ -40,7 +65,9 @@ void ReadCharacter(const std::vector<Input> &inputs, const Sources &sources, uin
         if (!inputs[i].wanted.Has(codePoint))
             continue;
         byNumber |= !inputs[i].wanted.HoldsAll();
-        auto glyph = OfFont(inputs[i].path, [&] { return sources[i]->Read(codePoint); });
+        auto glyph = OfFont(inputs[i].path, [&] {
+            return ReadFitting(*sources[i], codePoint, cbf::CodePointName(codePoint));
+        });
         if (!glyph)
             continue;
         merged.font.glyphs.emplace_hint(merged.font.glyphs.end(), codePoint, std::move(*glyph));
@@ -54,7 +81,10 @@ void ReadCharacter(const std::vector<Input> &inputs, const Sources &sources, uin
 void ReadFallback(const std::string &character, const std::vector<Input> &inputs,
                   const Sources &sources, MergedFont &merged) {
     if (character.empty()) {
-        merged.font.fallback = OfFont(inputs[0].path, [&] { return sources[0]->Fallback(); });
+        OfFont(inputs[0].path, [&] {
+            merged.font.fallback = sources[0]->Fallback();
+            CheckFits(kFallbackName, merged.font.fallback);
+        });
         return;
     }
     const std::optional<uint32_t> codePoint = cbf::ParseCharacter(character);
@@ -62,7 +92,9 @@ void ReadFallback(const std::string &character, const std::vector<Input> &inputs
         throw Failure(tool::kBadUsage, "--fallback: '" + character +
                                            "' is no single character, nor a number such as U+FFFD");
     for (size_t i = 0; i < inputs.size(); ++i)
-        if (auto glyph = OfFont(inputs[i].path, [&] { return sources[i]->Read(*codePoint); })) {
+        if (auto glyph = OfFont(inputs[i].path, [&] {
+                return ReadFitting(*sources[i], *codePoint, kFallbackName);
+            })) {
             merged.font.fallback = std::move(*glyph);
             merged.fallbackOrigin = i;
             return;

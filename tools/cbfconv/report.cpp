@@ -3,6 +3,7 @@
 
 #include "cbf.h"
 #include "cbf/code_points.h"
+#include "cbfconv/glyph_box.h"
 #include "common/shown.h"
 #include "common/streams.h"
 #include "common/text.h"
@@ -18,34 +19,16 @@ std::string ListPaths(const std::vector<Input> &inputs) {
     return list;
 }
 
-static std::string BlameGlyph(size_t origin, const std::string &name, const cbf::Glyph &glyph,
-                              const std::string &reason, const std::vector<Input> &inputs) {
-    return inputs[origin].path + ": " + name + ": " + reason + " (" + std::to_string(glyph.width) +
-           " x " + std::to_string(glyph.height) + ", advance " + std::to_string(glyph.advance) +
-           ")";
-}
-
-std::string DescribeFault(const cbf::Fault &fault, const std::vector<Input> &inputs,
-                          const MergedFont &merged) {
-    const char *reason = cbf::Reason(fault.problem);
-    if (fault.inFallback)
-        return BlameGlyph(merged.fallbackOrigin, "fallback glyph", merged.font.fallback, reason,
-                          inputs);
-    return BlameGlyph(merged.origins.at(fault.codePoint), cbf::CodePointName(fault.codePoint),
-                      merged.font.glyphs.at(fault.codePoint), reason, inputs);
-}
-
-std::string DescribeWrappedOutline(const std::vector<Input> &inputs, const MergedFont &merged) {
-    const char reason[] = "reaches further than 125 pixels from the pen, so that its outline would "
-                          "be drawn elsewhere";
-    if (cbf::OutlineWraps(merged.font.fallback))
-        return BlameGlyph(merged.fallbackOrigin, "fallback glyph", merged.font.fallback, reason,
-                          inputs);
-    for (const auto &[codePoint, glyph] : merged.font.glyphs)
-        if (cbf::OutlineWraps(glyph))
-            return BlameGlyph(merged.origins.at(codePoint), cbf::CodePointName(codePoint), glyph,
-                              reason, inputs);
-    return {};
+std::string Blame(const cbf::Fault &fault, const std::vector<Input> &inputs,
+                  const MergedFont &merged) {
+    const size_t origin =
+        fault.inFallback ? merged.fallbackOrigin : merged.origins.at(fault.codePoint);
+    const std::string name =
+        fault.inFallback ? "fallback glyph" : cbf::CodePointName(fault.codePoint);
+    const cbf::Glyph &glyph =
+        fault.inFallback ? merged.font.fallback : merged.font.glyphs.at(fault.codePoint);
+    return inputs[origin].path + ": " + name + ": " +
+           DescribeFault(cbf::Reason(fault.problem), glyph);
 }
 
 static std::string ListMissing(const std::vector<uint32_t> &missing) {

@@ -11,11 +11,8 @@ namespace cbfconv {
 std::string ListPaths(const std::vector<Input> &inputs);
 
 // The input and the glyph that keep the font from being written.
-std::string DescribeFault(const cbf::Fault &fault, const std::vector<Input> &inputs,
-                          const MergedFont &merged);
-
-// The same for the first glyph whose outline the library would draw elsewhere; empty without any.
-std::string DescribeWrappedOutline(const std::vector<Input> &inputs, const MergedFont &merged);
+std::string Blame(const cbf::Fault &fault, const std::vector<Input> &inputs,
+                  const MergedFont &merged);
 
 // What was asked for and isn't there, or only in part, on standard error.
 void TellOmissions(const std::vector<Input> &inputs, const MergedFont &merged);
