@@ -3,9 +3,11 @@
 // reader calls sound the library draws just so, and what the library refuses the reader reports.
 #include "cbf_reader.h"
 #include "font_files.h"
-#include "text.h"
+#include "text_font.h"
 
 #include <gtest/gtest.h>
+
+using namespace orn;
 
 namespace {
 
@@ -53,7 +55,7 @@ void Compare(const Bytes &bytes, Verdicts *verdicts) {
         return;
     for (int colour = 0; colour < 2; ++colour)
         EXPECT_EQ(read.tables[colour].usable, font->huffLuts[colour] != nullptr);
-    EXPECT_EQ(read.tables[cbf::kDelta].usable, font->index != nullptr);
+    EXPECT_EQ(read.tables[cbf::kDelta].usable, font->index.words != nullptr);
     if (sound)
         ExpectSameGlyphs(bytes, read, font.get());
 }

@@ -7,6 +7,8 @@
 #include <climits>
 #include <cstdlib>
 
+using namespace orn;
+
 namespace {
 
 const Ints kSides = {1, 2, 3, 4, 7, 18};

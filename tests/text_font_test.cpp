@@ -3,10 +3,12 @@
 // sections, odd and hostile indexes, records that lie outside the glyph data.
 #include "font_exercise.h"
 #include "font_files.h"
-#include "text.h"
+#include "text_font.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+
+using namespace orn;
 
 namespace {
 
@@ -43,10 +45,10 @@ TEST(FontIndex, DecodesItsRecords) {
     for (const auto &c : cases) {
         const FontPtr font = FontWithIndex(Index(c.count, kDeltas, c.records));
         ASSERT_NE(font, nullptr);
-        ASSERT_NE(font->index, nullptr);
-        EXPECT_EQ(font->index[0], c.count);
+        ASSERT_NE(font->index.words, nullptr);
+        EXPECT_EQ(font->index.words[0], c.count);
         for (size_t i = 0; i < c.words.size(); ++i)
-            EXPECT_EQ(font->index[1 + i], c.words[i]) << "slot " << i << " of " << c.count;
+            EXPECT_EQ(font->index.words[1 + i], c.words[i]) << "slot " << i << " of " << c.count;
     }
 }
 
@@ -55,12 +57,12 @@ TEST(FontIndex, DecodesItsRecords) {
 TEST(FontIndex, EndsWithTheBytesOfItsRecords) {
     const Bytes longCodes = Table({1, 3, 12}, {5, 0xFFFF, 9});
     FontPtr font = FontWithIndex(Index(6, longCodes, {{0, "0010 1001"}, {4, "0"}}));
-    EXPECT_EQ(font->index[1 + 2], 0u) << "12 bits of a code, of which the record has few";
-    EXPECT_EQ(font->index[1 + 4], 15u);
+    EXPECT_EQ(font->index.words[1 + 2], 0u) << "12 bits of a code, of which the record has few";
+    EXPECT_EQ(font->index.words[1 + 4], 15u);
     font = FontWithIndex(Index(1u << 20, Table({1}, {0}), {{0, "1111"}, {5, "0"}}));
-    EXPECT_EQ(font->index[1 + 5], 0u);
+    EXPECT_EQ(font->index.words[1 + 5], 0u);
     font = FontWithIndex(Index(1u << 20, Table({}), {{0, "1111"}}));
-    ASSERT_NE(font->index, nullptr);
+    ASSERT_NE(font->index.words, nullptr);
 }
 
 // Font files of a few bytes that claim 2^32 - 1 of everything.
@@ -71,7 +73,7 @@ TEST(FontIndex, HostileCountsCostNeitherMemoryNorTime) {
         const FontPtr font = FontWithIndex(
             Index(count, kDeltas, {{0, "01 110"}, {count - 1, "10"}, {count - 9, "01"}}));
         ASSERT_NE(font, nullptr);
-        ASSERT_NE(font->index, nullptr);
+        ASSERT_NE(font->index.words, nullptr);
         EXPECT_NE(GetGlyph(font.get(), 5), nullptr);
         EXPECT_EQ(GetGlyph(font.get(), count - 1)->record, font->glyphData + 12);
         EXPECT_EQ(GetGlyph(font.get(), count - 2)->record, font->glyphData);
@@ -81,7 +83,7 @@ TEST(FontIndex, HostileCountsCostNeitherMemoryNorTime) {
     file.index = Index(4, kDeltas, {});
     cbf::PutWord(&file.index, 0);
     cbf::PutWord(&file.index, 0xFFFFFFFF); // a record of 2^32 - 1 bytes
-    EXPECT_NE(Load(file.Bytes())->index, nullptr);
+    EXPECT_NE(Load(file.Bytes())->index.words, nullptr);
     file.dataSize = 0xFFFFFFFF;
     EXPECT_EQ(Load(file.Bytes()), nullptr);
     getrusage(RUSAGE_SELF, &after);
@@ -135,7 +137,8 @@ TEST(HostileFonts, MissingSectionsStillLoad) {
             bytes[size_t(12 + 4 * missing + i)] = 0xFE; // an offset past the end
         const FontPtr font = Load(bytes);
         ASSERT_NE(font, nullptr);
-        EXPECT_EQ(missing == 2 ? (void *)font->index : (void *)font->huffLuts[missing], nullptr);
+        EXPECT_EQ(missing == 2 ? (void *)font->index.words : (void *)font->huffLuts[missing],
+                  nullptr);
         EXPECT_EQ(GetGlyph(font.get(), 'A') != nullptr, missing != 2);
         ExerciseFont(bytes);
     }

@@ -3,9 +3,11 @@
 // at every edge of a frame.
 #include "font_files.h"
 #include "frame.h"
-#include "text.h"
+#include "text_font.h"
 
 #include <algorithm>
+
+using namespace orn;
 
 namespace {
 

@@ -32,7 +32,7 @@ struct Options {
     std::string character; // of the modes, empty or false ones are not asked for
     std::string text;
     std::string sheet;
-    int32_t direction = OrnMinRenderTextDirectionNormal;
+    int32_t direction = OrnMinRenderTextDirection::Normal;
     bool outline = false;
     bool tables = false;
     bool check = false;

@@ -30,11 +30,11 @@ struct Turned {
 // Down.
 OrnMinRenderPoint Turn(OrnMinRenderPoint point, int32_t direction) {
     switch (direction) {
-    case OrnMinRenderTextDirectionDown:
+    case OrnMinRenderTextDirection::Down:
         return {-point.y, point.x};
-    case OrnMinRenderTextDirectionUp:
+    case OrnMinRenderTextDirection::Up:
         return {point.y, -point.x};
-    case OrnMinRenderTextDirectionInverted:
+    case OrnMinRenderTextDirection::Inverted:
         return {-point.x, -point.y};
     default:
         return point;
@@ -128,7 +128,7 @@ std::string FirstDifferentGap(const OrnMinRenderFont *font, const cbf::Font &wan
     for (const auto &[codePoint, glyph] : wanted.glyphs) {
         for (; next < codePoint; ++next)
             if (next != '\n' &&
-                !MeasuresAs(font, OrnMinRenderTextDirectionNormal, Utf8(next), wanted.fallback))
+                !MeasuresAs(font, OrnMinRenderTextDirection::Normal, Utf8(next), wanted.fallback))
                 return CodePointName(next) + ": is not the fallback glyph";
         next = codePoint + 1;
     }

@@ -187,7 +187,7 @@ Picture DrawText(OrnMinRenderFont *font, int32_t direction, const std::string &t
     const OrnMinRenderImage image = ImageOf(&picture);
     OrnMinRenderPoint pen = {margin - rect.left, margin - rect.top};
     const bool vertical =
-        direction == OrnMinRenderTextDirectionDown || direction == OrnMinRenderTextDirectionUp;
+        direction == OrnMinRenderTextDirection::Down || direction == OrnMinRenderTextDirection::Up;
     const int32_t lineStart = vertical ? pen.y : pen.x;
     if (outlined)
         OrnMinRenderDrawOutlineTextY8(nullptr, &image, font, text.c_str(), &pen, lineStart,

@@ -109,7 +109,7 @@ std::string TextOf(const Canvas &canvas, const Overlay &overlay) {
 int32_t LineStart(const Overlay &overlay, OrnMinRenderPoint pen) {
     const int32_t direction = overlay.textStyle.direction;
     const bool vertical =
-        direction == OrnMinRenderTextDirectionDown || direction == OrnMinRenderTextDirectionUp;
+        direction == OrnMinRenderTextDirection::Down || direction == OrnMinRenderTextDirection::Up;
     return vertical ? pen.y : pen.x;
 }
 

@@ -41,7 +41,7 @@ struct Paint {
 
 // Which part of a text lies at its place: an edge, or Origin, where the pen starts.
 struct TextStyle {
-    int32_t direction = OrnMinRenderTextDirectionNormal;
+    int32_t direction = OrnMinRenderTextDirection::Normal;
     std::optional<Edge> horizontal;
     std::optional<Edge> vertical;
     bool inside = false; // moved into the frame

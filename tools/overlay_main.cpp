@@ -35,7 +35,7 @@ bool SayErrors(const std::string &path, const FileErrors &errors) {
 std::optional<std::vector<Overlay>> LoadScript(const Options &options) {
     FontStore fonts;
     if (!options.fontPath.empty())
-        fonts.Get(options.fontPath, OrnMinRenderTextDirectionNormal);
+        fonts.Get(options.fontPath, OrnMinRenderTextDirection::Normal);
     const ScriptSettings settings{options.fontPath, !options.tracksPath.empty(), options.colours,
                                   options.shape,
                                   std::filesystem::path(options.scriptPath).parent_path()};

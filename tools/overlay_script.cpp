@@ -33,10 +33,10 @@ constexpr Option kOptions[] = {
     {"middle", kAlign, [](Overlay &o) { o.textStyle.vertical = Edge::Middle; }},
     {"bottom", kAlign, [](Overlay &o) { o.textStyle.vertical = Edge::End; }},
     {"inside", kInside, [](Overlay &o) { o.textStyle.inside = true; }},
-    {"down", kTurn, [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirectionDown; }},
-    {"up", kTurn, [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirectionUp; }},
+    {"down", kTurn, [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirection::Down; }},
+    {"up", kTurn, [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirection::Up; }},
     {"inverted", kTurn,
-     [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirectionInverted; }},
+     [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirection::Inverted; }},
 };
 
 enum class Last { Nothing, Points, String, Bitmap, Picture };
@@ -323,7 +323,7 @@ class FontInUse {
         TakeWord(line);
         broken = true;
         path = TakePath(line, settings);
-        store.Get(path, OrnMinRenderTextDirectionNormal);
+        store.Get(path, OrnMinRenderTextDirection::Normal);
         RequireEnd(line);
         broken = false;
     }

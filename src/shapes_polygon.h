@@ -1,8 +1,10 @@
-// Shapes, each reduced to lines, blocks or span lists. What stands here is for tests of the
-// internals.
+// SPDX-License-Identifier: MIT
+// The crossings of polygons with the rows of a plane, for tests of the internals.
 #pragma once
 
 #include "orn_min_render.h"
+
+namespace orn {
 
 // Orders crossing points by row, then by column: negative, zero or positive as for qsort.
 int ComparePoints(const void *first, const void *second);
@@ -12,3 +14,5 @@ int ComparePoints(const void *first, const void *second);
 // kScratchPoints and more.
 int32_t FillPolygonPlane(OrnMinRenderPoint *crossings, const OrnMinRenderImage *image,
                          const OrnMinRenderPoint *points, size_t count, int32_t shift);
+
+} // namespace orn
