@@ -98,9 +98,10 @@ Errors Engine::SetScript(std::string_view content, const std::string &file) {
     std::vector<Overlay> overlays = ParseScript(content, file, inputs, errors);
     if (!errors.empty())
         return errors;
+    Timeline timeline = TimelineOf(overlays); // which fits no other script, if memory is short here
     state->scriptFile = file;
     state->overlays = std::move(overlays);
-    state->timeline = TimelineOf(state->overlays);
+    state->timeline = std::move(timeline);
     state->MixColours();
     return {};
 }

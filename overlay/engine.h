@@ -56,8 +56,8 @@ class Engine {
     Errors SetTracks(std::string_view content, const std::string &file,
                      const TrackSettings &settings);
 
-    // Takes the shape of the frames that follow. The errors are those of pictures that don't hold
-    // such frames; without heed of them, these pictures are left out.
+    // Takes the shape of the frames that follow. Errors tell of pictures that hold no frames with
+    // or without chroma as these; such a picture is left out, and all else is drawn.
     Errors SetFrames(const FrameShape &shape);
 
     // Draws the overlays of frame number (from 0; any order, but one after the other is fastest)
