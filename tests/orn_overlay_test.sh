@@ -164,6 +164,7 @@ done <<'TABLE'
 =* text 14 1 white down "a\nb"|* fill text.left text.top text.right text.bottom red=* measure 14 1 down "a\nb"|* fill text.left text.top text.right text.bottom red
 =* fill 1 1 2 2 white|1 text 3 20 red "a"|0 fill text.left 0 9 9 white=* fill 1 1 2 2 white|1 text 3 20 red "a"
 --fps 0.3=* text 60 20 white right "{time} {frame}"=0 text 60 20 white right "00:00:00.0 0"|1 text 60 20 white right "00:00:03.3 1"|2 text 60 20 white right "00:00:06.6 2"
+--tracks tracks.csv=tracks measure 1 9 "a"|* text 3 20 white "{id}"=* text 3 20 white "{id}"
 --tracks tracks.csv=tracks fill box.left box.top box.right box.bottom white=0 fill 10 4 15 7 white|1 fill 60 2 80 7 white
 --tracks tracks.csv=* fill 0 0 1 1 red=* fill 0 0 1 1 red|0 box 10 4 14 6 #2fe0c0|0 label 10 4 black #2fe0c0 bottom "7"|1 box 60 2 79 6 #35c4ff|1 label 60 2 black #35c4ff bottom "2"
 --tracks gap.csv --max-gap 2 --min-confidence -1=tracks disc box.left box.top box.right box.bottom white=0 disc 4 4 13 13 white|0 disc 8 4 12 8 white|0 disc 40 2 44 6 white|1 disc 12 5 18 9 white|2 disc 16 6 24 10 white|2 disc 50 2 54 6 white

@@ -119,7 +119,10 @@ TEST(Overlay, PicturesFollowTheShape) {
     EXPECT_EQ(Told(engine.SetFrames(kY8)), "");
     for (const auto &[number, luma] : {std::pair(2, 'e'), {3, 'a'}, {1, 'a'}, {2, 'e'}})
         EXPECT_EQ(Drawn(engine, number)[0], luma) << number;
-    Engine early({{}, false, true}); // knows of the chroma before the script comes
+    engine.SetFrames({kWidth, kHeight, true, {}});
+    engine.SetFrames(kY8);
+    EXPECT_EQ(Drawn(engine, 2)[0], 'e'); // opened again, and read again
+    Engine early({{}, false, true});     // knows of the chroma before the script comes
     EXPECT_EQ(Told(early.SetScript(script, file)), refusal);
 
     engine.SetScript("* picture 0 0 2 2 \"two.raw\"", file);
