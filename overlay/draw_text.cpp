@@ -8,6 +8,7 @@
 #include "text_layout.h"
 
 #include <cstdlib>
+#include <new>
 
 namespace overlay {
 
@@ -86,12 +87,15 @@ void DrawLabel(Canvas &canvas, const Overlay &overlay) {
 
 void DrawParagraph(Canvas &canvas, const Overlay &overlay) {
     const std::string text = TextOf(canvas, overlay);
+    if (text.empty())
+        return;
     const std::unique_ptr<char, decltype(&std::free)> fitted(
         OrnMinRenderFixTextWidth(canvas.context, overlay.font.get(), text.c_str(),
                                  canvas.coordinates[2]),
         std::free);
-    if (fitted)
-        DrawTextOnBackground(canvas, overlay, fitted.get());
+    if (!fitted)
+        throw std::bad_alloc();
+    DrawTextOnBackground(canvas, overlay, fitted.get());
 }
 
 void DrawMeasure(Canvas &canvas, const Overlay &overlay) {

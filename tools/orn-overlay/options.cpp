@@ -132,15 +132,14 @@ void CheckStride(const char *name, int64_t stride, const overlay::FrameShape &sh
         throw CLI::ValidationError(name, "expected an even number, not " + std::to_string(stride));
 }
 
-void CheckOptions(const CLI::App &app, Options &options) {
+void CheckOptions(const Options &options) {
     if (options.scriptPath.empty() && options.tracksPath.empty())
         throw CLI::RequiredError("SCRIPT (or --tracks)");
     if (options.shape.width == 0 && !options.check)
         throw CLI::RequiredError("--size");
-    if (app.count("--output-stride") == 0)
-        options.outputStride = options.inputStride;
     CheckStride("--stride", options.inputStride, options.shape);
-    CheckStride("--output-stride", options.outputStride, options.shape);
+    if (options.outputStride)
+        CheckStride("--output-stride", *options.outputStride, options.shape);
 }
 
 } // namespace
@@ -157,7 +156,7 @@ std::optional<Options> ReadOptions(int argc, char **argv) {
     AddOptions(app, options);
     app.set_version_flag("--version", tool::VersionText(kProgram));
     app.footer(overlay::Engine::Help(OptionNames()) + "\nman orn-overlay tells all.");
-    app.callback([&app, &options] { CheckOptions(app, options); });
+    app.callback([&options] { CheckOptions(options); });
     if (!tool::ParseCommandLine(app, argc, argv))
         return std::nullopt;
     return options;

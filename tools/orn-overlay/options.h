@@ -18,7 +18,7 @@ struct Options {
     overlay::TrackSettings tracks;
     overlay::FrameShape shape; // without a size only when check is set
     int64_t inputStride = 0;   // bytes from row to row of both planes; 0: rows without padding
-    int64_t outputStride = 0;
+    std::optional<int64_t> outputStride; // as that of the input unless given
     std::optional<double> framesPerSecond;
     bool stats = false;
     bool check = false;

@@ -15,7 +15,8 @@ constexpr size_t kStreamBuffer = size_t{1} << 20;
 } // namespace
 
 RawFrames::RawFrames(const Options &options)
-    : input(options.shape, options.inputStride), output(options.shape, options.outputStride),
+    : input(options.shape, options.inputStride),
+      output(options.shape, options.outputStride.value_or(options.inputStride)),
       frame(options.shape, input, output) {
     for (std::FILE *stream : {stdin, stdout})
         std::setvbuf(stream, nullptr, _IOFBF, kStreamBuffer);
