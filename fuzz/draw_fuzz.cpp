@@ -1,9 +1,13 @@
+// SPDX-License-Identifier: MIT
 // Sequences of drawing calls on frames between pages without access. Each call is made on three
 // frames of one size: one with both planes, twice; one of luma alone, by the call's Y8 sibling
 // where it has one; one of chroma alone. They differ in stride, place and context, and must show
 // the same pixels; at the end every byte that is no pixel must be as it was.
+#include "fence.h"
 #include "font_files.h"
 #include "input.h"
+
+#include <cstring>
 
 namespace {
 

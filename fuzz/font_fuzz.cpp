@@ -1,52 +1,9 @@
-// Whole CBF files through all that is done with a font: loading, measuring, fitting, and drawing,
-// plain and outlined, in four directions.
-#include "font_files.h"
+// SPDX-License-Identifier: MIT
+// Whole CBF files through all that is done with a font.
+#include "font_exercise.h"
 #include "input.h"
 
-namespace {
-
-constexpr int32_t kSide = 64;
-constexpr uint8_t kPaper = 0x55;
-
-// Letters, blanks, a line break; then U+80, U+3FF, the last code point of Unicode, the first one
-// beyond it, another one there, and the last one that a sequence of six bytes expresses.
-constexpr char kText[] = "\x01 !AB\nC\t~\xC2\x80\xCF\xBF\xF4\x8F\xBF\xBF\xF4\x90\x80\x80"
-                         "\xF4\x90\x80\x84 \xFD\xBF\xBF\xBF\xBF\xBF";
-
-// Draws into a fenced frame and measures; ink may only lie where measuring says.
-void DrawAndMeasure(OrnMinRenderFont *font, OrnMinRenderPoint start) {
-    static const Fenced memory(kSide * kSide);
-    const OrnMinRenderImage image = {0, kSide, kSide, kSide, memory.first, 0, nullptr};
-    memset(memory.first, kPaper, kSide * kSide);
-    OrnMinRenderPoint measured = start, plain = start, outlined = start;
-    OrnMinRenderRect rect;
-    OrnMinRenderGetTextRect(nullptr, font, kText, &measured, start.x, &rect);
-    OrnMinRenderDrawTextY8(nullptr, &image, font, kText, &plain, start.x, 200);
-    for (int32_t y = 0; y < kSide; ++y)
-        for (int32_t x = 0; x < kSide; ++x)
-            Require(image.yPlane[y * kSide + x] == kPaper ||
-                        (x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom),
-                    "ink lies in the measured rectangle");
-    OrnMinRenderDrawOutlineTextY8(nullptr, &image, font, kText, &outlined, start.x, 9, 100);
-    for (const OrnMinRenderPoint pen : {plain, outlined})
-        Require(pen.x == measured.x && pen.y == measured.y, "measuring moves the pen as drawing");
-}
-
-} // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    const FontPtr font = Load(cbf::Bytes(data, data + size));
-    if (!font)
-        return 0;
-    for (int32_t direction = 0; direction < 4; ++direction) {
-        OrnMinRenderSetFontDirection(font.get(), direction);
-        DrawAndMeasure(font.get(), {kSide / 2, kSide / 2});
-        DrawAndMeasure(font.get(), {INT32_MAX - 40, INT32_MIN + 40});
-    }
-    for (const int32_t width : {INT32_MIN, 0, 30, INT32_MAX}) {
-        char *fitted = OrnMinRenderFixTextWidth(nullptr, font.get(), kText, width);
-        Require(fitted && strlen(fitted) <= 4 * sizeof kText, "a fitted text is whole");
-        free(fitted);
-    }
+    ExerciseFont(cbf::Bytes(data, data + size));
     return 0;
 }

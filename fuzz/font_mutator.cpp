@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Changes a CBF file where it matters, so that inputs get past the header: section offsets, tables,
 // index records and glyph heads. Half of all changes are the fuzzer's own.
 #include "input.h"

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: MIT
 // Runs a fuzz harness on the files of the named folders, without a fuzzer: draw_replay FOLDER...
 #include "input.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>

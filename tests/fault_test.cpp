@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What happens when memory is short or a file can't be read on: the n-th call of the C library
 // fails, for n = 1, 2, ... until the call under test no longer gets that far. The linker routes the
 // library's calls through the __wrap functions below.

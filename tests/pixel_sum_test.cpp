@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One constant for each family of calls: the bytes of a few thousand random drawings, summed up.
 // Every compiler, optimisation level and machine must reproduce them.
 #include "font_files.h"

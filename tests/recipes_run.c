@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* Calls what docs/recipes.md defines: recipes_run FONT.cbf */
 #include "recipes.h"
 

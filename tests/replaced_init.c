@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /* A C99 program against the shared object that brings its own OrnMinRenderTextInit: context
  * creation must call it, once, before the context counts as created, and must fail when it fails.
  */

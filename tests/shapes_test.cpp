@@ -1,448 +1,56 @@
-// Ellipses and rounded rectangles by literal pictures and by properties that hold for all of them;
-// blits and bitmaps against naive per-pixel references.
-#include "frame.h"
+// SPDX-License-Identifier: MIT
+// Frames and filled rectangles against naive per-pixel references, over all small worlds.
+#include "line_reference.h"
 
-#include <chrono>
 #include <climits>
 
 namespace {
 
-void Ellipse(const OrnMinRenderImage *image, OrnMinRenderRect rect) {
-    OrnMinRenderDrawEllipseYUV420SP(nullptr, image, &rect, kInk);
-}
-
-void Disc(const OrnMinRenderImage *image, OrnMinRenderRect rect) {
-    OrnMinRenderFillEllipseYUV420SP(Context(), image, &rect, kInk);
-}
-
-void RoundBox(const OrnMinRenderImage *image, OrnMinRenderRect rect, OrnMinRenderPoint radii) {
-    OrnMinRenderDrawRoundRectYUV420SP(Context(), image, &rect, &radii, kInk);
-}
-
-void RoundFill(const OrnMinRenderImage *image, OrnMinRenderRect rect, OrnMinRenderPoint radii) {
-    OrnMinRenderFillRoundRectYUV420SP(Context(), image, &rect, &radii, kInk);
-}
-
-// ---- Literal pictures: luma, and chroma beside it ----
-
-// clang-format off
-TEST(EllipsePictures, Circle) {
-    Frame frame(13, 13);
-    Ellipse(&frame.image, {2, 2, 10, 10});
-    EXPECT_EQ(frame.Picture(),
-        "............. .####..\n"
-        "............. ##..##.\n"
-        "....######... #....#.\n"
-        "...########.. #....#.\n"
-        "..###...###.. ##...#.\n"
-        "..##.....###. .####..\n"
-        "..##......##. .......\n"
-        "..##.....###.\n"
-        "..###....###.\n"
-        "..####.####..\n"
-        "...#######...\n"
-        ".....####....\n"
-        ".............\n");
-}
-
-TEST(EllipsePictures, NoBlockIsAnchoredOnRowZero) {
-    Frame frame(9, 9);
-    Ellipse(&frame.image, {0, 0, 8, 8});
-    EXPECT_EQ(frame.Picture(),
-        "......... #..##\n"
-        ".##...### #...#\n"
-        "###...### #...#\n"
-        "##.....## #...#\n"
-        "##......# ####.\n"
-        "##.....##\n"
-        "###....##\n"
-        "####.####\n"
-        ".#######.\n");
-}
-
-TEST(EllipsePictures, RoundedOutline) {
-    Frame frame(25, 19);
-    RoundBox(&frame.image, {2, 2, 22, 16}, {5, 4});
-    EXPECT_EQ(frame.Picture(),
-        "......................... .###.....##..\n"
-        "......................... ##.#####..##.\n"
-        "....#################.... #..........#.\n"
-        "...###################... .#.........#.\n"
-        "..####..............###.. .#.........#.\n"
-        "..###................###. .#.........#.\n"
-        "..##.................###. #..........#.\n"
-        "..##..................##. ##........##.\n"
-        "..##..................##. .#######.##..\n"
-        "..##..................##. .............\n"
-        "..##..................##.\n"
-        "..##..................##.\n"
-        "..##..................##.\n"
-        "..##.................###.\n"
-        "..###...............###..\n"
-        "...####...........#####..\n"
-        "....##################...\n"
-        "......##############.....\n"
-        ".........................\n");
-}
-
-// clang-format on
-
-TEST(EllipsePictures, GapsOfAnEccentricRingStayOpen) {
-    Frame frame(120, 130);
-    Ellipse(&frame.image, {50, 50, 58, 114});
-    for (int x = 0; x < 120; ++x)
-        EXPECT_EQ(frame.Y(x, 113), kPaper) << x;
-    EXPECT_EQ(frame.Y(54, 114), kInk.y);
-}
-
-// The rows that a shape fills in each plane.
-struct Row {
-    int y, first, last;
-};
-
-void ExpectRows(Frame *frame, const std::vector<Row> &luma, const std::vector<Row> &chroma) {
-    Frame expected(frame->image.width, frame->image.height);
-    for (const Row &row : luma)
-        memset(&expected.Y(row.first, row.y), kInk.y, size_t(row.last - row.first + 1));
-    for (const Row &row : chroma)
-        for (int cx = row.first; cx <= row.last; ++cx)
-            expected.SetUV(cx, row.y);
-    EXPECT_EQ(frame->Picture(), expected.Picture());
-}
-
-TEST(EllipsePictures, Fills) {
-    // clang-format off
-    Frame circle(24, 24), wide(34, 24), narrow(310, 312), rounded(34, 28);
-    Disc(&circle.image, {10, 10, 18, 18});
-    ExpectRows(&circle, {{11, 12, 15}, {12, 11, 16}, {13, 10, 17}, {14, 10, 17}, {15, 10, 17},
-                         {16, 11, 16}, {17, 12, 15}},
-               {{5, 6, 7}, {6, 5, 8}, {7, 5, 8}, {8, 6, 7}});
-    Disc(&wide.image, {10, 10, 30, 20});
-    ExpectRows(&wide, {{11, 15, 24}, {12, 12, 27}, {13, 11, 28}, {14, 10, 29}, {15, 10, 29},
-                       {16, 10, 29}, {17, 11, 28}, {18, 12, 27}, {19, 15, 24}},
-               {{6, 6, 13}, {7, 5, 14}, {8, 6, 13}, {9, 8, 11}});
-    Disc(&narrow.image, {300, 300, 303, 308});
-    ExpectRows(&narrow, {{302, 300, 301}, {303, 300, 301}, {304, 300, 301}, {305, 300, 301},
-                         {306, 300, 301}},
-               {{151, 150, 150}, {152, 150, 150}, {153, 150, 150}});
-    RoundFill(&rounded.image, {10, 24, 30, 10}, {5, 4});
-    std::vector<Row> rows = {{11, 12, 27}, {12, 11, 28}, {22, 11, 28}, {23, 12, 27}};
-    for (int y = 13; y <= 21; ++y)
-        rows.push_back({y, 10, 29});
-    ExpectRows(&rounded, rows, {{6, 6, 13}, {7, 5, 14}, {8, 5, 14}, {9, 5, 14}, {10, 5, 14},
-                                {11, 6, 13}});
-    // clang-format on
-}
-
-TEST(EllipsePictures, SquareCorners) {
-    for (const OrnMinRenderPoint radii : {OrnMinRenderPoint{0, 0}, {0, 5}, {5, -1}}) {
-        const auto ring = [](Int x, Int y) {
-            const bool inside = x >= 5 && x <= 14 && y >= 4 && y <= 11;
-            return inside && !(x >= 7 && x <= 12 && y >= 6 && y <= 9);
+Predicate FrameLines(Int w, Int h, const OrnMinRenderRect &r, Int style, bool chroma) {
+    const Int right = Int{r.right} - 1, bottom = Int{r.bottom} - 1;
+    const Predicate lines[] = {HLine(w, h, r.left, r.right, r.top, style, chroma),
+                               HLine(w, h, r.left, r.right, bottom, style, chroma),
+                               VLine(w, h, r.left, r.top, bottom + 2, style, chroma),
+                               VLine(w, h, right, r.top, bottom + 2, style, chroma)};
+    const std::vector<Predicate> all(std::begin(lines), std::end(lines));
+    const auto any = [all](auto member) {
+        return [=](Int x, Int y) {
+            return std::any_of(all.begin(), all.end(),
+                               [=](const Predicate &p) { return (p.*member)(x, y); });
         };
-        Frame outline(20, 16);
-        RoundBox(&outline.image, {13, 10, 5, 4}, radii);
-        for (int y = 0; y < 16; ++y)
-            for (int x = 0; x < 20; ++x)
-                EXPECT_EQ(outline.Y(x, y) == kInk.y, ring(x, y)) << x << ' ' << y;
-        Frame fill(20, 16), plain(20, 16);
-        const OrnMinRenderRect rect = {13, 10, 5, 3};
-        RoundFill(&fill.image, rect, radii);
-        OrnMinRenderFillRectYUV420SP(Context(), &plain.image, &rect, kInk);
-        EXPECT_TRUE(fill == plain);
-    }
-}
-
-// ---- Properties ----
-
-struct Shape {
-    OrnMinRenderRect rect;
-    OrnMinRenderPoint radii;
-    std::string Text() const {
-        return testing::PrintToString(
-            std::vector<int>{rect.left, rect.top, rect.right, rect.bottom, radii.x, radii.y});
-    }
-};
-
-Shape RandomShape(std::mt19937 &random) {
-    const auto pick = [&](int limit) { return static_cast<int>(random() % unsigned(limit)); };
-    const OrnMinRenderRect rect = {pick(120) - 20, pick(120) - 20, pick(120) - 20, pick(120) - 20};
-    return {rect, {pick(40), pick(40)}};
-}
-
-using ShapeCall = void (*)(const OrnMinRenderImage *, const Shape &);
-const ShapeCall kShapes[] = {
-    [](const OrnMinRenderImage *image, const Shape &s) { Ellipse(image, s.rect); },
-    [](const OrnMinRenderImage *image, const Shape &s) { Disc(image, s.rect); },
-    [](const OrnMinRenderImage *image, const Shape &s) { RoundBox(image, s.rect, s.radii); },
-    [](const OrnMinRenderImage *image, const Shape &s) { RoundFill(image, s.rect, s.radii); },
-};
-
-TEST(ShapeProperties, SwappedCornersMissingPlanesAndCutOuts) {
-    std::mt19937 random(3);
-    for (int i = 0; i < 3000; ++i) {
-        const Shape shape = RandomShape(random);
-        Shape swapped = shape;
-        if (i & 1)
-            std::swap(swapped.rect.left, swapped.rect.right);
-        if (i & 2)
-            std::swap(swapped.rect.top, swapped.rect.bottom);
-        const int w = 40 + i % 41, h = 30 + i % 37;
-        for (const ShapeCall draw : kShapes) {
-            SCOPED_TRACE("case " + std::to_string(i) + shape.Text());
-            Frame whole(w, h), other(w, h), onlyLuma(w, h, 1), onlyChroma(w, h, 2), large(130, 130);
-            draw(&whole.image, shape);
-            draw(&other.image, swapped);
-            draw(&onlyLuma.image, shape);
-            draw(&onlyChroma.image, shape);
-            draw(&large.image, shape);
-            ASSERT_TRUE(whole == other);
-            ASSERT_EQ(whole.luma, onlyLuma.luma);
-            ASSERT_EQ(whole.chroma, onlyChroma.chroma);
-            ASSERT_EQ(std::count(onlyLuma.chroma.begin(), onlyLuma.chroma.end(), kPaper),
-                      Int(onlyLuma.chroma.size()));
-            // Vertical sides are drawn with both columns or not at all, so the last one may differ.
-            for (int y = 0; y < h; ++y)
-                for (int x = 0; x < w - 1; ++x)
-                    ASSERT_EQ(whole.Y(x, y), large.Y(x, y)) << x << ' ' << y;
-            for (int cy = 0; cy < (h - 2) / 2; ++cy)
-                for (int cx = 0; cx < (w - 2) / 2; ++cx)
-                    ASSERT_EQ(whole.UV(cx, cy)[0], large.UV(cx, cy)[0]) << cx << ' ' << cy;
-        }
-    }
-}
-
-TEST(ShapeProperties, FillsLieInsideTheirOutlinesAndMirror) {
-    ForAll({{2, 3, 8, 13, 20, 41, 58}, Range(2, 60), {1000, 1, 3, 8}}, [](const Ints &v) {
-        const int width = int(v[0]), height = int(v[1]), radius = int(v[2]);
-        const OrnMinRenderRect rect = {4, 4, 4 + width, 4 + height};
-        Frame outline(70, 70), fill(70, 70), ellipse(70, 70);
-        RoundBox(&outline.image, rect, {radius, radius});
-        RoundFill(&fill.image, rect, {radius, radius});
-        Ellipse(&ellipse.image, rect);
-        const bool even = width % 2 == 0 && height % 2 == 0;
-        ASSERT_TRUE(!even || radius < 1000 || outline == ellipse);
-        for (int y = 0; y < 70; ++y) {
-            const auto *row = &outline.Y(0, y);
-            const auto *first = static_cast<const uint8_t *>(memchr(row, kInk.y, 70));
-            const auto *last = static_cast<const uint8_t *>(memrchr(row, kInk.y, 70));
-            for (int x = 0; x < 70; ++x) {
-                // The stepping of the fill leaves very narrow boxes by a column.
-                const bool inside =
-                    2 * width < height || (first && row + x >= first && row + x <= last);
-                ASSERT_TRUE(inside || fill.Y(x, y) != kInk.y) << x << ' ' << y;
-            }
-            for (int x = 0; x < width && even && y <= height; ++x) {
-                ASSERT_EQ(fill.Y(4 + x, y), fill.Y(3 + width - x, y)) << x << ' ' << y;
-                ASSERT_EQ(fill.Y(4 + x, 4 + y), fill.Y(4 + x, 4 + height - y)) << x << ' ' << y;
-            }
-        }
-    });
-}
-
-// What the stepping leaves when one side is 0 or 1 must end and stay in its box.
-TEST(ShapeProperties, ThinAndExtremeShapesEnd) {
-    const auto begin = std::chrono::steady_clock::now();
-    const Ints sides = {0, 1, 2, 40, 65536, 65537, INT_MAX - 10};
-    const Ints radii = {INT_MIN, 0, 1, 2, 32768, 32769, INT_MAX};
-    ForAll({sides, sides, radii}, [](const Ints &v) {
-        const Int width = v[0], height = v[1];
-        const OrnMinRenderRect rect = {10, 6, int(10 + width), int(6 + height)};
-        Frame ring(60, 60), disc(60, 60), box(60, 60);
-        Ellipse(&ring.image, rect);
-        Disc(&disc.image, rect);
-        RoundBox(&box.image, rect, {int(v[2]), int(v[2])});
-        RoundFill(&box.image, rect, {int(v[2]), int(v[2])});
-        const bool large = width > 65536 || height > 65536;
-        ASSERT_TRUE(height != 40 || (ring.Y(10, 26) == kInk.y) == !large);
-        ASSERT_TRUE(width != 40 || (ring.Y(30, 6) == kInk.y) == !large);
-        const bool proper = 4 * width >= height; // narrower discs leave their box
-        for (int y = 0; y < 60; ++y)
-            for (int x = 0; x < 60; ++x) {
-                const bool inBox = x >= 10 && x <= 11 + width && y >= 6 && y <= 7 + height;
-                ASSERT_TRUE((inBox && !large) || ring.Y(x, y) == kPaper) << x << ' ' << y;
-                ASSERT_TRUE((inBox && !large) || !proper || disc.Y(x, y) == kPaper);
-                ASSERT_TRUE((width != 1 && height >= 2) || disc.Y(x, y) == kPaper);
-            }
-    });
-    Frame frame(16, 16);
-    const Ints limits = {INT_MIN, -1, 3, INT_MAX};
-    ForAll({limits, limits, radii}, [&](const Ints &v) {
-        const int a = int(v[0]), b = int(v[1]);
-        for (const ShapeCall draw : kShapes)
-            draw(&frame.image, {{a, b, b, a}, {int(v[2]), int(v[2])}});
-    });
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
-}
-
-TEST(ShapeProperties, TallShapesAreComplete) {
-    Frame disc(64, 5000), rounded(64, 5000);
-    Disc(&disc.image, {2, 0, 62, 5000});
-    RoundFill(&rounded.image, {2, 0, 62, 5000}, {30, 2500});
-    for (int y = 1; y < 4999; ++y) {
-        ASSERT_EQ(disc.Y(32, y), kInk.y) << y;
-        ASSERT_EQ(rounded.Y(32, y), kInk.y) << y;
-        const bool wide = y > 50 && y < 4950; // chroma, rounded inward, begins a little later
-        ASSERT_TRUE(!wide || disc.UV(16, y / 2)[0] == kInk.u) << y;
-        ASSERT_TRUE(!wide || rounded.UV(16, y / 2)[0] == kInk.u) << y;
-    }
-}
-
-TEST(ShapeProperties, FullSizeEllipseIsClosed) {
-    Frame frame(1924, 1084);
-    Ellipse(&frame.image, {0, 2, 1920, 1080});
-    for (int y = 2; y <= 1081; ++y) {
-        const auto *row = &frame.Y(0, y);
-        ASSERT_NE(memchr(row, kInk.y, 962), nullptr) << y;
-        ASSERT_NE(memchr(row + 962, kInk.y, 962), nullptr) << y;
-    }
-    for (int x = 0; x <= 1921; ++x) {
-        int ink = 0;
-        for (int y = 0; y < 1084; ++y)
-            ink += frame.Y(x, y) == kInk.y;
-        ASSERT_GE(ink, 2) << x;
-    }
-}
-
-// ---- Blit ----
-
-TEST(Blit, MatchesTheReferenceInSmallWorlds) {
-    std::mt19937 random(9);
-    Frame source(7, 6, 3, 10);
-    source.Randomise(random);
-    const Ints starts = {-2, -1, 0, 2, 4}, lengths = {-1, 0, 1, 2, 3, 6}, from = {-2, -1, 0, 1, 3};
-    ForAll({{1, 4, 5}, starts, starts, lengths, lengths, from, from}, [&](const Ints &v) {
-        const int w = int(v[0]), px = int(v[5]), py = int(v[6]);
-        const OrnMinRenderRect r = {int(v[1]), int(v[2]), int(v[1] + v[3]), int(v[2] + v[4])};
-        Frame drawn(w, 5), expected(w, 5);
-        OrnMinRenderBltYUV420SP(&drawn.image, r, &source.image, {px, py});
-        int x0 = -1, y0 = 0, width = 0, height = 0; // what is copied
-        for (int y = 0; y < 5; ++y)
-            for (int x = 0; x < w; ++x) {
-                const int sx = x - r.left + px, sy = y - r.top + py;
-                if (x < r.left || x >= r.right || y < r.top || y >= r.bottom || sx < 0 || sy < 0 ||
-                    sx >= 7 || sy >= 6)
-                    continue;
-                expected.Y(x, y) = source.Y(sx, sy);
-                y0 = x0 < 0 ? y : y0;
-                x0 = x0 < 0 ? x : x0;
-                width = x - x0 + 1;
-                height = y - y0 + 1;
-            }
-        for (int i = 0; i < height / 2; ++i)
-            memcpy(expected.UV(x0 / 2, y0 / 2 + i),
-                   source.UV((x0 - r.left + px) / 2, (y0 - r.top + py) / 2 + i), size_t(width));
-        ASSERT_TRUE(drawn == expected);
-    });
-}
-
-TEST(Blit, SkipsMissingPlanesAndTakesExtremes) {
-    Frame source(6, 6, 1), drawn(6, 6), expected(6, 6);
-    memset(source.image.yPlane, 9, 6);
-    memset(expected.image.yPlane, 9, 6);
-    for (int x : {INT_MIN, INT_MAX})
-        OrnMinRenderBltYUV420SP(&drawn.image, {x, x, x, x}, &source.image, {x, x});
-    OrnMinRenderBltYUV420SP(&drawn.image, {INT_MIN, 0, INT_MAX, 1}, &source.image, {INT_MIN, 0});
-    EXPECT_TRUE(drawn == expected);
-}
-
-// ---- Bitmaps ----
-
-struct TestBitmap {
-    int width, height;
-    std::vector<uint32_t> words;
-    TestBitmap(int w, int h, std::mt19937 &random) : width(w), height(h) {
-        words.resize(size_t((w + 31) / 32 * h));
-        for (auto &word : words)
-            word = random() % 8 ? uint32_t(random()) : ~0u; // bits past the width, too
-    }
-    bool Bit(Int c, Int r) const {
-        return words[size_t(r * ((width + 31) / 32) + c / 32)] >> (31 - c % 32) & 1;
-    }
-    // Whether sample (x, y) of a plane is painted for a rectangle in that plane's coordinates.
-    bool Paints(const OrnMinRenderRect &rect, Int x, Int y) const {
-        const Int dw = Int{rect.right} - rect.left, dh = Int{rect.bottom} - rect.top;
-        if (dw <= 0 || dh <= 0 || x < rect.left || x >= rect.right || y < rect.top ||
-            y >= rect.bottom)
-            return false;
-        const Int xs = Int{width} * 65536 / dw, ys = Int{height} * 65536 / dh;
-        return Bit((x - rect.left) * xs >> 16, (y - rect.top) * ys >> 16);
-    }
-};
-
-void CheckBitmap(const TestBitmap &bitmap, const OrnMinRenderRect &rect, int w, int h,
-                 unsigned planes) {
-    const OrnMinRenderRect halved = {rect.left / 2, rect.top / 2, rect.right / 2, rect.bottom / 2};
-    const auto luma = [&](Int x, Int y) { return bitmap.Paints(rect, x, y); };
-    const auto chroma = [&](Int x, Int y) { return bitmap.Paints(halved, x, y); };
-    ASSERT_TRUE(Draws(
-        w, h, planes,
-        [&](auto *image) {
-            OrnMinRenderDrawBitmapYUV420SP(image, &rect, bitmap.width, bitmap.height,
-                                           bitmap.words.data(), kInk);
-        },
-        luma, chroma));
-    ASSERT_TRUE(Draws(
-        w, h, planes,
-        [&](auto *image) {
-            OrnMinRenderDrawBitmapY8(image, &rect, bitmap.width, bitmap.height, bitmap.words.data(),
-                                     kInk.y);
-        },
-        luma, NoInk));
-    std::mt19937 random(1);
-    Frame drawn(w, h, planes), expected(w, h, planes);
-    drawn.Randomise(random);
-    expected.luma = drawn.luma;
-    expected.chroma = drawn.chroma;
-    OrnMinRenderDrawBitmapSemiTransparentYUV420SP(&drawn.image, &rect, bitmap.width, bitmap.height,
-                                                  bitmap.words.data(), kInk);
-    const auto blend = [](uint8_t &old, int value) { old = uint8_t((old + value) / 2); };
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x)
-            if (planes & 1 && luma(x, y))
-                blend(expected.Y(x, y), kInk.y);
-    for (int cy = 0; cy < ChromaSide(h); ++cy)
-        for (int cx = 0; cx < ChromaSide(w); ++cx)
-            if (planes & 2 && chroma(cx, cy)) {
-                blend(expected.UV(cx, cy)[0], kInk.u);
-                blend(expected.UV(cx, cy)[1], kInk.v);
-            }
-    ASSERT_TRUE(drawn == expected);
-}
-
-TEST(Bitmaps, MatchTheReference) {
-    std::mt19937 random(21);
-    const auto pick = [&](int from, int to) {
-        return from + static_cast<int>(random() % unsigned(to - from + 1));
     };
-    for (int i = 0; i < 4000; ++i) {
-        const TestBitmap bitmap(pick(1, i % 3 ? 9 : 70), pick(1, 9), random);
-        const int w = pick(1, 24), h = pick(1, 20);
-        const int left = pick(-30, w + 1), top = pick(-9, h);
-        const int width = pick(-1, i % 7 ? 40 : 100 * bitmap.width), height = pick(-1, 30);
-        SCOPED_TRACE("case " + std::to_string(i));
-        CheckBitmap(bitmap, {left, top, left + width, top + height}, w, h, unsigned(i) % 4);
-        if (HasFatalFailure())
-            return;
-    }
-    const TestBitmap large(32767, 2, random);
-    CheckBitmap(large, {-5, 1, 40000, 5}, 30, 9, 3);
-    CheckBitmap(large, {INT_MIN, INT_MIN, INT_MAX, INT_MAX}, 30, 9, 3);
+    return {any(&Predicate::luma), any(&Predicate::chroma)};
 }
 
-TEST(Bitmaps, RefuseSidesOutsideTheFixedPointRange) {
-    std::mt19937 random(2);
-    const TestBitmap bitmap(32768, 1, random);
-    const OrnMinRenderRect rect = {0, 0, 8, 8};
-    for (const auto &side : {OrnMinRenderPoint{0, 1}, {1, 0}, {-3, 1}, {32768, 1}, {1, INT_MIN}})
-        EXPECT_TRUE(Draws(
-            8, 8, 3,
-            [&](auto *image) {
-                OrnMinRenderDrawBitmapYUV420SP(image, &rect, side.x, side.y, bitmap.words.data(),
-                                               kInk);
-            },
-            NoInk, NoInk));
-    EXPECT_EQ(WordWidth, 32);
+TEST(FramesAndFills, MatchTheReferenceInAllSmallWorlds) {
+    const Ints ends = {INT_MIN, -2, -1, 0, 1, 2, 4, 5, 8, INT_MAX};
+    ForAll({{1, 4, 7}, {1, 3, 6}, ends, ends, ends, ends}, [&](const Ints &v) {
+        const Int w = v[0], h = v[1], planes = unsigned(v[2] + v[4]) % 3 + 1;
+        const OrnMinRenderRect rect = {int(v[2]), int(v[3]), int(v[4]), int(v[5])};
+        const int style = int((v[2] + v[3] + v[4] + v[5]) & 3);
+        auto *context = Context();
+        Check(w, h, planes, FrameLines(w, h, rect, style, true),
+              [&](Image i) { OrnMinRenderDrawFrameYUV420SP(context, i, &rect, kInk, style); });
+        Check(w, h, planes, FrameLines(w, h, rect, style, false),
+              [&](Image i) { OrnMinRenderDrawFrameY8(context, i, &rect, kInk.y, style); });
+        const auto filled = [&](Int x, Int y) {
+            return Interval(v[2], v[4], w).Has(x) && Interval(v[3], v[5], h).Has(y);
+        };
+        const auto touched = [&](Int cx, Int cy) {
+            return filled(2 * cx, 2 * cy) || filled(2 * cx + 1, 2 * cy) ||
+                   filled(2 * cx, 2 * cy + 1) || filled(2 * cx + 1, 2 * cy + 1);
+        };
+        Check(w, h, planes, {filled, touched},
+              [&](Image i) { OrnMinRenderFillRectYUV420SP(context, i, &rect, kInk); });
+        Check(w, h, planes, {filled, NoInk},
+              [&](Image i) { OrnMinRenderFillRectY8(context, i, &rect, kInk.y); });
+    });
+}
+
+TEST(TallFrames, EveryRowIsFilled) {
+    const OrnMinRenderRect rect = {1, -50, 63, 9000};
+    Check(64, 5000, 3, {[](Int x, Int) { return x >= 1 && x < 63; }, [](Int, Int) { return true; }},
+          [&](Image i) { OrnMinRenderFillRectYUV420SP(Context(), i, &rect, kInk); });
 }
 
 } // namespace

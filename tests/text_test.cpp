@@ -1,11 +1,11 @@
-// Text against a naive reference: glyph cells turned one by one, bands by definition, stamps pixel
-// by pixel; and the decoding, measuring and fitting of strings by tables.
+// SPDX-License-Identifier: MIT
+// Text against a naive reference: glyph cells turned one by one, bands by definition; and the
+// decoding and measuring of strings by tables.
 #include "font_files.h"
 #include "frame.h"
 
 #include <algorithm>
 #include <climits>
-#include <tuple>
 
 namespace {
 
@@ -202,15 +202,6 @@ TEST(Text, MatchesTheReferenceInEveryDirection) {
     }
 }
 
-// One glyph {5 x 7, bearings 1 and 7, advance 6} of solid ink.
-cbf::Font BlockFont() {
-    cbf::Font font;
-    font.lineHeight = 16;
-    font.fallback = {2, 2, 0, 2, 3, {1, 1, 1, 1}};
-    font.glyphs['A'] = {5, 7, 1, 7, 6, std::vector<uint8_t>(35, 1)};
-    return font;
-}
-
 TEST(Text, MeasuresByTheBoxesOfItsGlyphs) {
     const struct {
         int direction;
@@ -285,78 +276,6 @@ TEST(Text, MissingPlanesMoveThePen) {
     EXPECT_EQ(Values(rect), (std::vector<int>{17, 20, 17, 20}));
 }
 
-template <class T> T OrNull(T given, bool) {
-    return given;
-}
-template <class T> T *OrNull(T *given, bool missing) {
-    return missing ? nullptr : given;
-}
-template <class Call, class Given, size_t... i>
-void Without(Call call, const Given &given, size_t missing, std::index_sequence<i...>) {
-    call(OrNull(std::get<i>(given), i == missing)...);
-}
-
-// Makes the call once without each of its pointers but the context, which few calls need.
-template <class Result, class... Args>
-void WithoutEach(Result (*call)(Args...), std::common_type_t<Args>... given) {
-    const bool needed[] = {
-        (std::is_pointer_v<Args> && !std::is_same_v<Args, OrnMinRenderContext *>)...};
-    for (size_t i = 0; i < sizeof...(Args); ++i)
-        if (needed[i])
-            Without(call, std::tuple<Args...>{given...}, i, std::index_sequence_for<Args...>());
-}
-
-TEST(MissingArguments, DoNothing) {
-    const FontPtr owner = Load(cbf::WriteFont(BlockFont()).bytes);
-    Frame frame(30, 30), untouched(30, 30), source(30, 30);
-    auto *font = owner.get();
-    const auto *image = &frame.image;
-    OrnMinRenderContext *none = nullptr;
-    OrnMinRenderPoint points[] = {{9, 9}, {20, 9}, {20, 20}}, *pen = points;
-    OrnMinRenderRect rect = {2, 2, 20, 20};
-    const uint32_t bits[] = {0xFFFFFFFF, 0xFFFFFFFF};
-    const OrnMinRenderGlyphBox box = {8, 2, 0, 2};
-    OrnMinRenderGlyph glyph = {};
-    uint8_t bytes[] = {1, 2, 3};
-    for (auto *line : {OrnMinRenderDrawHLineY8, OrnMinRenderDrawHLineY, OrnMinRenderDrawVLineY8})
-        WithoutEach(line, none, image, 3, 9, 12, 7, 0);
-    for (auto *line : {OrnMinRenderDrawHLineYUV420SP, OrnMinRenderDrawVLineYUV420SP})
-        WithoutEach(line, none, image, 3, 9, 12, kInk, 0);
-    WithoutEach(OrnMinRenderDrawLineY8, none, image, points[0], points[1], 7, 0);
-    WithoutEach(OrnMinRenderDrawLineYUV420SP, none, image, points[0], points[1], kInk, 0);
-    WithoutEach(OrnMinRenderDrawFrameY8, none, image, &rect, 7, 0);
-    WithoutEach(OrnMinRenderDrawFrameYUV420SP, none, image, &rect, kInk, 0);
-    WithoutEach(OrnMinRenderFillRectY8, none, image, &rect, 7);
-    WithoutEach(OrnMinRenderFillRectYUV420SP, none, image, &rect, kInk);
-    WithoutEach(OrnMinRenderDrawEllipseYUV420SP, none, image, &rect, kInk);
-    WithoutEach(OrnMinRenderDrawRoundRectYUV420SP, none, image, &rect, pen, kInk);
-    WithoutEach(OrnMinRenderFillPolygonY8, Context(), image, points, 3, 7);
-    WithoutEach(OrnMinRenderFillPolygonYUV420SP, Context(), image, points, 3, kInk);
-    WithoutEach(OrnMinRenderFillEllipseYUV420SP, Context(), image, &rect, kInk);
-    WithoutEach(OrnMinRenderFillRoundRectYUV420SP, Context(), image, &rect, pen, kInk);
-    OrnMinRenderFillPolygonYUV420SP(none, image, points, 3, kInk);
-    OrnMinRenderFillEllipseYUV420SP(none, image, &rect, kInk);
-    OrnMinRenderFillRoundRectYUV420SP(none, image, &rect, pen, kInk);
-    WithoutEach(OrnMinRenderBltYUV420SP, image, rect, &source.image, points[0]);
-    WithoutEach(OrnMinRenderDrawBitmapY8, image, &rect, 8, 2, bits, 7);
-    for (auto *draw :
-         {OrnMinRenderDrawBitmapYUV420SP, OrnMinRenderDrawBitmapSemiTransparentYUV420SP})
-        WithoutEach(draw, image, &rect, 8, 2, bits, kInk);
-    WithoutEach(OrnMinRenderTextBitmap, &box, bits, 2, image, pen, 7);
-    WithoutEach(OrnMinRenderTextRenderCacheGlyph, font, &glyph);
-    OrnMinRenderTextRenderCacheGlyph(font, &glyph); // without a record
-    WithoutEach(OrnMinRenderDrawTextY8, none, image, font, "A", pen, 0, 7);
-    WithoutEach(OrnMinRenderDrawOutlineTextY8, none, image, font, "A", pen, 0, 7, 8);
-    WithoutEach(OrnMinRenderGetTextRect, none, font, "A", pen, 0, &rect);
-    WithoutEach(OrnMinRenderFixTextWidth, none, font, "A", 9); // LeakSanitizer sees any result
-    WithoutEach(OrnMinRenderSetFontDirection, font, 0);
-    WithoutEach(OrnMinRenderRGB2YUV, bytes, bytes);
-    WithoutEach(OrnMinRenderYUV2RGB, bytes, bytes);
-    EXPECT_TRUE(frame == untouched);
-    EXPECT_EQ(std::vector<int>(bytes, bytes + 3), (std::vector<int>{1, 2, 3}));
-    ExpectPoint(*pen, {9, 9});
-}
-
 // A rotated side of 123 or more makes the outline's box wrap: its fill alone is drawn.
 TEST(Text, OutlinesOfVeryLargeGlyphsAreLeftOut) {
     for (const int width : {122, 123}) {
@@ -369,83 +288,6 @@ TEST(Text, OutlinesOfVeryLargeGlyphsAreLeftOut) {
         EXPECT_EQ(frame.Y(5, 9), 200);
         EXPECT_EQ(frame.Y(5, 8), width == 122 ? 90 : kPaper);
     }
-}
-
-// ---- Stamping ----
-
-TEST(Stamping, MatchesTheReferenceAtEveryEdge) {
-    std::mt19937 random(31);
-    for (int i = 0; i < 60000; ++i) {
-        const auto pick = [&](int from, int to) {
-            return from + static_cast<int>(random() % unsigned(to - from + 1));
-        };
-        const OrnMinRenderGlyphBox box = {int8_t(pick(-2, i % 4 ? 12 : 127)), int8_t(pick(-1, 9)),
-                                          int8_t(pick(-128, 127)), int8_t(pick(-128, 127))};
-        const int perRow = (std::max<int>(box.width, 0) + 31) / 32;
-        std::vector<uint32_t> words(size_t(perRow * std::max<int>(box.height, 0)));
-        for (auto &word : words)
-            word = uint32_t(random() & random());
-        const auto count = uint32_t(i % 3 ? words.size() : random() % (words.size() + 1));
-        const OrnMinRenderPoint pen = {pick(i % 4 ? -12 : -120, 20) - box.bearingX,
-                                       pick(-9, 12) + box.bearingY};
-        Frame drawn(13, 8, 1), expected(13, 8, 1);
-        OrnMinRenderTextBitmap(&box,
-                               std::vector<uint32_t>(words.begin(), words.begin() + count).data(),
-                               count, &drawn.image, &pen, 0x1C8);
-        for (int y = 0; y < 8; ++y)
-            for (int x = 0; x < 13; ++x) {
-                const int c = x - pen.x - box.bearingX, r = y - pen.y + box.bearingY;
-                if (c < 0 || c >= box.width || r < 0 || r >= box.height)
-                    continue;
-                const auto word = unsigned(r * perRow + c / 32);
-                if (word < count && words[word] >> c % 32 & 1)
-                    expected.Y(x, y) = 0xC8;
-            }
-        ASSERT_TRUE(drawn == expected) << "case " << i << "\n"
-                                       << drawn.Picture() << expected.Picture();
-    }
-}
-
-// ---- Fitting ----
-
-// Space advance 4, every letter 5 wide with an advance of 6: two letters take 11.
-cbf::Font LetterFont() {
-    cbf::Font font;
-    font.fallback = {5, 1, 0, 1, 6, {1, 1, 1, 1, 1}};
-    font.glyphs[' '].advance = 4;
-    font.glyphs['\t'].advance = 9;
-    font.glyphs['z'].advance = 0;
-    return font;
-}
-
-TEST(Fitting, BreaksBeforeWordsThatOverflow) {
-    const struct {
-        std::string text;
-        int width;
-        std::string fitted;
-    } cases[] = {
-        // clang-format off
-        {"ab", 20, "ab"},                         {"ab cd ef", 20, "ab \n- cd \n- ef"},
-        {"ab cd ef", 26, "ab cd \n- ef"},         {"abcdef gh", 20, "\n- abcdef \n- gh"},
-        {"ab  cd", 100, "ab  cd"},                {"ab cd   ef", 20, "ab \n- cd \n- ef"},
-        {"ab\ncd", 11, "ab\ncd"},                 {"ab cd\nef", 20, "ab \n- cd\nef"},
-        {"ab\tcd", 31, "ab\tcd"},                 {"ab\tcd", 30, "ab\t\n- cd"},
-        {"ab    ", 20, "ab   \n-  "},             {"\x80", 20, ""},
-        {"ab\xE2\x82", 20, "ab"},                 {"ab\xC0\x80" "cd", 99, "ab"},
-        {"ab\xC0\xA0" "cd", 20, "ab\xC0\xA0\n- cd"}, {"a", -1, "\n- a"},
-        {"\n\n", -1, "\n- \n\n- \n\n- "},
-        // clang-format on
-    };
-    const FontPtr font = Load(cbf::WriteFont(LetterFont()).bytes);
-    for (const auto &c : cases) {
-        const std::unique_ptr<char, decltype(&free)> fitted(
-            OrnMinRenderFixTextWidth(nullptr, font.get(), c.text.c_str(), c.width), free);
-        ASSERT_NE(fitted, nullptr);
-        EXPECT_EQ(fitted.get(), c.fitted) << testing::PrintToString(c.text) << " in " << c.width;
-    }
-    EXPECT_EQ(OrnMinRenderFixTextWidth(nullptr, font.get(), "", 9), nullptr);
-    EXPECT_EQ(OrnMinRenderFixTextWidth(nullptr, font.get(), nullptr, 9), nullptr);
-    EXPECT_EQ(OrnMinRenderFixTextWidth(nullptr, nullptr, "a", 9), nullptr);
 }
 
 } // namespace

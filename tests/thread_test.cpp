@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Threads: each draws, with a context and a font of its own, into its own part of one frame, parts
 // that adjoin in columns and in rows; and several measure with one font. Meant for ThreadSanitizer,
 // and by itself the frame must be what one thread draws.
@@ -38,7 +39,8 @@ void DrawPart(Image image, int part, OrnMinRenderContext *context, OrnMinRenderF
                                                       bits.data(), kInk);
         OrnMinRenderDrawFrameYUV420SP(context, image, &box, ink, round % 2);
         OrnMinRenderPoint pen = {x + 2, y + 12};
-        OrnMinRenderSetFontDirection(font, round % 4 ? 0 : OrnMinRenderTextDirectionDown);
+        OrnMinRenderSetFontDirection(font,
+                                     round % 4 ? 0 : int32_t{OrnMinRenderTextDirection::Down});
         OrnMinRenderDrawOutlineTextY8(context, image, font, "AB", &pen, pen.x, 9, round);
     }
 }

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+// The font reader of the tools against the library, on sound files and on damaged ones: what the
+// reader calls sound the library draws just so, and what the library refuses the reader reports.
+#include "cbf/check.h"
+#include "cbf/glyph_reader.h"
+#include "font_files.h"
+#include "text.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using cbf::Bytes;
+
+Bytes SampleFile(uint32_t seed) {
+    std::mt19937 random(seed);
+    cbf::Font source;
+    source.fallback = RandomGlyph(random, 9, 12);
+    for (uint32_t c = 32; c < 60; ++c)
+        source.glyphs[c + c / 50 * 500] = RandomGlyph(random, 12, 14);
+    for (const uint32_t c : {70u, 71u, 72u, 560u}) // stored once, or twice for neighbours
+        source.glyphs[c] = source.glyphs[40];
+    return cbf::WriteFont(source).bytes;
+}
+
+void ExpectSameGlyphs(const Bytes &bytes, const cbf::FontFile &read, OrnMinRenderFont *font) {
+    for (uint32_t c = 0; c < std::min(read.index.slots, 600u); ++c) {
+        const uint32_t offset = cbf::FindOffset(read.index, c).value_or(0);
+        const cbf::Glyph stored = cbf::ReadGlyph(bytes, read, offset).glyph;
+        const OrnMinRenderGlyph *glyph = GetGlyph(font, c);
+        ASSERT_NE(glyph, nullptr) << c;
+        ASSERT_EQ(glyph->record - font->glyphData, offset) << c;
+        const int pitch = (stored.width + 31) / 32;
+        for (int i = 0; glyph->bitmap && i < stored.width * stored.height; ++i) {
+            const int x = i % stored.width, y = i / stored.width;
+            ASSERT_EQ(glyph->bitmap[y * pitch + x / 32] >> x % 32 & 1, stored.pixels[i]) << c;
+        }
+    }
+}
+
+struct Verdicts {
+    int refused = 0, faulty = 0, sound = 0;
+};
+
+void Compare(const Bytes &bytes, Verdicts *verdicts) {
+    const cbf::FontFile read = cbf::ReadFont(bytes);
+    const FontPtr font = Load(bytes);
+    ASSERT_EQ(read.loads, font != nullptr);
+    const bool sound = cbf::CheckFont(bytes, read).Empty();
+    ASSERT_TRUE(font || !sound);
+    ++(!font ? verdicts->refused : sound ? verdicts->sound : verdicts->faulty);
+    if (!font)
+        return;
+    for (int colour = 0; colour < 2; ++colour)
+        EXPECT_EQ(read.runTables[colour].usable, font->huffLuts[colour] != nullptr);
+    EXPECT_EQ(read.index.deltas.usable, font->index != nullptr);
+    if (sound)
+        ExpectSameGlyphs(bytes, read, font.get());
+}
+
+TEST(FontReader, AgreesWithTheLibraryOnDamagedFiles) {
+    Verdicts whole, damaged;
+    std::vector<Bytes> samples;
+    for (uint32_t seed = 0; seed < 20; ++seed)
+        Compare(samples.emplace_back(SampleFile(seed)), &whole);
+    for (uint32_t seed = 0; seed < 1000 && !HasFatalFailure(); ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937 random(seed);
+        Bytes bytes = samples[seed % samples.size()];
+        for (uint32_t changes = random() % 3; changes < 3; ++changes) {
+            const size_t size = random() % 2 ? bytes.size() : 300; // half of them before the glyphs
+            uint8_t &byte = bytes[random() % size];
+            const int changed[] = {int(random() & 255), byte + 1, byte - 1, 0, 255};
+            byte = uint8_t(changed[random() % 5]);
+        }
+        if (seed % 8 == 0)
+            bytes.resize(random() % bytes.size());
+        Compare(bytes, &damaged);
+    }
+    EXPECT_EQ(whole.sound, 20);
+    EXPECT_GT(std::min({damaged.refused, damaged.faulty, damaged.sound}), 30);
+}
+
+} // namespace

@@ -1,0 +1,307 @@
+// SPDX-License-Identifier: MIT
+// Ellipses and rounded rectangles by literal pictures, and by properties that hold for all of them.
+#include "frame.h"
+
+#include <chrono>
+#include <climits>
+
+namespace {
+
+void Ellipse(const OrnMinRenderImage *image, OrnMinRenderRect rect) {
+    OrnMinRenderDrawEllipseYUV420SP(nullptr, image, &rect, kInk);
+}
+
+void Disc(const OrnMinRenderImage *image, OrnMinRenderRect rect) {
+    OrnMinRenderFillEllipseYUV420SP(Context(), image, &rect, kInk);
+}
+
+void RoundBox(const OrnMinRenderImage *image, OrnMinRenderRect rect, OrnMinRenderPoint radii) {
+    OrnMinRenderDrawRoundRectYUV420SP(Context(), image, &rect, &radii, kInk);
+}
+
+void RoundFill(const OrnMinRenderImage *image, OrnMinRenderRect rect, OrnMinRenderPoint radii) {
+    OrnMinRenderFillRoundRectYUV420SP(Context(), image, &rect, &radii, kInk);
+}
+
+// ---- Literal pictures: luma, and chroma beside it ----
+
+// clang-format off
+TEST(EllipsePictures, Circle) {
+    Frame frame(13, 13);
+    Ellipse(&frame.image, {2, 2, 10, 10});
+    EXPECT_EQ(frame.Picture(),
+        "............. .####..\n"
+        "............. ##..##.\n"
+        "....######... #....#.\n"
+        "...########.. #....#.\n"
+        "..###...###.. ##...#.\n"
+        "..##.....###. .####..\n"
+        "..##......##. .......\n"
+        "..##.....###.\n"
+        "..###....###.\n"
+        "..####.####..\n"
+        "...#######...\n"
+        ".....####....\n"
+        ".............\n");
+}
+
+TEST(EllipsePictures, NoBlockIsAnchoredOnRowZero) {
+    Frame frame(9, 9);
+    Ellipse(&frame.image, {0, 0, 8, 8});
+    EXPECT_EQ(frame.Picture(),
+        "......... #..##\n"
+        ".##...### #...#\n"
+        "###...### #...#\n"
+        "##.....## #...#\n"
+        "##......# ####.\n"
+        "##.....##\n"
+        "###....##\n"
+        "####.####\n"
+        ".#######.\n");
+}
+
+TEST(EllipsePictures, RoundedOutline) {
+    Frame frame(25, 19);
+    RoundBox(&frame.image, {2, 2, 22, 16}, {5, 4});
+    EXPECT_EQ(frame.Picture(),
+        "......................... .###.....##..\n"
+        "......................... ##.#####..##.\n"
+        "....#################.... #..........#.\n"
+        "...###################... .#.........#.\n"
+        "..####..............###.. .#.........#.\n"
+        "..###................###. .#.........#.\n"
+        "..##.................###. #..........#.\n"
+        "..##..................##. ##........##.\n"
+        "..##..................##. .#######.##..\n"
+        "..##..................##. .............\n"
+        "..##..................##.\n"
+        "..##..................##.\n"
+        "..##..................##.\n"
+        "..##.................###.\n"
+        "..###...............###..\n"
+        "...####...........#####..\n"
+        "....##################...\n"
+        "......##############.....\n"
+        ".........................\n");
+}
+
+// clang-format on
+
+TEST(EllipsePictures, GapsOfAnEccentricRingStayOpen) {
+    Frame frame(120, 130);
+    Ellipse(&frame.image, {50, 50, 58, 114});
+    for (int x = 0; x < 120; ++x)
+        EXPECT_EQ(frame.Y(x, 113), kPaper) << x;
+    EXPECT_EQ(frame.Y(54, 114), kInk.y);
+}
+
+// The rows that a shape fills in each plane.
+struct Row {
+    int y, first, last;
+};
+
+void ExpectRows(Frame *frame, const std::vector<Row> &luma, const std::vector<Row> &chroma) {
+    Frame expected(frame->image.width, frame->image.height);
+    for (const Row &row : luma)
+        memset(&expected.Y(row.first, row.y), kInk.y, size_t(row.last - row.first + 1));
+    for (const Row &row : chroma)
+        for (int cx = row.first; cx <= row.last; ++cx)
+            expected.SetUV(cx, row.y);
+    EXPECT_EQ(frame->Picture(), expected.Picture());
+}
+
+TEST(EllipsePictures, Fills) {
+    // clang-format off
+    Frame circle(24, 24), wide(34, 24), narrow(310, 312), rounded(34, 28);
+    Disc(&circle.image, {10, 10, 18, 18});
+    ExpectRows(&circle, {{11, 12, 15}, {12, 11, 16}, {13, 10, 17}, {14, 10, 17}, {15, 10, 17},
+                         {16, 11, 16}, {17, 12, 15}},
+               {{5, 6, 7}, {6, 5, 8}, {7, 5, 8}, {8, 6, 7}});
+    Disc(&wide.image, {10, 10, 30, 20});
+    ExpectRows(&wide, {{11, 15, 24}, {12, 12, 27}, {13, 11, 28}, {14, 10, 29}, {15, 10, 29},
+                       {16, 10, 29}, {17, 11, 28}, {18, 12, 27}, {19, 15, 24}},
+               {{6, 6, 13}, {7, 5, 14}, {8, 6, 13}, {9, 8, 11}});
+    Disc(&narrow.image, {300, 300, 303, 308});
+    ExpectRows(&narrow, {{302, 300, 301}, {303, 300, 301}, {304, 300, 301}, {305, 300, 301},
+                         {306, 300, 301}},
+               {{151, 150, 150}, {152, 150, 150}, {153, 150, 150}});
+    RoundFill(&rounded.image, {10, 24, 30, 10}, {5, 4});
+    std::vector<Row> rows = {{11, 12, 27}, {12, 11, 28}, {22, 11, 28}, {23, 12, 27}};
+    for (int y = 13; y <= 21; ++y)
+        rows.push_back({y, 10, 29});
+    ExpectRows(&rounded, rows, {{6, 6, 13}, {7, 5, 14}, {8, 5, 14}, {9, 5, 14}, {10, 5, 14},
+                                {11, 6, 13}});
+    // clang-format on
+}
+
+TEST(EllipsePictures, SquareCorners) {
+    for (const OrnMinRenderPoint radii : {OrnMinRenderPoint{0, 0}, {0, 5}, {5, -1}}) {
+        const auto ring = [](Int x, Int y) {
+            const bool inside = x >= 5 && x <= 14 && y >= 4 && y <= 11;
+            return inside && !(x >= 7 && x <= 12 && y >= 6 && y <= 9);
+        };
+        Frame outline(20, 16);
+        RoundBox(&outline.image, {13, 10, 5, 4}, radii);
+        for (int y = 0; y < 16; ++y)
+            for (int x = 0; x < 20; ++x)
+                EXPECT_EQ(outline.Y(x, y) == kInk.y, ring(x, y)) << x << ' ' << y;
+        Frame fill(20, 16), plain(20, 16);
+        const OrnMinRenderRect rect = {13, 10, 5, 3};
+        RoundFill(&fill.image, rect, radii);
+        OrnMinRenderFillRectYUV420SP(Context(), &plain.image, &rect, kInk);
+        EXPECT_TRUE(fill == plain);
+    }
+}
+
+// ---- Properties ----
+
+struct Shape {
+    OrnMinRenderRect rect;
+    OrnMinRenderPoint radii;
+    std::string Text() const {
+        return testing::PrintToString(
+            std::vector<int>{rect.left, rect.top, rect.right, rect.bottom, radii.x, radii.y});
+    }
+};
+
+Shape RandomShape(std::mt19937 &random) {
+    const auto pick = [&](int limit) { return static_cast<int>(random() % unsigned(limit)); };
+    const OrnMinRenderRect rect = {pick(120) - 20, pick(120) - 20, pick(120) - 20, pick(120) - 20};
+    return {rect, {pick(40), pick(40)}};
+}
+
+using ShapeCall = void (*)(const OrnMinRenderImage *, const Shape &);
+const ShapeCall kShapes[] = {
+    [](const OrnMinRenderImage *image, const Shape &s) { Ellipse(image, s.rect); },
+    [](const OrnMinRenderImage *image, const Shape &s) { Disc(image, s.rect); },
+    [](const OrnMinRenderImage *image, const Shape &s) { RoundBox(image, s.rect, s.radii); },
+    [](const OrnMinRenderImage *image, const Shape &s) { RoundFill(image, s.rect, s.radii); },
+};
+
+TEST(ShapeProperties, SwappedCornersMissingPlanesAndCutOuts) {
+    std::mt19937 random(3);
+    for (int i = 0; i < 3000; ++i) {
+        const Shape shape = RandomShape(random);
+        Shape swapped = shape;
+        if (i & 1)
+            std::swap(swapped.rect.left, swapped.rect.right);
+        if (i & 2)
+            std::swap(swapped.rect.top, swapped.rect.bottom);
+        const int w = 40 + i % 41, h = 30 + i % 37;
+        for (const ShapeCall draw : kShapes) {
+            SCOPED_TRACE("case " + std::to_string(i) + shape.Text());
+            Frame whole(w, h), other(w, h), onlyLuma(w, h, 1), onlyChroma(w, h, 2), large(130, 130);
+            draw(&whole.image, shape);
+            draw(&other.image, swapped);
+            draw(&onlyLuma.image, shape);
+            draw(&onlyChroma.image, shape);
+            draw(&large.image, shape);
+            ASSERT_TRUE(whole == other);
+            ASSERT_EQ(whole.luma, onlyLuma.luma);
+            ASSERT_EQ(whole.chroma, onlyChroma.chroma);
+            ASSERT_EQ(std::count(onlyLuma.chroma.begin(), onlyLuma.chroma.end(), kPaper),
+                      Int(onlyLuma.chroma.size()));
+            // Vertical sides are drawn with both columns or not at all, so the last one may differ.
+            for (int y = 0; y < h; ++y)
+                for (int x = 0; x < w - 1; ++x)
+                    ASSERT_EQ(whole.Y(x, y), large.Y(x, y)) << x << ' ' << y;
+            for (int cy = 0; cy < (h - 2) / 2; ++cy)
+                for (int cx = 0; cx < (w - 2) / 2; ++cx)
+                    ASSERT_EQ(whole.UV(cx, cy)[0], large.UV(cx, cy)[0]) << cx << ' ' << cy;
+        }
+    }
+}
+
+TEST(ShapeProperties, FillsLieInsideTheirOutlinesAndMirror) {
+    ForAll({{2, 3, 8, 13, 20, 41, 58}, Range(2, 60), {1000, 1, 3, 8}}, [](const Ints &v) {
+        const int width = int(v[0]), height = int(v[1]), radius = int(v[2]);
+        const OrnMinRenderRect rect = {4, 4, 4 + width, 4 + height};
+        Frame outline(70, 70), fill(70, 70), ellipse(70, 70);
+        RoundBox(&outline.image, rect, {radius, radius});
+        RoundFill(&fill.image, rect, {radius, radius});
+        Ellipse(&ellipse.image, rect);
+        const bool even = width % 2 == 0 && height % 2 == 0;
+        ASSERT_TRUE(!even || radius < 1000 || outline == ellipse);
+        for (int y = 0; y < 70; ++y) {
+            const auto *row = &outline.Y(0, y);
+            const auto *first = static_cast<const uint8_t *>(memchr(row, kInk.y, 70));
+            const auto *last = static_cast<const uint8_t *>(memrchr(row, kInk.y, 70));
+            for (int x = 0; x < 70; ++x) {
+                // The stepping of the fill leaves very narrow boxes by a column.
+                const bool inside =
+                    2 * width < height || (first && row + x >= first && row + x <= last);
+                ASSERT_TRUE(inside || fill.Y(x, y) != kInk.y) << x << ' ' << y;
+            }
+            for (int x = 0; x < width && even && y <= height; ++x) {
+                ASSERT_EQ(fill.Y(4 + x, y), fill.Y(3 + width - x, y)) << x << ' ' << y;
+                ASSERT_EQ(fill.Y(4 + x, 4 + y), fill.Y(4 + x, 4 + height - y)) << x << ' ' << y;
+            }
+        }
+    });
+}
+
+// What the stepping leaves when one side is 0 or 1 must end and stay in its box.
+TEST(ShapeProperties, ThinAndExtremeShapesEnd) {
+    const auto begin = std::chrono::steady_clock::now();
+    const Ints sides = {0, 1, 2, 40, 65536, 65537, INT_MAX - 10};
+    const Ints radii = {INT_MIN, 0, 1, 2, 32768, 32769, INT_MAX};
+    ForAll({sides, sides, radii}, [](const Ints &v) {
+        const Int width = v[0], height = v[1];
+        const OrnMinRenderRect rect = {10, 6, int(10 + width), int(6 + height)};
+        Frame ring(60, 60), disc(60, 60), box(60, 60);
+        Ellipse(&ring.image, rect);
+        Disc(&disc.image, rect);
+        RoundBox(&box.image, rect, {int(v[2]), int(v[2])});
+        RoundFill(&box.image, rect, {int(v[2]), int(v[2])});
+        const bool large = width > 65536 || height > 65536;
+        ASSERT_TRUE(height != 40 || (ring.Y(10, 26) == kInk.y) == !large);
+        ASSERT_TRUE(width != 40 || (ring.Y(30, 6) == kInk.y) == !large);
+        const bool proper = 4 * width >= height; // narrower discs leave their box
+        for (int y = 0; y < 60; ++y)
+            for (int x = 0; x < 60; ++x) {
+                const bool inBox = x >= 10 && x <= 11 + width && y >= 6 && y <= 7 + height;
+                ASSERT_TRUE((inBox && !large) || ring.Y(x, y) == kPaper) << x << ' ' << y;
+                ASSERT_TRUE((inBox && !large) || !proper || disc.Y(x, y) == kPaper);
+                ASSERT_TRUE((width != 1 && height >= 2) || disc.Y(x, y) == kPaper);
+            }
+    });
+    Frame frame(16, 16);
+    const Ints limits = {INT_MIN, -1, 3, INT_MAX};
+    ForAll({limits, limits, radii}, [&](const Ints &v) {
+        const int a = int(v[0]), b = int(v[1]);
+        for (const ShapeCall draw : kShapes)
+            draw(&frame.image, {{a, b, b, a}, {int(v[2]), int(v[2])}});
+    });
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+}
+
+TEST(ShapeProperties, TallShapesAreComplete) {
+    Frame disc(64, 5000), rounded(64, 5000);
+    Disc(&disc.image, {2, 0, 62, 5000});
+    RoundFill(&rounded.image, {2, 0, 62, 5000}, {30, 2500});
+    for (int y = 1; y < 4999; ++y) {
+        ASSERT_EQ(disc.Y(32, y), kInk.y) << y;
+        ASSERT_EQ(rounded.Y(32, y), kInk.y) << y;
+        const bool wide = y > 50 && y < 4950; // chroma, rounded inward, begins a little later
+        ASSERT_TRUE(!wide || disc.UV(16, y / 2)[0] == kInk.u) << y;
+        ASSERT_TRUE(!wide || rounded.UV(16, y / 2)[0] == kInk.u) << y;
+    }
+}
+
+TEST(ShapeProperties, FullSizeEllipseIsClosed) {
+    Frame frame(1924, 1084);
+    Ellipse(&frame.image, {0, 2, 1920, 1080});
+    for (int y = 2; y <= 1081; ++y) {
+        const auto *row = &frame.Y(0, y);
+        ASSERT_NE(memchr(row, kInk.y, 962), nullptr) << y;
+        ASSERT_NE(memchr(row + 962, kInk.y, 962), nullptr) << y;
+    }
+    for (int x = 0; x <= 1921; ++x) {
+        int ink = 0;
+        for (int y = 0; y < 1084; ++y)
+            ink += frame.Y(x, y) == kInk.y;
+        ASSERT_GE(ink, 2) << x;
+    }
+}
+
+} // namespace
