@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "fonts.h"
 
-#include "font_source.h"
+#include "cbf/writer.h"
+#include "cbfconv/font_source.h"
 #include "orn_min_render.h"
 
 #include <algorithm>
@@ -20,7 +21,7 @@ std::string WriteTemporary(const cbf::Bytes &bytes) {
     std::string path = "/tmp/orn_bench_XXXXXX";
     const int descriptor = mkstemp(path.data());
     if (descriptor < 0 || write(descriptor, bytes.data(), bytes.size()) != ssize_t(bytes.size()))
-        throw FontError("can't write " + path);
+        throw cbfconv::FontError("can't write " + path);
     close(descriptor);
     return path;
 }
@@ -92,7 +93,7 @@ StampGlyph ReadGlyph(OrnMinRenderFont *font, char character) {
 }
 
 cbf::Font ReadAscii(int pixelSize) {
-    const std::unique_ptr<FontSource> source = OpenFont(kFontFile, pixelSize);
+    const std::unique_ptr<cbfconv::FontSource> source = cbfconv::OpenFont(kFontFile, pixelSize);
     cbf::Font font;
     font.lineHeight = source->LineHeight();
     font.fallback = source->Fallback();

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The font reader of the tools against the library, on sound files and on damaged ones: what the
 // reader calls sound the library draws just so, and what the library refuses the reader reports.
-#include "cbf_reader.h"
+#include "cbf/check.h"
+#include "cbf/glyph_reader.h"
 #include "font_files.h"
 #include "text_font.h"
 
@@ -25,9 +26,8 @@ Bytes SampleFile(uint32_t seed) {
 }
 
 void ExpectSameGlyphs(const Bytes &bytes, const cbf::FontFile &read, OrnMinRenderFont *font) {
-    for (uint32_t c = 0; c < std::min(read.slots, 600u); ++c) {
-        const auto own = read.records.find(c);
-        const uint32_t offset = own == read.records.end() ? 0 : own->second;
+    for (uint32_t c = 0; c < std::min(read.index.slots, 600u); ++c) {
+        const uint32_t offset = cbf::FindOffset(read.index, c).value_or(0);
         const cbf::Glyph stored = cbf::ReadGlyph(bytes, read, offset).glyph;
         const OrnMinRenderGlyph *glyph = GetGlyph(font, c);
         ASSERT_NE(glyph, nullptr) << c;
@@ -48,14 +48,14 @@ void Compare(const Bytes &bytes, Verdicts *verdicts) {
     const cbf::FontFile read = cbf::ReadFont(bytes);
     const FontPtr font = Load(bytes);
     ASSERT_EQ(read.loads, font != nullptr);
-    const bool sound = read.complaints.empty();
+    const bool sound = cbf::CheckFont(bytes, read).Empty();
     ASSERT_TRUE(font || !sound);
     ++(!font ? verdicts->refused : sound ? verdicts->sound : verdicts->faulty);
     if (!font)
         return;
     for (int colour = 0; colour < 2; ++colour)
-        EXPECT_EQ(read.tables[colour].usable, font->huffLuts[colour] != nullptr);
-    EXPECT_EQ(read.tables[cbf::kDelta].usable, font->index.words != nullptr);
+        EXPECT_EQ(read.runTables[colour].usable, font->huffLuts[colour] != nullptr);
+    EXPECT_EQ(read.index.deltas.usable, font->index.words != nullptr);
     if (sound)
         ExpectSameGlyphs(bytes, read, font.get());
 }

@@ -73,7 +73,7 @@ void CheckTable(const std::vector<int> &lengths) {
     for (size_t i = 0; legal && i < codes.size(); ++i) { // each code by itself, however long
         cbf::BitWriter writer;
         for (const char bit : codes[i])
-            cbf::PutBits(&writer, bit == '1', 1);
+            cbf::PutBits(writer, bit == '1', 1);
         BitReader reader = {writer.bytes.data(), writer.bytes.size(), 0};
         ASSERT_EQ(WalkHuffLut(table.get(), &reader), symbols[i]);
         ASSERT_EQ(reader.position, codes[i].size());

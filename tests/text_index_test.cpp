@@ -101,8 +101,8 @@ TEST(FontIndex, HostileCountsCostNeitherMemoryNorTime) {
     FontFile file;
     file.glyphData.assign(64, 0);
     file.index = Index(4, kDeltas, {});
-    cbf::PutWord(&file.index, 0);
-    cbf::PutWord(&file.index, 0xFFFFFFFF); // a record of 2^32 - 1 bytes
+    cbf::PutWord(file.index, 0);
+    cbf::PutWord(file.index, 0xFFFFFFFF); // a record of 2^32 - 1 bytes
     EXPECT_NE(Load(file.Bytes())->index.words, nullptr);
     file.dataSize = 0xFFFFFFFF;
     EXPECT_EQ(Load(file.Bytes()), nullptr);

@@ -3,7 +3,8 @@
 #pragma once
 
 #include "cbf.h"
-#include "cbf_writer.h"
+#include "cbf/index_writer.h"
+#include "cbf/writer.h"
 #include "orn_min_render.h"
 
 #include <cstdlib>
@@ -70,9 +71,9 @@ struct FontFile {
         const uint32_t size = dataSize ? dataSize : uint32_t(glyphData.size());
         uint32_t offset = cbf::kHeaderBytes;
         for (const uint32_t word : {headerWord, uint32_t(lineHeight), size})
-            cbf::PutWord(&out, word);
+            cbf::PutWord(out, word);
         for (const auto *section : {&tables[0], &tables[1], &index, &glyphData}) {
-            cbf::PutWord(&out, offset);
+            cbf::PutWord(out, offset);
             offset += uint32_t(section->size());
         }
         for (const auto *section : {&tables[0], &tables[1], &index, &glyphData})
@@ -84,10 +85,10 @@ struct FontFile {
 // A table of code lengths in file order, the symbols given or counting from 0.
 inline cbf::Bytes Table(const std::vector<int> &lengths, std::vector<int> symbols = {}) {
     cbf::Bytes bytes;
-    cbf::PutWord(&bytes, uint32_t(lengths.size()));
+    cbf::PutWord(bytes, uint32_t(lengths.size()));
     for (size_t i = 0; i < lengths.size(); ++i) {
-        cbf::PutHalf(&bytes, uint32_t(symbols.empty() ? int(i) : symbols[i]));
-        cbf::PutHalf(&bytes, uint32_t(lengths[i]));
+        cbf::PutHalf(bytes, uint32_t(symbols.empty() ? int(i) : symbols[i]));
+        cbf::PutHalf(bytes, uint32_t(lengths[i]));
     }
     return bytes;
 }
@@ -101,15 +102,15 @@ struct IndexRecord {
 inline cbf::Bytes Index(uint32_t count, const cbf::Bytes &table,
                         const std::vector<IndexRecord> &records) {
     cbf::Bytes bytes;
-    cbf::PutWord(&bytes, count);
+    cbf::PutWord(bytes, count);
     bytes.insert(bytes.end(), table.begin(), table.end());
     for (const auto &record : records) {
         cbf::BitWriter writer;
         for (const char bit : record.bits)
             if (bit != ' ')
-                cbf::PutBits(&writer, bit == '1', 1);
-        cbf::PutWord(&bytes, record.first);
-        cbf::PutWord(&bytes, uint32_t(writer.bytes.size()));
+                cbf::PutBits(writer, bit == '1', 1);
+        cbf::PutWord(bytes, record.first);
+        cbf::PutWord(bytes, uint32_t(writer.bytes.size()));
         bytes.insert(bytes.end(), writer.bytes.begin(), writer.bytes.end());
     }
     return bytes;
@@ -123,7 +124,7 @@ inline FontFile SmallFont(const std::string &runs, int bitCount, int width = 3, 
     file.index = Index(1, Table({1}, {0}), {{0, "0"}});
     cbf::BitWriter writer;
     for (const char run : runs)
-        cbf::PutBits(&writer, uint32_t(run - '0'), 4);
+        cbf::PutBits(writer, uint32_t(run - '0'), 4);
     const cbf::Glyph glyph = {width, height, 1, 2, 4, {}};
     file.glyphData = cbf::RecordBytes(glyph, writer);
     file.glyphData[cbf::kGlyphBitCountAt] = uint8_t(bitCount);

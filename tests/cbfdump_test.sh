@@ -1,0 +1,22 @@
+#!/bin/sh
+# SPDX-License-Identifier: MIT
+# Looking at fonts as a user does: cbfdump_test.sh CBFCONV CBFDUMP
+. "$(dirname "$0")/support/font_tools.sh"
+
+corner=$(printf '%012d80C0E0F0%012d' 0 0)
+printf '%s:%s\n' 0041 "$corner" 0042 "$corner" 0043 "$corner" \
+    4E00 "$(printf '%028dFFFF00018000%024d' 0 0)" 1F600 "$(printf %0128d 1)" >tiny.hex
+run 0 '^$' "$cbfconv" -o both.cbf -s 16 -x U+42 "$ttf" -s 0 -r all tiny.hex
+run 0 '^$' "$cbfconv" -r all -o tiny.cbf tiny.hex
+same '#.../##../###./####/..../..../..../....' --text A tiny.cbf
+same '....####/....###./....##../....#...' --text A --direction down tiny.cbf
+same '...#..../..##..../.###..../####....' --text A --direction up tiny.cbf
+same '..../..../..../..../####/.###/..##/...#' --text A --direction inverted tiny.cbf
+outline=$("$cbfdump" --text A --outline tiny.cbf | head -n 5 | paste -sd/)
+[ "$outline" = '........../.+++++..../.++++++.../.++#++++../.++##++++.' ] || fail "outline: $outline"
+size=$("$cbfdump" both.cbf | awk '$4 == "%" { sum += $2 } END { print sum }')
+[ "$size" = "$(wc -c <both.cbf)" ] || fail "the sections add up to $size bytes"
+[ "$("$cbfdump" --sheet sheet.pgm both.cbf; head -c 2 sheet.pgm)" = P5 ] || fail "no sheet"
+head -c 300 both.cbf >cut.cbf
+run 1 'offset 24: glyph data: .* past the end of the file, 300' "$cbfdump" --check cut.cbf
+[ "$failures" = 0 ]

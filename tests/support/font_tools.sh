@@ -1,0 +1,32 @@
+#!/bin/sh
+# SPDX-License-Identifier: MIT
+# What the tests of cbfconv and cbfdump begin with, in a new folder: . support/font_tools.sh
+set -u
+cbfconv=$1 cbfdump=$2 ttf=/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf failures=0
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work" || exit 1
+
+fail() {
+    echo "FAILED: $*" >&2
+    failures=$((failures + 1))
+}
+
+# run STATUS PATTERN COMMAND...: the exit status, and a line of what it says ('^$': nothing).
+run() {
+    status=$1 pattern=$2
+    shift 2
+    "$@" >output 2>&1
+    [ $? = "$status" ] || fail "the exit status is not $status: $*: $(cat output)"
+    [ -s output ] || echo >output
+    grep -qe "$pattern" output || fail "no '$pattern' from: $*: $(cat output)"
+}
+
+# same EXPECTED CBFDUMP-ARGUMENTS...: what it prints, with slashes for the ends of lines.
+same() {
+    expected=$1
+    shift
+    actual=$("$cbfdump" "$@" 2>&1 | paste -sd/)
+    [ "$actual" = "$expected" ] || fail "cbfdump $*: $actual, not $expected"
+}
+

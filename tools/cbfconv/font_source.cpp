@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#include "cbfconv/font_source.h"
+
+#include "cbfconv/freetype_font.h"
+#include "cbfconv/hex_font.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+
+namespace cbfconv {
+
+// FreeType doesn't say why a file can't be opened.
+static void CheckReadable(const std::string &path) {
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    if (!file || file.peek() == std::ifstream::traits_type::eof())
+        throw FontError(errno ? std::strerror(errno) : "is empty");
+}
+
+std::unique_ptr<FontSource> OpenFont(const std::string &path, int pixelSize) {
+    CheckReadable(path);
+    if (IsHexFont(path))
+        return OpenHexFont(path, pixelSize);
+    return OpenFreeTypeFont(path, pixelSize);
+}
+
+} // namespace cbfconv

@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+// Fonts that FreeType reads.
+#pragma once
+
+#include "cbfconv/font_source.h"
+
+namespace cbfconv {
+
+std::unique_ptr<FontSource> OpenFreeTypeFont(const std::string &path, int pixelSize);
+
+} // namespace cbfconv

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+// Glyphs and their boxes, for the readers of all formats.
+#pragma once
+
+#include "cbf/font.h"
+
+namespace cbfconv {
+
+// Shrinks a glyph to the smallest box around its ink; without any, the box is empty.
+cbf::Glyph Crop(const cbf::Glyph &glyph);
+
+// A fallback glyph for fonts without one, about as large as a capital letter.
+cbf::Glyph HollowBox(int32_t ascent);
+
+} // namespace cbfconv

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+// cbfconv: makes a CBF font from outline fonts at one size, or from bitmap fonts.
+//
+// A font is published only after the library itself has loaded it from a temporary file and drawn
+// every glyph of it, in every direction, exactly as it was read.
+#include "cbfconv/report.h"
+#include "cbfconv/verify.h"
+#include "common/failure.h"
+#include "common/output_file.h"
+#include "common/program.h"
+#include "common/streams.h"
+
+#include <filesystem>
+
+namespace cbfconv {
+
+using tool::Failure;
+
+static void CheckOutput(const Options &options) {
+    std::error_code ignored;
+    for (const Input &input : options.inputs)
+        if (std::filesystem::equivalent(input.path, options.output, ignored))
+            throw Failure(tool::kBadUsage, options.output + ": is a font to convert");
+    tool::CheckTarget(options.output);
+}
+
+static MergedFont ReadWanted(const Options &options, tool::Progress &progress) {
+    MergedFont merged = ReadFonts(options, progress);
+    if (merged.font.glyphs.empty())
+        throw Failure(tool::kBadData, ListPaths(options.inputs) + ": " +
+                                          (options.inputs.size() > 1 ? "have" : "has") +
+                                          " none of the characters");
+    return merged;
+}
+
+static cbf::File MakeFile(const Options &options, const MergedFont &merged) {
+    cbf::File file = cbf::WriteFont(merged.font);
+    if (file.fault.problem != cbf::Problem::None)
+        throw Failure(tool::kBadData, DescribeFault(file.fault, options.inputs, merged));
+    return file;
+}
+
+static void Publish(const std::string &path, const cbf::Bytes &bytes, const cbf::Font &font,
+                    tool::Progress &progress) {
+    tool::OutputFile file(path);
+    file.Write(bytes.data(), bytes.size());
+    const std::string difference = FirstDifference(file.TemporaryPath(), font, progress);
+    if (!difference.empty())
+        throw Failure(tool::kBadData, path + ": " + difference);
+    file.Publish();
+}
+
+static void Convert(const Options &options) {
+    CheckOutput(options);
+    MergedFont merged;
+    cbf::File file;
+    {
+        tool::Progress progress("cbfconv"); // its line is cleared before anything else is told
+        merged = ReadWanted(options, progress);
+        file = MakeFile(options, merged);
+        Publish(options.output, file.bytes, merged.font, progress);
+    }
+    TellOmissions(options.inputs, merged);
+    if (options.verbose)
+        tool::WriteOutput(DescribeResult(options.output, file, merged.font));
+}
+
+static int Run(int argc, char **argv) {
+    if (const std::optional<Options> options = ParseOptions(argc, argv))
+        Convert(*options);
+    return 0;
+}
+
+} // namespace cbfconv
+
+int main(int argc, char **argv) {
+    return tool::RunProgram("cbfconv", argc, argv, cbfconv::Run);
+}

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#include "cbfconv/report.h"
+
+#include "cbf.h"
+#include "cbf/code_points.h"
+#include "common/shown.h"
+#include "common/streams.h"
+#include "common/text.h"
+
+#include <algorithm>
+
+namespace cbfconv {
+
+std::string ListPaths(const std::vector<Input> &inputs) {
+    std::string list;
+    for (const Input &input : inputs)
+        list += (list.empty() ? "" : ", ") + input.path;
+    return list;
+}
+
+// The input and the glyph that are to blame.
+std::string DescribeFault(const cbf::Fault &fault, const std::vector<Input> &inputs,
+                          const MergedFont &merged) {
+    const cbf::Glyph &glyph =
+        fault.inFallback ? merged.font.fallback : merged.font.glyphs.at(fault.codePoint);
+    const std::string name =
+        fault.inFallback ? "fallback glyph" : cbf::CodePointName(fault.codePoint);
+    const size_t origin = fault.inFallback ? 0 : merged.origins.at(fault.codePoint);
+    return inputs[origin].path + ": " + name + ": " + cbf::Reason(fault.problem) + " (" +
+           std::to_string(glyph.width) + " x " + std::to_string(glyph.height) + ", advance " +
+           std::to_string(glyph.advance) + ")";
+}
+
+static std::string ListMissing(const std::vector<uint32_t> &missing) {
+    constexpr size_t kListed = 6;
+    std::string list;
+    for (size_t i = 0; i < std::min(missing.size(), kListed); ++i)
+        list += (i ? ", " : "") + cbf::CodePointName(missing[i]);
+    return list + (missing.size() > kListed ? ", ..." : "");
+}
+
+static size_t CountWithoutOutline(const cbf::Font &font) {
+    return static_cast<size_t>(
+        std::count_if(font.glyphs.begin(), font.glyphs.end(), [](const auto &entry) {
+            return std::max(entry.second.width, entry.second.height) > cbf::kMaxOutlinedSide;
+        }));
+}
+
+void TellOmissions(const std::vector<Input> &inputs, const MergedFont &merged) {
+    const std::string paths = ListPaths(inputs);
+    const size_t present = merged.font.glyphs.size();
+    if (const size_t missing = merged.missing.size(); missing > 0)
+        tool::Say("cbfconv",
+                  paths + (inputs.size() > 1 ? ": have " : ": has ") + std::to_string(present) +
+                      " of the " + std::to_string(present + missing) + " characters, " +
+                      std::to_string(missing) + " missing: " + ListMissing(merged.missing));
+    for (size_t i = 0; i < inputs.size(); ++i)
+        if (std::none_of(merged.origins.begin(), merged.origins.end(),
+                         [&](const auto &entry) { return entry.second == i; }))
+            tool::Say("cbfconv", inputs[i].path + ": provides no character");
+    if (const size_t count = CountWithoutOutline(merged.font))
+        tool::Say("cbfconv", paths + ": " + std::to_string(count) +
+                                 " glyphs are too large to be drawn with an outline");
+}
+
+// Of the glyphs' boxes at one bit a pixel, in rows of whole bytes.
+static size_t RawBytes(const cbf::Font &font) {
+    size_t bytes = 0;
+    for (const auto &[codePoint, glyph] : font.glyphs)
+        bytes += static_cast<size_t>((glyph.width + 7) / 8 * glyph.height);
+    return bytes;
+}
+
+// Of the table that begins so many bytes behind a header word's offset. A table's entries are
+// sorted, so the last is the longest.
+static uint32_t LongestCode(const cbf::View &file, uint32_t headerWordAt, uint32_t bytesBehind) {
+    const uint64_t table = uint64_t{cbf::WordAt(file, headerWordAt)} + bytesBehind;
+    const uint64_t count = cbf::WordAt(file, table);
+    const uint64_t end = table + cbf::kTableHeadBytes + cbf::kTableEntryBytes * count;
+    return count ? cbf::HalfAt(file, end - 2) : 0;
+}
+
+std::string DescribeResult(const std::string &output, const cbf::File &file,
+                           const cbf::Font &font) {
+    const auto longest = [&](uint32_t headerWordAt, uint32_t bytesBehind) {
+        return LongestCode(file.bytes, headerWordAt, bytesBehind);
+    };
+    const size_t glyphs = font.glyphs.size();
+    const auto total = static_cast<double>(file.bytes.size());
+    const size_t raw = RawBytes(font);
+    std::string text =
+        tool::Format("%s: %zu glyphs, %zu bytes, %.1f bytes a glyph\n", tool::Shown(output).c_str(),
+                     glyphs, file.bytes.size(), total / static_cast<double>(glyphs));
+    text += tool::Format("  glyph data %zu (%zu records), index %zu, run tables %zu, header %zu\n",
+                         file.sizes.glyphData, file.records, file.sizes.index, file.sizes.runTables,
+                         file.sizes.header);
+    text += tool::Format("  longest codes: background %u bits, ink %u, delta %u\n",
+                         longest(cbf::kBackgroundTableAt, 0), longest(cbf::kInkTableAt, 0),
+                         longest(cbf::kIndexAt, cbf::kIndexHeadBytes));
+    if (raw > 0)
+        text += tool::Format(
+            "  the bitmaps alone, one bit a pixel, take %zu bytes: the file is %.2f times "
+            "that\n",
+            raw, total / static_cast<double>(raw));
+    return text;
+}
+
+} // namespace cbfconv

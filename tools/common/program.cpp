@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#include "common/program.h"
+
+#include "common/failure.h"
+#include "common/streams.h"
+
+#include <new>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace tool {
+
+// A file that is opened while a standard stream is closed would take its place, and be read or
+// written as that stream. A place held the wrong way round fails as a closed one does.
+static void HoldStandardStreams() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(descriptor, F_GETFD) < 0)
+            open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+}
+
+int RunProgram(const char *name, int argc, char **argv, int (*run)(int argc, char **argv)) {
+    HoldStandardStreams();
+    try {
+        return run(argc, argv);
+    } catch (const Failure &failure) {
+        Say(name, failure.what());
+        return failure.exitCode;
+    } catch (const std::bad_alloc &) {
+        Say(name, "not enough memory");
+    } catch (const std::exception &error) {
+        Say(name, error.what());
+    } catch (...) {
+        Say(name, "stopped for a reason that it can't name");
+    }
+    return kBadData;
+}
+
+} // namespace tool
