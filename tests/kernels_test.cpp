@@ -181,7 +181,8 @@ void CheckExpansion(kernels::Set set, int width, int size, const BitScaling &sca
     const int words = WordsPerRow(scaling.samples);
     auto *const source = reinterpret_cast<uint32_t *>(from.end) - kRows * scaling.rowWords;
     auto *const mask = reinterpret_cast<uint32_t *>(to.end) - kRows * words;
-    std::generate(source, source + kRows * scaling.rowWords, std::ref(random));
+    const auto bits = [&] { return random() % 8 ? uint32_t(random()) : ~0u; };
+    std::generate(source, source + kRows * scaling.rowWords, bits);
     const uint32_t *rows[kRows];
     for (int row = 0; row < kRows; ++row)
         rows[row] = source + row * scaling.rowWords;

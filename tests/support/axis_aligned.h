@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Axis-aligned lines pixel by pixel: what must be ink of a line alone, and of the four of a frame.
+// Axis-aligned lines and filled rectangles pixel by pixel: what must be ink.
 #pragma once
 
 #include "frame.h"
@@ -47,5 +47,15 @@ inline Predicate VLine(Int w, Int h, Int x, Int y0, Int y1, Int style, bool chro
             [=](Int cx, Int cy) {
                 return chromaLine && visible && cx == x / 2 && rows.HasHalved(cy) &&
                        Dash(cy, style, 4);
+            }};
+}
+
+// Chroma samples are painted that hold a painted pixel.
+inline Predicate FilledRect(Int w, Int h, const OrnMinRenderRect &rect) {
+    const Interval columns(rect.left, rect.right, w), rows(rect.top, rect.bottom, h);
+    const auto filled = [=](Int x, Int y) { return columns.Has(x) && rows.Has(y); };
+    return {filled, [=](Int cx, Int cy) {
+                return filled(2 * cx, 2 * cy) || filled(2 * cx + 1, 2 * cy) ||
+                       filled(2 * cx, 2 * cy + 1) || filled(2 * cx + 1, 2 * cy + 1);
             }};
 }
