@@ -103,33 +103,92 @@ void OrnMinRenderTextRenderCacheGlyph(const OrnMinRenderFont *font, OrnMinRender
 }
 
 // ---- The glyph cache ----
+//
+// Entries of code points with one low byte are a chain, in the order of their creation. Chains of a
+// large cache may be long: a text of 40,000 code points that lie 256 apart has but one. So from
+// kLargeCache entries on a table leads to them as well, by open addressing, at most half full. A
+// place is 1 + the position of an entry, or 0.
+
+constexpr uint32_t kLargeCache = 1024; // powers of two
+constexpr uint32_t kMaxPlaced = 1u << 28;
+
+static uint32_t FirstPlace(const OrnMinRenderFont *font, uint32_t codePoint) {
+    constexpr uint32_t kGolden = 2654435769; // 2^32 divided by the golden ratio: spreads neighbours
+    return codePoint * kGolden >> (32 - font->placeBits);
+}
+
+static uint32_t NextPlace(const OrnMinRenderFont *font, uint32_t place) {
+    return (place + 1) & ((1u << font->placeBits) - 1);
+}
+
+static void AddPlace(OrnMinRenderFont *font, uint32_t position) {
+    uint32_t place = FirstPlace(font, font->glyphs[position].codePoint);
+    while (font->places[place])
+        place = NextPlace(font, place);
+    font->places[place] = position + 1;
+}
+
+// Makes the table anew for a cache that has doubled. Without the memory for it the chains alone
+// serve, slowly, until the next time.
+static void RebuildPlaces(OrnMinRenderFont *font) {
+    free(font->places);
+    font->placeBits = 33 - static_cast<uint32_t>(__builtin_clz(font->glyphCount));
+    font->places = static_cast<uint32_t *>(calloc(size_t{1} << font->placeBits, sizeof(uint32_t)));
+    for (uint32_t i = 0; font->places && i < font->glyphCount; ++i)
+        AddPlace(font, i);
+}
+
+static uint32_t FindInPlaces(const OrnMinRenderFont *font, uint32_t codePoint) {
+    uint32_t place = FirstPlace(font, codePoint);
+    while (font->places[place] && font->glyphs[font->places[place] - 1].codePoint != codePoint)
+        place = NextPlace(font, place);
+    return font->places[place];
+}
+
+static uint32_t FindInChain(const OrnMinRenderFont *font, uint32_t codePoint) {
+    uint32_t link = font->buckets[codePoint % 256];
+    while (link && font->glyphs[link - 1].codePoint != codePoint)
+        link = font->glyphs[link - 1].next;
+    return link;
+}
 
 // Adds a decoded entry at the end of its chain.
-static OrnMinRenderGlyph *AddToCache(OrnMinRenderFont *font, const OrnMinRenderGlyph *glyph) {
-    const uint32_t count = font->glyphCount;
-    if (!MakeRoom(&font->glyphs, count))
+static OrnMinRenderGlyph *AddToCache(OrnMinRenderFont *font, const OrnMinRenderGlyph &glyph) {
+    const uint32_t position = font->glyphCount;
+    if (!MakeRoom(&font->glyphs, position))
         return nullptr;
-    uint32_t *link = &font->buckets[glyph->codePoint % 256];
-    while (*link)
-        link = &font->glyphs[*link - 1].next;
-    *link = ++font->glyphCount;
-    font->glyphs[count] = *glyph;
-    return &font->glyphs[count];
+    font->glyphs[position] = glyph;
+    ++font->glyphCount;
+    uint32_t *tail = &font->tails[glyph.codePoint % 256];
+    (*tail ? font->glyphs[*tail - 1].next : font->buckets[glyph.codePoint % 256]) = position + 1;
+    *tail = position + 1;
+    const uint32_t count = font->glyphCount;
+    if (count >= kLargeCache && count <= kMaxPlaced && (count & (count - 1)) == 0)
+        RebuildPlaces(font);
+    else if (font->places)
+        AddPlace(font, position);
+    return &font->glyphs[position];
 }
 
 // Decoded first and then added, so that nothing half-made ever enters the cache.
-OrnMinRenderGlyph *orn::DecodeIntoCache(OrnMinRenderFont *font, uint32_t codePoint) {
+static OrnMinRenderGlyph *DecodeIntoCache(OrnMinRenderFont *font, uint32_t codePoint) {
     OrnMinRenderGlyph glyph = {};
     glyph.codePoint = codePoint;
     glyph.record = RecordOf(font, codePoint);
     if (!glyph.record || !RenderGlyph(CodingOf(font), &glyph))
         return nullptr;
-    OrnMinRenderGlyph *entry = AddToCache(font, &glyph);
+    OrnMinRenderGlyph *entry = AddToCache(font, glyph);
     if (!entry) {
         free(glyph.bitmap);
         free(glyph.outline);
     }
     return entry;
+}
+
+OrnMinRenderGlyph *orn::FindOrDecode(OrnMinRenderFont *font, uint32_t codePoint) {
+    const uint32_t link =
+        font->places ? FindInPlaces(font, codePoint) : FindInChain(font, codePoint);
+    return link ? &font->glyphs[link - 1] : DecodeIntoCache(font, codePoint);
 }
 
 void orn::FlushGlyphCache(OrnMinRenderFont *font) {
@@ -138,7 +197,10 @@ void orn::FlushGlyphCache(OrnMinRenderFont *font) {
         free(font->glyphs[i].outline);
     }
     free(font->glyphs);
+    free(font->places);
     font->glyphs = nullptr;
+    font->places = nullptr;
     font->glyphCount = 0;
     memset(font->buckets, 0, sizeof font->buckets);
+    memset(font->tails, 0, sizeof font->tails);
 }

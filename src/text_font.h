@@ -16,7 +16,10 @@ struct OrnMinRenderFont {
     uint32_t buckets[256]; // chain heads by the code point's low byte: 1 + position, 0 when empty
     OrnMinRenderGlyph *glyphs;
     uint32_t glyphDataSize;
-    uint32_t recordEnd; // offsets below it leave room for a glyph's head
+    uint32_t recordEnd;  // offsets below it leave room for a glyph's head
+    uint32_t tails[256]; // the last entries of the chains: 1 + position
+    uint32_t *places;    // 2^placeBits: a second way to the entries of a large cache, or null
+    uint32_t placeBits;
 };
 
 namespace orn {
@@ -33,18 +36,18 @@ inline const uint8_t *FindRecord(const OrnMinRenderFont *font, uint32_t codePoin
     return RecordOf(font, ResolveCodePoint(font->index, codePoint));
 }
 
-// Makes the cache entry of a resolved code point that has none; null when the font has no such
-// glyph or memory is short.
-OrnMinRenderGlyph *DecodeIntoCache(OrnMinRenderFont *font, uint32_t codePoint);
+// Where the head of a code point's chain does not stand for it: finds its entry further on, or
+// makes one; null when the font has no such glyph or memory is short.
+OrnMinRenderGlyph *FindOrDecode(OrnMinRenderFont *font, uint32_t codePoint);
 
-// The cache entry of a code point, decoded on first use; null as for DecodeIntoCache. The entry may
+// The cache entry of a code point, decoded on first use; null as for FindOrDecode. The entry may
 // move when another one is added, its bitmaps don't.
 inline OrnMinRenderGlyph *GetGlyph(OrnMinRenderFont *font, uint32_t codePoint) {
     const uint32_t c = ResolveCodePoint(font->index, codePoint);
-    for (uint32_t link = font->buckets[c % 256]; link; link = font->glyphs[link - 1].next)
-        if (font->glyphs[link - 1].codePoint == c)
-            return &font->glyphs[link - 1];
-    return DecodeIntoCache(font, c);
+    const uint32_t head = font->buckets[c % 256];
+    if (head && font->glyphs[head - 1].codePoint == c)
+        return &font->glyphs[head - 1];
+    return FindOrDecode(font, c);
 }
 
 // Empties the cache.

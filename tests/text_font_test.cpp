@@ -120,4 +120,23 @@ TEST(HostileFonts, MissingSectionsStillLoad) {
     }
 }
 
+// As many as make a second way to them worth while, all in one chain.
+TEST(GlyphCache, FindsTheEntriesOfLongChains) {
+    FontFile file;
+    file.glyphData.assign(64, 0);
+    file.index = Index(0x7FFFFFFF, Table({1}, {0}), {});
+    const FontPtr font = Load(file.Bytes());
+    constexpr uint32_t kEntries = 40000;
+    for (int round = 0; round < 2; ++round)
+        for (uint32_t i = 0; i < kEntries; ++i)
+            ASSERT_EQ(GetGlyph(font.get(), 256 * i + 7)->codePoint, 256 * i + 7);
+    ASSERT_EQ(font->glyphCount, kEntries);
+    uint32_t link = font->buckets[7];
+    for (uint32_t i = 0; i < kEntries; link = font->glyphs[link - 1].next, ++i)
+        ASSERT_EQ(link, i + 1) << "chains are in the order of creation";
+    EXPECT_EQ(link, 0u);
+    OrnMinRenderSetFontDirection(font.get(), 1);
+    EXPECT_EQ(GetGlyph(font.get(), 263), font->glyphs);
+}
+
 } // namespace
