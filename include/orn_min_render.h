@@ -147,12 +147,13 @@ struct OrnMinRenderTextDirection {
     Value value;
 };
 #else
-typedef enum OrnMinRenderTextDirection {
+typedef int32_t OrnMinRenderTextDirection; /* the type of an enum of these would be unsigned */
+enum {
     OrnMinRenderTextDirectionNormal = 0,
     OrnMinRenderTextDirectionDown = 1,
     OrnMinRenderTextDirectionUp = 2,
     OrnMinRenderTextDirectionInverted = 3
-} OrnMinRenderTextDirection;
+};
 #endif
 
 /* Line styles, the int32 values of the style arguments. Any other value draws nothing. */
