@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Stands in for the peers that were not found when the benchmark was built: they have no call for
 // any job.
 #include "jobs.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Cairo, without anti-aliasing as the library draws: luma is an A8 surface, and a chroma plane an
 // RGB16_565 surface whose 16 bits are a U,V pair, at half the scale.
 #include "fonts.h"

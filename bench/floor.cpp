@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The floor: the bytes that the library changes, stored again without asking what they are. A
 // drawing of the library is recorded as runs of one colour; those that are stored in the same way,
 // by memset, a wide pattern or one or two short words, are stored one after the other. Blits are

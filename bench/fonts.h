@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fonts of the text jobs: DejaVu Sans at a pixel size, as a CBF file for the library and as
 // ready-made glyph pictures for those who stamp glyphs by hand.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // FreeType at the cold font: opens the outline font, renders every glyph of the text in one bit and
 // stamps it.
 #include "fonts.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a fixed set of calls under callgrind, which counts the instructions of each: a number that a
 // busy machine does not change. Called by scripts/instructions: instructions FONT.cbf
 #include "orn_min_render.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the benchmark draws, where it draws it, and what a contender is: a library, or a way of
 // writing the same by hand, that is timed at the same jobs on the same frame.
 #pragma once

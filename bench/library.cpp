@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library itself, through its public header and shared object as any user meets it.
 #include "fonts.h"
 #include "jobs.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // libyuv: rectangles by SetPlane, and two chroma pairs at a time by ARGBRect; blits by CopyPlane;
 // bitmaps by blending with a mask. It has no text: the overlay's glyphs are stamped by hand.
 #include "jobs.h"

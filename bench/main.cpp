@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // orn_bench: times the library, its peers, hand-written loops and the floor at the same jobs.
 //
 //   orn_bench [--quick] [--text FILE] [--json FILE] [--markdown FILE] [--svg FILE] [FILTER]

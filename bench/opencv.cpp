@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // OpenCV drawing on matrix headers over the planes, chroma at half the coordinates; and OpenCV as
 // it is mostly used on NV12 frames: converted to BGR, drawn into, converted back.
 #include "jobs.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // pixman: rectangles by pixman_fill, at 16 bits for chroma pairs; pictures by compositing.
 #include "jobs.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a user would write by hand: straightforward loops without clipping, compiled with -O2. They
 // paint what the library paints, curves up to the rounding of their own formula.
 #include "fonts.h"

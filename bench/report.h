@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What was measured, and how it is shown: as text, JSON, a Markdown table and a chart.
 #pragma once
 

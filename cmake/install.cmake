@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What `cmake --install` puts where: the library in both kinds, its header, its description for
 # CMake and pkg-config, and the manual pages. Nothing names the prefix, so the tree can be moved.
 install(TARGETS orn_min_render orn_min_render_static EXPORT orn_min_render

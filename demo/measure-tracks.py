@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Measure where the people walk in a clip from one fixed camera.
 
 Usage: measure-tracks.py CLIP > vtest-tracks.csv

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Draws detections into one NV12 frame that lies in a bytearray; ctypes alone, nothing to install:
 detections.py FONT.cbf WIDTH HEIGHT < in.nv12 > out.nv12 (even sizes)"""
 import sys

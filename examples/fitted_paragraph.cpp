@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes a text into a Y8 frame, broken into lines that fit, on a background of its own:
 // fitted_paragraph FONT.cbf WIDTH TEXT > out.pgm (a frame of 320 x 200)
 #include <cstdio>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Burns a labelled box into one NV12 frame:
  * labelled_box FONT.cbf WIDTH HEIGHT < in.nv12 > out.nv12 (even sizes) */
 #include <orn_min_render.h>

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Shows one NV12 frame in a corner of another, on a white mat with a rounded frame (even sizes):
  * picture_in_picture WIDTH HEIGHT frame.nv12 WIDTH HEIGHT inset.nv12 > out.nv12 */
 #include <orn_min_render.h>

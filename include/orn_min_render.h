@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * liborn_min_render: burns overlays straight into video frames held in memory.
  *
@@ -60,14 +61,17 @@ extern "C" {
  * uvPlane + cy * stride: one stride, in bytes, serves both. The chroma plane has (height + 1) / 2
  * rows of (width + 1) / 2 byte pairs. With a chroma plane the stride is even, and at least width
  * rounded up to even.
+ *
+ * caller0 and caller1 are for programs that pass such records around by themselves: the handle of
+ * the buffer that the planes lie in, say, or the time of the frame. The library leaves them alone.
  */
 typedef struct OrnMinRenderImage {
-    uint64_t caller0; /* the caller's own; never read */
+    uint64_t caller0; /* for the caller's own use; never read or written */
     int32_t width;    /* luma pixels */
     int32_t height;   /* luma rows */
     int64_t stride;   /* bytes from one row to the next */
     uint8_t *yPlane;  /* luma, may be null */
-    uint64_t caller1; /* the caller's own; never read */
+    uint64_t caller1; /* the same */
     uint8_t *uvPlane; /* interleaved chroma, may be null */
 } OrnMinRenderImage;
 
@@ -123,13 +127,34 @@ typedef struct OrnMinRenderGlyph {
 typedef struct OrnMinRenderContext OrnMinRenderContext; /* scratch memory of one drawing thread */
 typedef struct OrnMinRenderFont OrnMinRenderFont;       /* a loaded CBF font with its glyph cache */
 
-/* Writing directions, the int32 values of OrnMinRenderSetFontDirection. */
-enum {
-    OrnMinRenderTextDirectionNormal = 0,  /* left to right */
-    OrnMinRenderTextDirectionDown = 1,    /* top to bottom, glyphs turned 90 degrees clockwise */
-    OrnMinRenderTextDirectionUp = 2,      /* bottom to top, glyphs turned counter-clockwise */
-    OrnMinRenderTextDirectionInverted = 3 /* right to left, glyphs upside down */
+/*
+ * Writing directions, the int32 values of OrnMinRenderSetFontDirection: 0 left to right, 1 top to
+ * bottom with glyphs turned 90 degrees clockwise, 2 bottom to top with glyphs turned
+ * counter-clockwise, 3 right to left with glyphs upside down. C has
+ * OrnMinRenderTextDirectionDown and so on, C++ OrnMinRenderTextDirection::Down and so on; a
+ * variable of the type OrnMinRenderTextDirection holds either, and converts to int32_t.
+ */
+#ifdef __cplusplus
+struct OrnMinRenderTextDirection {
+    enum Value : int32_t { Normal = 0, Down = 1, Up = 2, Inverted = 3 };
+
+    constexpr OrnMinRenderTextDirection(Value direction = Normal) : value(direction) {
+    }
+    constexpr operator Value() const {
+        return value;
+    }
+
+    Value value;
 };
+#else
+typedef int32_t OrnMinRenderTextDirection; /* the type of an enum of these would be unsigned */
+enum {
+    OrnMinRenderTextDirectionNormal = 0,
+    OrnMinRenderTextDirectionDown = 1,
+    OrnMinRenderTextDirectionUp = 2,
+    OrnMinRenderTextDirectionInverted = 3
+};
+#endif
 
 /* Line styles, the int32 values of the style arguments. Any other value draws nothing. */
 enum {
@@ -161,7 +186,8 @@ ORN_MIN_RENDER_API int32_t OrnMinRenderTextInit(OrnMinRenderContext *context);
 /*
  * Converts three bytes R, G, B to three bytes Y, U, V: the full-range BT.601 equations of the JPEG
  * File Interchange Format (ITU-T T.871) in 16.16 fixed point, rounded down. White becomes
- * (254, 128, 128). May work in place. &colour.y of an OrnMinRenderColour is a valid destination.
+ * (254, 128, 128). May work in place. An OrnMinRenderColour is three such bytes: pass &colour.y, or
+ * in C++ the record's own address.
  */
 ORN_MIN_RENDER_API void OrnMinRenderRGB2YUV(uint8_t *yuv, const uint8_t *rgb);
 
@@ -505,15 +531,23 @@ ORN_MIN_RENDER_API void OrnMinRenderTextBitmap(const OrnMinRenderGlyphBox *box,
 #ifdef __cplusplus
 } /* extern "C" */
 
-/* The directions as C++ writes them: OrnMinRenderTextDirection::Down. They convert to int32_t. */
-namespace OrnMinRenderTextDirection {
-enum Value : int32_t {
-    Normal = ::OrnMinRenderTextDirectionNormal,
-    Down = ::OrnMinRenderTextDirectionDown,
-    Up = ::OrnMinRenderTextDirectionUp,
-    Inverted = ::OrnMinRenderTextDirectionInverted
-};
-} /* namespace OrnMinRenderTextDirection */
+extern "C++" {
+
+/* The colour conversions, to and from a colour record. Templates, so that a literal null pointer
+ * still names the calls above. */
+template <class Colour>
+inline auto OrnMinRenderRGB2YUV(Colour *colour, const uint8_t *rgb)
+    -> decltype(static_cast<void>(static_cast<OrnMinRenderColour *>(colour))) {
+    OrnMinRenderRGB2YUV(reinterpret_cast<uint8_t *>(colour), rgb);
+}
+
+template <class Colour>
+inline auto OrnMinRenderYUV2RGB(uint8_t *rgb, const Colour *colour)
+    -> decltype(static_cast<void>(static_cast<const OrnMinRenderColour *>(colour))) {
+    OrnMinRenderYUV2RGB(rgb, reinterpret_cast<const uint8_t *>(colour));
+}
+
+} /* extern "C++" */
 #endif
 
 #endif /* ORN_MIN_RENDER_H */

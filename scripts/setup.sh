@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sourced by the scripts: installs Debian packages that are missing, through sudo where not root.
 
 # The repository's root, whatever the caller's folder.
@@ -12,6 +13,11 @@ as_root() {
         echo "$0: needs root or sudo to install packages: $*" >&2
         return 1
     fi
+}
+
+# Shows the comment at the head of the script, below the licence, as its help.
+show_help() {
+    sed -n '3,/^set/{s/^# \{0,1\}//p}' "$0"
 }
 
 # Runs a command quietly; shows what it printed only when it fails.

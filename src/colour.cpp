@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // RGB to YUV and back: the full-range BT.601 equations of ITU-T T.871 in 16.16 fixed point. The
 // coefficients are those of the equations times 65536, cut toward zero but for 46802, which is
 // rounded; results are the same bytes on every machine.

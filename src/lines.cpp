@@ -1,8 +1,11 @@
+// SPDX-License-Identifier: MIT
 // Axis-aligned and sloped lines. Horizontal ones are runs of bytes; all others write pixel by
 // pixel, after clipping.
 #include "lines.h"
 
 #include "pixop.h"
+
+using namespace orn;
 
 // Half-open.
 struct Range {
@@ -41,21 +44,21 @@ static bool HasRow(const OrnMinRenderImage *image, int64_t y) {
 // ---- Horizontal lines ----
 
 // A solid line is at most two spans, all alike.
-static void DrawSolidHLineLuma(const OrnMinRenderImage *image, Range columns, int32_t y,
-                               uint8_t luma) {
+static inline void DrawSolidHLineLuma(const OrnMinRenderImage *image, Range columns, int32_t y,
+                                      uint8_t luma, kernels::Set set) {
     const int64_t first = Max(y, 0);
     const int64_t end = Min(int64_t{y} + 2, image->height);
     if (image->yPlane && first < end)
-        FillRows(LumaRow(image, first) + columns.first, image->stride, end - first,
-                 columns.end - columns.first, LumaPattern(luma));
+        FillBlock(LumaPlane(image), columns.first, first, columns.end - columns.first, end - first,
+                  LumaPattern(luma), set);
 }
 
-static void DrawSolidHLineChroma(const OrnMinRenderImage *image, Range columns, int32_t y,
-                                 OrnMinRenderColour colour) {
+static inline void DrawSolidHLineChroma(const OrnMinRenderImage *image, Range columns, int32_t y,
+                                        OrnMinRenderColour colour, kernels::Set set) {
     const Range samples = HalveRange(columns);
     if (image->uvPlane && HasRow(image, y))
-        FillRows(ChromaRow(image, y / 2) + 2 * ptrdiff_t{samples.first}, image->stride, 1,
-                 2 * int64_t{samples.end - samples.first}, ChromaPattern(colour));
+        FillBlock(ChromaPlane(image), samples.first, y / 2, samples.end - samples.first, 1,
+                  ChromaPattern(colour), set);
 }
 
 // Paints the dashes of a row over a range of its bytes. Those of chroma, every other four samples
@@ -73,18 +76,18 @@ static void DrawDashes(uint8_t *row, int64_t first, int64_t end, Pattern pattern
         FillRun(row + dash, static_cast<ptrdiff_t>(end - dash), pattern);
 }
 
-static void DrawDashedRowLuma(const OrnMinRenderImage *image, Range columns, int64_t y,
-                              uint8_t luma) {
+static inline void DrawDashedRowLuma(const OrnMinRenderImage *image, Range columns, int64_t y,
+                                     uint8_t luma) {
     if (image->yPlane && HasRow(image, y))
-        DrawDashes(LumaRow(image, y), columns.first, columns.end, LumaPattern(luma));
+        DrawDashes(LumaAt(image, 0, y), columns.first, columns.end, LumaPattern(luma));
 }
 
-static void DrawDashedRowChroma(const OrnMinRenderImage *image, Range columns, int32_t y,
-                                OrnMinRenderColour colour) {
+static inline void DrawDashedRowChroma(const OrnMinRenderImage *image, Range columns, int32_t y,
+                                       OrnMinRenderColour colour) {
     const Range samples = HalveRange(columns);
     if (image->uvPlane && HasRow(image, y))
-        DrawDashes(ChromaRow(image, y / 2), 2 * int64_t{samples.first}, 2 * int64_t{samples.end},
-                   ChromaPattern(colour));
+        DrawDashes(ChromaAt(image, 0, y / 2), kChromaBytes * samples.first,
+                   kChromaBytes * samples.end, ChromaPattern(colour));
 }
 
 void OrnMinRenderDrawHLineY8(OrnMinRenderContext *, const OrnMinRenderImage *image, int32_t x0,
@@ -93,7 +96,7 @@ void OrnMinRenderDrawHLineY8(OrnMinRenderContext *, const OrnMinRenderImage *ima
         return;
     const Range columns = ClampRange(x0, x1, image->width);
     if (style == OrnMinRenderLineSolid)
-        DrawSolidHLineLuma(image, columns, y, luma);
+        DrawSolidHLineLuma(image, columns, y, luma, kernels::Best());
     else if (style == OrnMinRenderLineDashed)
         DrawDashedRowLuma(image, columns, y, luma); // one row, unlike every other line
 }
@@ -110,8 +113,9 @@ void OrnMinRenderDrawHLineYUV420SP(OrnMinRenderContext *, const OrnMinRenderImag
         return;
     const Range columns = ClampRange(x0, x1, image->width);
     if (style == OrnMinRenderLineSolid) {
-        DrawSolidHLineLuma(image, columns, y, colour.y);
-        DrawSolidHLineChroma(image, columns, y, colour);
+        const kernels::Set set = kernels::Best();
+        DrawSolidHLineLuma(image, columns, y, colour.y, set);
+        DrawSolidHLineChroma(image, columns, y, colour, set);
     } else if (style == OrnMinRenderLineDashed) {
         DrawDashedRowLuma(image, columns, y, colour.y);
         DrawDashedRowLuma(image, columns, int64_t{y} + 1, colour.y);
@@ -129,10 +133,10 @@ static bool IsLineStyle(int32_t style) {
     return style == OrnMinRenderLineSolid || style == OrnMinRenderLineDashed;
 }
 
-static void DrawColumnPair(const OrnMinRenderImage *image, int32_t x, int64_t first, int64_t end,
-                           uint8_t luma) {
+static inline void DrawColumnPair(const OrnMinRenderImage *image, int32_t x, int64_t first,
+                                  int64_t end, uint8_t luma) {
     const auto stride = static_cast<ptrdiff_t>(image->stride);
-    uint8_t *const pixels = LumaRow(image, first) + x;
+    uint8_t *const pixels = LumaAt(image, x, first);
     for (ptrdiff_t row = 0; row < end - first; ++row)
         StoreLumaPair(pixels + row * stride, luma);
 }
@@ -159,11 +163,11 @@ void OrnMinRenderDrawVLineYUV420SP(OrnMinRenderContext *context, const OrnMinRen
     OrnMinRenderDrawVLineY8(context, image, x, rows.first, rows.end, colour.y, style);
     if (!image->uvPlane)
         return;
+    const Plane chroma = ChromaPlane(image);
     const Range chromaRows = HalveRange(rows);
-    const ptrdiff_t offset = 2 * ptrdiff_t{x / 2};
     for (int32_t cy = chromaRows.first; cy < chromaRows.end; ++cy)
         if (style == OrnMinRenderLineSolid || ChromaDash(cy))
-            StoreChroma(ChromaRow(image, cy) + offset, colour);
+            StoreChroma(SampleAt(chroma, x / 2, cy), colour);
 }
 
 // ---- Clipping of sloped lines ----
@@ -200,7 +204,7 @@ static OrnMinRenderPoint MoveToEdge(OrnMinRenderPoint p0, OrnMinRenderPoint p1, 
     return {edge, Intersect(p0.x, p0.y, p1.x, p1.y, edge)};
 }
 
-bool ClipLine(OrnMinRenderPoint *p0, OrnMinRenderPoint *p1, int32_t xmax, int32_t ymax) {
+bool orn::ClipLine(OrnMinRenderPoint *p0, OrnMinRenderPoint *p1, int32_t xmax, int32_t ymax) {
     if (xmax < 0 || ymax < 0)
         return false;
     uint32_t code0 = ComputeOutcode(*p0, xmax, ymax);
@@ -259,24 +263,42 @@ static bool PrepareLine(const OrnMinRenderImage *image, OrnMinRenderPoint p0, Or
     return true;
 }
 
+// How far apart the samples of neighbouring steps lie.
+struct Pitches {
+    ptrdiff_t major;
+    ptrdiff_t minor;
+};
+
+static Pitches PitchesOf(const Plane &plane, bool steep) {
+    const auto stride = static_cast<ptrdiff_t>(plane.stride);
+    return steep ? Pitches{stride, plane.sampleBytes} : Pitches{plane.sampleBytes, stride};
+}
+
+static uint8_t *StartOf(const Plane &plane, bool steep, int32_t major, int32_t minor) {
+    return steep ? SampleAt(plane, minor, major) : SampleAt(plane, major, minor);
+}
+
+// Bresenham's recurrence, in both planes: after i steps, m of them along the minor axis, too,
+//     error = majorLength / 2 - i * minorLength + m * majorLength
+// which the step along the minor axis keeps within 0..majorLength - 1. The place stays an offset:
+// past the last step it may lie outside the plane.
+
 static void DrawLineLuma(const OrnMinRenderImage *image, const SlopedLine line, uint8_t luma,
                          bool dashed) {
-    const auto stride = static_cast<ptrdiff_t>(image->stride);
-    const ptrdiff_t majorPitch = line.steep ? stride : 1;
-    const ptrdiff_t minorPitch = line.steep ? 1 : stride;
-    uint8_t *const start = line.steep ? LumaRow(image, line.major0) + line.minor0
-                                      : LumaRow(image, line.minor0) + line.major0;
-    ptrdiff_t offset = 0; // stays an offset: past the last step it may leave the plane
+    const Plane plane = LumaPlane(image);
+    const Pitches pitch = PitchesOf(plane, line.steep);
+    uint8_t *const start = StartOf(plane, line.steep, line.major0, line.minor0);
+    ptrdiff_t offset = 0;
     int32_t error = line.majorLength / 2;
     for (int32_t major = line.major0; major <= line.major1; ++major) {
         if (!dashed || LumaDash(major)) {
             start[offset] = luma;
-            start[offset + minorPitch] = luma;
+            start[offset + pitch.minor] = luma;
         }
-        offset += majorPitch;
+        offset += pitch.major;
         error -= line.minorLength;
         if (error < 0) {
-            offset += line.minorStep * minorPitch;
+            offset += line.minorStep * pitch.minor;
             error += line.majorLength;
         }
     }
@@ -286,19 +308,22 @@ static void DrawLineLuma(const OrnMinRenderImage *image, const SlopedLine line, 
 // minor coordinate can leave the plane by one sample.
 static void DrawLineChroma(const OrnMinRenderImage *image, const SlopedLine line,
                            OrnMinRenderColour colour, bool dashed) {
+    const Plane plane = ChromaPlane(image);
+    const Pitches pitch = PitchesOf(plane, line.steep);
     const int32_t minorSize = ChromaSize(line.steep ? image->width : image->height);
     const int32_t last = line.major1 / 2;
     int32_t minor = line.minor0 / 2;
+    uint8_t *const start = StartOf(plane, line.steep, line.major0 / 2, minor);
+    ptrdiff_t offset = 0;
     int32_t error = line.majorLength / 2;
     for (int32_t major = line.major0 / 2; major <= last; ++major) {
-        if (minor >= 0 && minor < minorSize && (!dashed || ChromaDash(major))) {
-            const int32_t column = line.steep ? minor : major;
-            StoreChroma(ChromaRow(image, line.steep ? major : minor) + 2 * ptrdiff_t{column},
-                        colour);
-        }
+        if (minor >= 0 && minor < minorSize && (!dashed || ChromaDash(major)))
+            StoreChroma(start + offset, colour);
+        offset += pitch.major;
         error -= line.minorLength;
         if (error < 0) {
             minor += line.minorStep;
+            offset += line.minorStep * pitch.minor;
             error += line.majorLength;
         }
     }

@@ -1,7 +1,10 @@
+// SPDX-License-Identifier: MIT
 // Creation and destruction of render contexts, and the layout that callers rely on.
 #include "min_render.h"
 
 #include <stdlib.h>
+
+using namespace orn;
 
 static_assert(sizeof(OrnMinRenderContext) <= kContextBytes, "the record fits its allocation");
 static_assert(sizeof(OrnMinRenderPoint) == 8, "points are two int32");

@@ -5,9 +5,11 @@
 #include "cbf/check.h"
 #include "cbf/glyph_reader.h"
 #include "font_files.h"
-#include "text.h"
+#include "text_font.h"
 
 #include <gtest/gtest.h>
+
+using namespace orn;
 
 namespace {
 
@@ -54,7 +56,7 @@ void Compare(const Bytes &bytes, Verdicts *verdicts) {
         return;
     for (int colour = 0; colour < 2; ++colour)
         EXPECT_EQ(read.runTables[colour].usable, font->huffLuts[colour] != nullptr);
-    EXPECT_EQ(read.index.deltas.usable, font->index != nullptr);
+    EXPECT_EQ(read.index.deltas.usable, font->index.words != nullptr);
     if (sound)
         ExpectSameGlyphs(bytes, read, font.get());
 }

@@ -36,6 +36,11 @@ TEST(Colours, ReproduceTheTableAlsoInPlace) {
         EXPECT_EQ(memcmp(triple, t + 3, 3), 0) << int(t[0]);
         OrnMinRenderYUV2RGB(triple, triple);
         EXPECT_EQ(memcmp(triple, t + 6, 3), 0) << int(t[0]);
+        OrnMinRenderColour colour; // by its own address
+        OrnMinRenderRGB2YUV(&colour, t);
+        EXPECT_EQ(memcmp(&colour.y, t + 3, 3), 0) << int(t[0]);
+        OrnMinRenderYUV2RGB(triple, &colour);
+        EXPECT_EQ(memcmp(triple, t + 6, 3), 0) << int(t[0]);
     }
     const uint8_t clamped[][6] = {{0, 128, 0, 0, 92, 0}, {255, 128, 255, 255, 165, 255}};
     for (const auto &t : clamped) {

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Each example draws, byte for byte, what orn-overlay draws from a script of the same:
 examples_test.py TOOLS EXAMPLES LIBRARY SOURCE (folders of programs and of the library)"""
 import os

@@ -4,7 +4,9 @@
 // library's calls through the __wrap functions below.
 #include "font_files.h"
 #include "frame.h"
-#include "text.h"
+#include "text_font.h"
+
+using namespace orn;
 
 namespace {
 
@@ -134,8 +136,9 @@ TEST(ShortMemory, FontsLoadWithoutWhatCouldNotBeHeld) {
     FailEachStep(
         &fault.memory, [&] { return OrnMinRenderLoadCbfFont(file.path.c_str()); },
         [&](OrnMinRenderFont *font, bool reached) {
-            const bool whole = font && font->huffLuts[0] && font->huffLuts[1] && font->index &&
-                               font->farCount == 6; // U+110004 to U+110009
+            const bool whole = font && font->huffLuts[0] && font->huffLuts[1] &&
+                               font->index.words &&
+                               font->index.farCount == 6; // U+110004 to U+110009
             EXPECT_EQ(whole, !reached);
             missing += font && !whole;
             OrnMinRenderDestroyFont(font);

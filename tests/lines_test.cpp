@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Lines against naive per-pixel references, over all small worlds: frames of a few pixels,
 // coordinates a few pixels beyond them; and the clip by a table of what must remain of a segment.
-#include "line_reference.h"
+#include "axis_aligned.h"
 #include "lines.h"
 
 #include <climits>
 #include <cstdlib>
+
+using namespace orn;
 
 namespace {
 

@@ -93,6 +93,9 @@ TEST_F(MissingArguments, ColoursDoNothing) {
     uint8_t bytes[] = {1, 2, 3};
     for (const Convert convert : {Convert{OrnMinRenderRGB2YUV}, Convert{OrnMinRenderYUV2RGB}})
         WithoutEach(convert, bytes, bytes);
+    OrnMinRenderColour *colour = nullptr;
+    OrnMinRenderRGB2YUV(colour, bytes);
+    OrnMinRenderYUV2RGB(bytes, colour);
     EXPECT_EQ(std::vector<int>(bytes, bytes + 3), (std::vector<int>{1, 2, 3}));
 }
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Runs every block of code in README.md and docs/*.md, in a sandbox with an installed tree:
 pages_test.py BUILD SOURCE. Takes ffmpeg and GStreamer's headers."""
 import os

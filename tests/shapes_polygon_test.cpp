@@ -2,11 +2,13 @@
 // Polygons against a naive reference, which counts for each pixel how many crossings lie at or left
 // of it; and the order and number of the crossings.
 #include "frame.h"
-#include "shapes.h"
+#include "shapes_polygon.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
+
+using namespace orn;
 
 namespace {
 

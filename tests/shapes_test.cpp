@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Frames and filled rectangles against naive per-pixel references, over all small worlds.
-#include "line_reference.h"
+#include "axis_aligned.h"
 
 #include <climits>
 
@@ -33,16 +33,10 @@ TEST(FramesAndFills, MatchTheReferenceInAllSmallWorlds) {
               [&](Image i) { OrnMinRenderDrawFrameYUV420SP(context, i, &rect, kInk, style); });
         Check(w, h, planes, FrameLines(w, h, rect, style, false),
               [&](Image i) { OrnMinRenderDrawFrameY8(context, i, &rect, kInk.y, style); });
-        const auto filled = [&](Int x, Int y) {
-            return Interval(v[2], v[4], w).Has(x) && Interval(v[3], v[5], h).Has(y);
-        };
-        const auto touched = [&](Int cx, Int cy) {
-            return filled(2 * cx, 2 * cy) || filled(2 * cx + 1, 2 * cy) ||
-                   filled(2 * cx, 2 * cy + 1) || filled(2 * cx + 1, 2 * cy + 1);
-        };
-        Check(w, h, planes, {filled, touched},
+        const Predicate filled = FilledRect(w, h, rect);
+        Check(w, h, planes, filled,
               [&](Image i) { OrnMinRenderFillRectYUV420SP(context, i, &rect, kInk); });
-        Check(w, h, planes, {filled, NoInk},
+        Check(w, h, planes, {filled.luma, NoInk},
               [&](Image i) { OrnMinRenderFillRectY8(context, i, &rect, kInk.y); });
     });
 }

@@ -1,94 +1,20 @@
 // SPDX-License-Identifier: MIT
-// Loading fonts that no converter would write, their code-point index, and the glyph cache: missing
-// sections, odd and hostile indexes, records that lie outside the glyph data.
+// Fonts that lack a section, glyph records inside and outside the glyph data, and the glyph cache.
+#include "fence.h"
 #include "font_exercise.h"
 #include "font_files.h"
-#include "text.h"
+#include "text_font.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
+
+using namespace orn;
 
 namespace {
 
 using cbf::Bytes;
 
-// Deltas 0: "00", 5: "01", 7: "10", end mark: "110", -16: "111".
-const Bytes kDeltas = Table({2, 2, 2, 3, 3}, {0, 5, 7, 0xFFFF, 0xFFF0});
-
-FontPtr FontWithIndex(const Bytes &index, uint32_t dataBytes = 64) {
-    FontFile file;
-    file.index = index;
-    file.glyphData.assign(dataBytes, 0);
-    return Load(file.Bytes());
-}
-
-TEST(FontIndex, DecodesItsRecords) {
-    const struct {
-        uint32_t count;
-        std::vector<IndexRecord> records;
-        std::vector<uint32_t> words;
-    } cases[] = {
-        // clang-format off
-        {4, {{0, "01 00 10 110"}}, {5, 0, 12, 0}},
-        {4, {{0, "01 110"}, {2, "10 111"}}, {5, 0, 12, 0xFFFFFFFC}}, // 12 - 16, modulo 2^32
-        {4, {{0, "01 110"}, {0, "10 01 10 01"}}, {7, 12, 19, 24}},   // the later one counts
-        {4, {{2, "01 110"}, {0, "01 110"}}, {5, 0, 10, 0}},
-        {4, {{0, "01 110"}, {9, ""}, {1, "01"}}, {5, 0, 0, 0}},      // length 0 ends the section,
-        {4, {{0, "01 110"}, {4, "01"}, {1, "01"}}, {5, 0, 0, 0}},    // as does a slot past the end
-        {4, {{0, "01 01 01 01"}, {0, "10"}}, {5, 10, 15, 20}},       // or filling the last slot
-        {9, {{0, "01 01 01 01"}, {4, "10 110"}}, {5, 10, 15, 20, 27}}, // no end mark: all its bits
-        {0, {{0, "01"}}, {}},
-        // clang-format on
-    };
-    for (const auto &c : cases) {
-        const FontPtr font = FontWithIndex(Index(c.count, kDeltas, c.records));
-        ASSERT_NE(font, nullptr);
-        ASSERT_NE(font->index, nullptr);
-        EXPECT_EQ(font->index[0], c.count);
-        for (size_t i = 0; i < c.words.size(); ++i)
-            EXPECT_EQ(font->index[1 + i], c.words[i]) << "slot " << i << " of " << c.count;
-    }
-}
-
-// A code that reaches past the record's bytes fills no slot; the next record is read. A walk that
-// takes no bits would go on for ever and ends the section.
-TEST(FontIndex, EndsWithTheBytesOfItsRecords) {
-    const Bytes longCodes = Table({1, 3, 12}, {5, 0xFFFF, 9});
-    FontPtr font = FontWithIndex(Index(6, longCodes, {{0, "0010 1001"}, {4, "0"}}));
-    EXPECT_EQ(font->index[1 + 2], 0u) << "12 bits of a code, of which the record has few";
-    EXPECT_EQ(font->index[1 + 4], 15u);
-    font = FontWithIndex(Index(1u << 20, Table({1}, {0}), {{0, "1111"}, {5, "0"}}));
-    EXPECT_EQ(font->index[1 + 5], 0u);
-    font = FontWithIndex(Index(1u << 20, Table({}), {{0, "1111"}}));
-    ASSERT_NE(font->index, nullptr);
-}
-
-// Font files of a few bytes that claim 2^32 - 1 of everything.
-TEST(FontIndex, HostileCountsCostNeitherMemoryNorTime) {
-    rusage before, after;
-    getrusage(RUSAGE_SELF, &before);
-    for (uint32_t count : {0x7FFFFFFFu, 0xFFFFFFFFu}) {
-        const FontPtr font = FontWithIndex(
-            Index(count, kDeltas, {{0, "01 110"}, {count - 1, "10"}, {count - 9, "01"}}));
-        ASSERT_NE(font, nullptr);
-        ASSERT_NE(font->index, nullptr);
-        EXPECT_NE(GetGlyph(font.get(), 5), nullptr);
-        EXPECT_EQ(GetGlyph(font.get(), count - 1)->record, font->glyphData + 12);
-        EXPECT_EQ(GetGlyph(font.get(), count - 2)->record, font->glyphData);
-    }
-    FontFile file;
-    file.glyphData.assign(64, 0);
-    file.index = Index(4, kDeltas, {});
-    cbf::PutWord(file.index, 0);
-    cbf::PutWord(file.index, 0xFFFFFFFF); // a record of 2^32 - 1 bytes
-    EXPECT_NE(Load(file.Bytes())->index, nullptr);
-    file.dataSize = 0xFFFFFFFF;
-    EXPECT_EQ(Load(file.Bytes()), nullptr);
-    getrusage(RUSAGE_SELF, &after);
-    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 64 * 1024) << "kilobytes";
-}
-
-TEST(FontIndex, RecordsOutsideTheDataAreSkippedByAll) {
+TEST(GlyphRecords, OutsideTheDataAreSkippedByAll) {
     const auto source = SmallFont("13", 8);
     for (uint32_t offset = 0; offset < 6; ++offset) {
         FontFile file = source;
@@ -102,6 +28,58 @@ TEST(FontIndex, RecordsOutsideTheDataAreSkippedByAll) {
         OrnMinRenderGetTextRect(nullptr, font.get(), "\n\t", &pen, 0, &rect);
         EXPECT_EQ(pen.x != 0 || rect.top != 0, inside) << offset;
         EXPECT_EQ(pen.y, 16);
+    }
+}
+
+// What a caller's entry becomes; the record may stand anywhere.
+std::vector<uint32_t> RenderRecord(const OrnMinRenderFont *font, const uint8_t *record) {
+    OrnMinRenderGlyph glyph = {};
+    glyph.record = record;
+    glyph.bitmapWords = glyph.outlineWords = 9;
+    OrnMinRenderTextRenderCacheGlyph(font, &glyph);
+    const std::vector<uint32_t> words(glyph.bitmap, glyph.bitmap + glyph.bitmapWords);
+    EXPECT_EQ(glyph.outlineWords, words.empty() ? 0 : words.size() + 5);
+    free(glyph.bitmap);
+    free(glyph.outline);
+    return words;
+}
+
+// Decoded by its own length, in a font that holds less, and with no byte to read behind it.
+TEST(GlyphRecords, OfTheCallersOwnAreTrusted) {
+    static uint8_t below[16]; // in the program's own memory; the fence lies above the glyph data
+    const Fenced memory(16);
+    FontFile longCode = SmallFont("00", 8);
+    longCode.tables[0] = Table({12}, {2}); // half of it past the coded byte
+    const struct {
+        FontFile file;
+        std::vector<uint32_t> words;
+    } cases[] = {{SmallFont("13", 8), {6, 1}},
+                 {SmallFont("1311", 13), {6, 5}},
+                 {SmallFont("", 0), {0, 0}},
+                 {SmallFont("", -5), {0, 0}},
+                 {longCode, {4, 7}}};
+    for (const auto &c : cases) {
+        FontFile file = c.file;
+        uint8_t *const record = memory.end - file.glyphData.size();
+        std::copy(file.glyphData.begin(), file.glyphData.end(), record);
+        std::copy(file.glyphData.begin(), file.glyphData.end(), below);
+        file.glyphData.resize(1);
+        const FontPtr font = Load(file.Bytes());
+        EXPECT_EQ(RenderRecord(font.get(), record), c.words) << "case " << &c - cases;
+        EXPECT_EQ(RenderRecord(font.get(), below), c.words) << "case " << &c - cases;
+    }
+}
+
+TEST(GlyphRecords, CutByTheDataAreEmpty) {
+    for (const uint32_t size : {9, 8, 4}) {
+        FontFile file = SmallFont("13", 8);
+        file.glyphData.resize(size);
+        const FontPtr font = Load(file.Bytes());
+        EXPECT_EQ(GetGlyph(font.get(), 0) != nullptr, size >= 8);
+        const std::vector<uint32_t> whole[] = {{}, {0, 0}, {6, 1}};
+        EXPECT_EQ(RenderRecord(font.get(), font->glyphData), whole[size < 8 ? 0 : size - 7]);
+        EXPECT_TRUE(RenderRecord(font.get(), font->glyphData + 2).empty());
+        EXPECT_TRUE(RenderRecord(font.get(), font->glyphData + size - 1).empty());
     }
 }
 
@@ -135,10 +113,30 @@ TEST(HostileFonts, MissingSectionsStillLoad) {
             bytes[size_t(12 + 4 * missing + i)] = 0xFE; // an offset past the end
         const FontPtr font = Load(bytes);
         ASSERT_NE(font, nullptr);
-        EXPECT_EQ(missing == 2 ? (void *)font->index : (void *)font->huffLuts[missing], nullptr);
+        EXPECT_EQ(missing == 2 ? (void *)font->index.words : (void *)font->huffLuts[missing],
+                  nullptr);
         EXPECT_EQ(GetGlyph(font.get(), 'A') != nullptr, missing != 2);
         ExerciseFont(bytes);
     }
+}
+
+// As many as make a second way to them worth while, all in one chain.
+TEST(GlyphCache, FindsTheEntriesOfLongChains) {
+    FontFile file;
+    file.glyphData.assign(64, 0);
+    file.index = Index(0x7FFFFFFF, Table({1}, {0}), {});
+    const FontPtr font = Load(file.Bytes());
+    constexpr uint32_t kEntries = 40000;
+    for (int round = 0; round < 2; ++round)
+        for (uint32_t i = 0; i < kEntries; ++i)
+            ASSERT_EQ(GetGlyph(font.get(), 256 * i + 7)->codePoint, 256 * i + 7);
+    ASSERT_EQ(font->glyphCount, kEntries);
+    uint32_t link = font->buckets[7];
+    for (uint32_t i = 0; i < kEntries; link = font->glyphs[link - 1].next, ++i)
+        ASSERT_EQ(link, i + 1) << "chains are in the order of creation";
+    EXPECT_EQ(link, 0u);
+    OrnMinRenderSetFontDirection(font.get(), 1);
+    EXPECT_EQ(GetGlyph(font.get(), 263), font->glyphs);
 }
 
 } // namespace

@@ -3,9 +3,11 @@
 // at every edge of a frame.
 #include "font_files.h"
 #include "frame.h"
-#include "text.h"
+#include "text_font.h"
 
 #include <algorithm>
+
+using namespace orn;
 
 namespace {
 
@@ -34,37 +36,41 @@ TEST(GlyphDecoding, FollowsTheCodedRuns) {
     EXPECT_EQ(Words(SmallFont("13", 8, -1, 2)), W{}) << "a negative size is an empty glyph";
 }
 
-TEST(GlyphDecoding, MissingTablesAndStuckWalksLeaveBackground) {
+TEST(GlyphDecoding, MissingTablesLeaveBackground) {
     FontFile noInk = SmallFont("13", 8);
     noInk.tables[1].clear(); // its offset is now that of the index: 1 entry, of length 0
     EXPECT_EQ(Words(noInk), (std::vector<uint32_t>{0, 0}));
-    FontFile empty = SmallFont("13", 8);
-    empty.tables[0] = Table({});
-    EXPECT_EQ(Words(empty), (std::vector<uint32_t>{0, 0}));
+    FontFile noBackground = SmallFont("13", 8);
+    noBackground.tables[0] = Table({33});
+    EXPECT_EQ(Words(noBackground), (std::vector<uint32_t>{0, 0}));
     FontFile largeSymbol = SmallFont("01", 8);
     largeSymbol.tables[1] = Table({1, 4}, {1, 0x8000}); // code 1000 covers the rest
     largeSymbol.glyphData[8] = 0x08;
     EXPECT_EQ(Words(largeSymbol), (std::vector<uint32_t>{7, 7}));
 }
 
-// By the cache, and by a caller for records of its own.
-TEST(GlyphDecoding, RecordsOutsideTheDataGiveEmptyGlyphs) {
-    const auto source = SmallFont("13", 8);
-    const uint8_t foreign[16] = {3, 3, 0, 0, 0, 0, 8, 0, 0xFF};
-    FontFile small = source;
-    small.glyphData.resize(4);
-    for (const FontFile &file : {source, small}) {
-        const FontPtr font = Load(file.Bytes());
-        const uint8_t *data = font->glyphData;
-        EXPECT_EQ(GetGlyph(font.get(), 0) != nullptr, file.glyphData.size() >= 8);
-        for (const uint8_t *record : {foreign, data - 8, data + 2}) {
-            OrnMinRenderGlyph glyph = {};
-            glyph.record = record;
-            glyph.bitmapWords = 9;
-            OrnMinRenderTextRenderCacheGlyph(font.get(), &glyph);
-            EXPECT_EQ(glyph.bitmap, nullptr);
-            EXPECT_EQ(glyph.bitmapWords, 0u);
-        }
+// A walk that takes no bits is a run of 0, two in turn end the glyph. '?' is 1111, which no table
+// has a code for.
+TEST(GlyphDecoding, StuckWalksSwitchTheColour) {
+    const cbf::Bytes digits = Table(std::vector<int>(10, 4)), none = Table({}),
+                     one = Table({4}, {1});
+    const struct {
+        cbf::Bytes background, ink;
+        std::string runs;
+        std::vector<uint32_t> words;
+    } cases[] = {
+        // clang-format off
+        {none, digits, "13", {7, 1}},    {none, digits, "06", {7, 7}},
+        {digits, none, "13", {0, 6}},    {none, none, "13", {0, 0}},
+        {one, digits, "0223", {6, 7}},   {digits, one, "1211", {0, 4}},
+        {digits, digits, "12?3", {6, 0}}, {digits, digits, "1?33", {0, 0}},
+        // clang-format on
+    };
+    for (const auto &c : cases) {
+        FontFile file = SmallFont(c.runs, 4 * int(c.runs.size()));
+        file.tables[0] = c.background;
+        file.tables[1] = c.ink;
+        EXPECT_EQ(Words(file), c.words) << "case " << &c - cases;
     }
 }
 

@@ -3,9 +3,11 @@
 // eight bits; their layout, and the limits of what they hold.
 #include "font_files.h"
 #include "frame.h"
-#include "text.h"
+#include "text_huffman.h"
 
 #include <cstdlib>
+
+using namespace orn;
 
 namespace {
 

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <sys/mman.h>
+#include <unistd.h>
 
 // A broken promise stops the program as a broken memory access would.
 inline void Require(bool holds, const char *promise) {
@@ -16,15 +17,20 @@ inline void Require(bool holds, const char *promise) {
     }
 }
 
-// Noise between two stretches without access.
+// Noise that ends where a stretch without access begins; where it takes whole pages, it also begins
+// where one ends.
 class Fenced {
   public:
     explicit Fenced(size_t size) {
         constexpr size_t kFence = 65536; // a multiple of the page size of every machine
-        void *all = mmap(nullptr, size + 2 * kFence, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        first = static_cast<uint8_t *>(all) + kFence;
-        end = first + size;
-        Require(all != MAP_FAILED && mprotect(first, size, PROT_READ | PROT_WRITE) == 0, "memory");
+        const auto page = size_t(sysconf(_SC_PAGESIZE));
+        const size_t whole = (size + page - 1) / page * page;
+        void *all =
+            mmap(nullptr, whole + 2 * kFence, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        uint8_t *const pages = static_cast<uint8_t *>(all) + kFence;
+        Require(all != MAP_FAILED && mprotect(pages, whole, PROT_READ | PROT_WRITE) == 0, "memory");
+        end = pages + whole;
+        first = end - size;
         for (uint8_t *byte = first; byte < end; ++byte)
             *byte = uint8_t(uint32_t(byte - first) * 2654435761u >> 21);
     }

@@ -16,8 +16,8 @@ constexpr uint8_t kPaper = 0x55;
 constexpr char kText[] = "\x01 !AB\nC\t~\xC2\x80\xCF\xBF\xF4\x8F\xBF\xBF\xF4\x90\x80\x80"
                          "\xF4\x90\x80\x84 \xFD\xBF\xBF\xBF\xBF\xBF";
 
-// Whether the box of an outline, larger by 5 and starting 3 further left and 2 higher than that of
-// its glyph, fits into signed bytes for each glyph: one that doesn't wraps to anywhere.
+// Whether the box of each glyph's outline fits into signed bytes: one that doesn't wraps to
+// anywhere.
 bool OutlinesFit(OrnMinRenderFont *font) {
     for (const char *c = kText; *c;) {
         std::string one(1, *c++);
@@ -26,8 +26,9 @@ bool OutlinesFit(OrnMinRenderFont *font) {
         OrnMinRenderPoint pen = {0, 0};
         OrnMinRenderRect rect;
         OrnMinRenderGetTextRect(nullptr, font, one.c_str(), &pen, 0, &rect);
-        if (rect.left < -125 || rect.top < -125 || rect.right - rect.left > 122 ||
-            rect.bottom - rect.top > 122)
+        if (rect.left < INT8_MIN + cbf::kOutlineLeft || rect.top < cbf::kOutlineAbove - INT8_MAX ||
+            rect.right - rect.left > cbf::kMaxOutlinedSide ||
+            rect.bottom - rect.top > cbf::kMaxOutlinedSide)
             return false;
     }
     return true;

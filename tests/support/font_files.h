@@ -2,6 +2,7 @@
 // CBF files for tests: whole fonts through the converter's writer, odd ones put together by hand.
 #pragma once
 
+#include "cbf.h"
 #include "cbf/index_writer.h"
 #include "cbf/writer.h"
 #include "orn_min_render.h"
@@ -68,7 +69,7 @@ struct FontFile {
     cbf::Bytes Bytes() const {
         cbf::Bytes out;
         const uint32_t size = dataSize ? dataSize : uint32_t(glyphData.size());
-        uint32_t offset = 28;
+        uint32_t offset = cbf::kHeaderBytes;
         for (const uint32_t word : {headerWord, uint32_t(lineHeight), size})
             cbf::PutWord(out, word);
         for (const auto *section : {&tables[0], &tables[1], &index, &glyphData}) {
@@ -126,8 +127,8 @@ inline FontFile SmallFont(const std::string &runs, int bitCount, int width = 3, 
         cbf::PutBits(writer, uint32_t(run - '0'), 4);
     const cbf::Glyph glyph = {width, height, 1, 2, 4, {}};
     file.glyphData = cbf::RecordBytes(glyph, writer);
-    file.glyphData[6] = uint8_t(bitCount);
-    file.glyphData[7] = uint8_t(bitCount >> 8);
+    file.glyphData[cbf::kGlyphBitCountAt] = uint8_t(bitCount);
+    file.glyphData[cbf::kGlyphBitCountAt + 1] = uint8_t(bitCount >> 8);
     return file;
 }
 

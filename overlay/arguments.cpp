@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+// Each kind of argument is checked as it is taken, so that the message names the word.
+#include "arguments.h"
+
+#include "colour.h"
+#include "words.h"
+
+#include <algorithm>
+
+namespace overlay {
+
+namespace {
+
+constexpr int32_t kMaxCount = 65535; // of frames, or of pixels on the side of a frame
+
+// "+N" counts from the coordinate before it, so there has to be one.
+void AddPlace(std::string_view word, Axis axis, Overlay &overlay) {
+    const Place place = ParsePlace(word, axis);
+    const auto &places = overlay.places;
+    const auto sameAxis = [axis](const Place &other) { return other.axis == axis; };
+    if (place.source == Source::Before && std::none_of(places.begin(), places.end(), sameAxis))
+        throw Failure("no coordinate before " + Quoted(word) + " to count from");
+    if (place.source == Source::Box && !overlay.perBox)
+        throw Failure(Quoted(word) + " has a meaning in lines of 'tracks' only");
+    overlay.places.push_back(place);
+}
+
+void AddCount(std::string_view word, Overlay &overlay) {
+    Place count;
+    count.offset = ParseNumber<int32_t>(word, "int32");
+    if (count.offset < 1 || count.offset > kMaxCount)
+        throw Failure("bad number " + Quoted(word) + ": expected 1 to " +
+                      std::to_string(kMaxCount));
+    overlay.places.push_back(count);
+}
+
+void AddCoordinate(std::string_view word, char kind, Overlay &overlay) {
+    if (kind == 'n')
+        AddCount(word, overlay);
+    else if (kind == 'w' || kind == 'h')
+        overlay.places.push_back(ParseLength(word, kind == 'w' ? Axis::X : Axis::Y));
+    else
+        AddPlace(word, kind == 'x' ? Axis::X : Axis::Y, overlay);
+}
+
+void TakeCoordinates(std::string_view &line, const Command &command, Overlay &overlay) {
+    for (size_t i = 0; i < command.coordinates.size(); ++i) {
+        const std::string_view word = TakeWord(line);
+        if (word.empty())
+            throw Failure("expected " + std::string(command.arguments) +
+                          ", found the end of the line");
+        AddCoordinate(word, command.coordinates[i], overlay);
+    }
+}
+
+void TakeColours(std::string_view &line, size_t count, Overlay &overlay) {
+    for (size_t i = 0; i < count; ++i) {
+        const std::string_view word = TakeWord(line);
+        overlay.paints[i].ofId = word == "id";
+        if (!overlay.paints[i].ofId)
+            overlay.paints[i].rgb = ParseColour(word);
+        else if (!overlay.perBox)
+            throw Failure("colour 'id' has a meaning in lines of 'tracks' only");
+    }
+}
+
+void TakeOptions(std::string_view &line, OptionSets sets, Overlay &overlay) {
+    while (ApplyOption(NextWord(line), sets, overlay))
+        TakeWord(line);
+}
+
+void AddPoint(std::string_view word, Overlay &overlay) {
+    const size_t comma = word.find(',');
+    if (comma == std::string_view::npos)
+        throw Failure("bad point " + Quoted(word) + ": expected X,Y");
+    AddPlace(word.substr(0, comma), Axis::X, overlay);
+    AddPlace(word.substr(comma + 1), Axis::Y, overlay);
+}
+
+void TakePoints(std::string_view &line, const Command &command, Overlay &overlay) {
+    while (!NextWord(line).empty())
+        AddPoint(TakeWord(line), overlay);
+    const size_t count = overlay.places.size() / 2;
+    if (count < command.minPoints)
+        throw Failure("expected at least " + std::to_string(command.minPoints) + " points, found " +
+                      std::to_string(count));
+}
+
+void TakeText(std::string_view &line, Overlay &overlay) {
+    overlay.text = TakeQuoted(line);
+    if (!IsDrawableUtf8(overlay.text))
+        throw Failure("the string is not UTF-8");
+    overlay.hasPlaceholders = overlay.text.find('{') != std::string::npos;
+}
+
+void TakePicture(std::string_view &line, const ScriptFiles &files, Overlay &overlay) {
+    overlay.picture = std::make_unique<Picture>(TakePath(line, files),
+                                                static_cast<int32_t>(overlay.places[2].offset),
+                                                static_cast<int32_t>(overlay.places[3].offset));
+    if (files.hasChroma)
+        overlay.picture->Open(*files.hasChroma);
+}
+
+void TakeLast(std::string_view &line, const Command &command, const ScriptFiles &files,
+              Overlay &overlay) {
+    if (command.last == Last::Points)
+        TakePoints(line, command, overlay);
+    if (command.last < Last::String)
+        return;
+    if (WithoutBlanksBefore(line).substr(0, 1) != "\"")
+        throw Failure("expected " + std::string(command.arguments) + ", found " +
+                      Found(NextWord(line)) + " in place of the string");
+    if (command.last == Last::String)
+        TakeText(line, overlay);
+    if (command.last == Last::Bitmap)
+        overlay.bitmap = LoadBitmap(TakePath(line, files));
+    if (command.last == Last::Picture)
+        TakePicture(line, files, overlay);
+}
+
+} // namespace
+
+std::string TakePath(std::string_view &line, const ScriptFiles &files) {
+    return (files.folder / TakeQuoted(line)).string();
+}
+
+void RequireEnd(std::string_view line) {
+    if (!NextWord(line).empty())
+        throw Failure("unexpected " + Quoted(NextWord(line)) + " after the arguments");
+}
+
+void TakeArguments(std::string_view &line, const Command &command, const ScriptFiles &files,
+                   Overlay &overlay) {
+    TakeCoordinates(line, command, overlay);
+    TakeColours(line, command.colours, overlay);
+    TakeOptions(line, command.options, overlay);
+    TakeLast(line, command, files, overlay);
+    RequireEnd(line);
+}
+
+} // namespace overlay

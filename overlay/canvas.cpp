@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+// What comes before every drawing function: places become pixels, ids become colours.
+#include "canvas.h"
+
+namespace overlay {
+
+namespace {
+
+// False when a place counts from what is not there.
+bool ResolvePlaces(Canvas &canvas, const Overlay &overlay) {
+    PlaceResolver resolver(canvas.surroundings);
+    canvas.coordinates.clear();
+    for (const Place &place : overlay.places) {
+        const std::optional<int32_t> value = resolver.Resolve(place);
+        if (!value)
+            return false;
+        canvas.coordinates.push_back(*value);
+    }
+    return true;
+}
+
+} // namespace
+
+OrnMinRenderColour ColourFor(const Canvas &canvas, const Paint &paint) {
+    if (!paint.ofId)
+        return paint.colour;
+    const auto count = static_cast<int64_t>(canvas.palette.size());
+    const int64_t index = (canvas.box->id - 1) % count; // the first id takes the first colour
+    return canvas.palette[static_cast<size_t>(index < 0 ? index + count : index)];
+}
+
+void DrawOverlay(Canvas &canvas, const Overlay &overlay) {
+    if (!overlay.perBox) {
+        canvas.box = nullptr;
+        if (ResolvePlaces(canvas, overlay))
+            overlay.draw(canvas, overlay);
+        return;
+    }
+    for (const TrackedBox &box : canvas.tracks.At(canvas.frameNumber)) {
+        canvas.box = &box;
+        canvas.surroundings.box = RectOf(box);
+        if (ResolvePlaces(canvas, overlay))
+            overlay.draw(canvas, overlay);
+    }
+}
+
+} // namespace overlay

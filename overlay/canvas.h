@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// The frame being drawn into, and what drawing into it takes.
+#pragma once
+
+#include "colour.h"
+#include "frame.h"
+#include "frame_memory.h"
+#include "overlay.h"
+#include "place.h"
+#include "tracks.h"
+
+namespace overlay {
+
+struct Canvas {
+    OrnMinRenderContext *context = nullptr;
+    FrameShape shape; // without chroma, the Y8 calls draw
+    Palette palette;  // of the tracked boxes
+    Tracks tracks;
+
+    OrnMinRenderImage image{};
+    int64_t frameNumber = 0;
+    FrameTime time;
+    const TrackedBox *box = nullptr; // that a command of tracks draws now
+    Surroundings surroundings{};
+    std::vector<int32_t> coordinates; // the places of the overlay being drawn, as pixels
+    std::optional<FrameMemory> spare; // another frame of the shape, once something was copied
+};
+
+inline OrnMinRenderRect Corners(const Canvas &canvas) {
+    const auto &c = canvas.coordinates;
+    return {c[0], c[1], c[2], c[3]};
+}
+
+// Coordinates i and i + 1.
+inline OrnMinRenderPoint PointAt(const Canvas &canvas, size_t i) {
+    return {canvas.coordinates[i], canvas.coordinates[i + 1]};
+}
+
+// The colour of an overlay's paint; for colours of ids, that of the box being drawn.
+OrnMinRenderColour ColourFor(const Canvas &canvas, const Paint &paint);
+
+// Draws an overlay once, or once for each tracked box of the frame; not where its places count from
+// what is not there.
+void DrawOverlay(Canvas &canvas, const Overlay &overlay);
+
+} // namespace overlay

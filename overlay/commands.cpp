@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+// A command is a row here and a function that draws it; an option is a row here and a member of
+// Overlay that it sets.
+#include "commands.h"
+
+#include "colour.h"
+#include "draw_pictures.h"
+#include "draw_shapes.h"
+#include "draw_text.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace overlay {
+
+namespace {
+
+enum OptionSet : OptionSets { kDash = 1, kHalf = 2, kAlign = 4, kInside = 8, kTurn = 16 };
+constexpr OptionSets kPlainText = kAlign | kInside | kTurn;
+
+struct Option {
+    std::string_view name;
+    OptionSet set;
+    void (*apply)(Overlay &overlay);
+};
+
+constexpr Option kOptions[] = {
+    {"dashed", kDash, [](Overlay &o) { o.style = OrnMinRenderLineDashed; }},
+    {"half", kHalf, [](Overlay &o) { o.halfTransparent = true; }},
+    {"left", kAlign, [](Overlay &o) { o.textStyle.horizontal = Edge::Start; }},
+    {"center", kAlign, [](Overlay &o) { o.textStyle.horizontal = Edge::Middle; }},
+    {"centre", kAlign, [](Overlay &o) { o.textStyle.horizontal = Edge::Middle; }},
+    {"right", kAlign, [](Overlay &o) { o.textStyle.horizontal = Edge::End; }},
+    {"top", kAlign, [](Overlay &o) { o.textStyle.vertical = Edge::Start; }},
+    {"middle", kAlign, [](Overlay &o) { o.textStyle.vertical = Edge::Middle; }},
+    {"bottom", kAlign, [](Overlay &o) { o.textStyle.vertical = Edge::End; }},
+    {"inside", kInside, [](Overlay &o) { o.textStyle.inside = true; }},
+    {"down", kTurn, [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirection::Down; }},
+    {"up", kTurn, [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirection::Up; }},
+    {"inverted", kTurn,
+     [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirection::Inverted; }},
+};
+
+constexpr Command kCommands[] = {
+    {"box", "L T R B COLOUR [dashed]", "xyxy", 1, kDash, DrawBox},
+    {"fill", "L T R B COLOUR", "xyxy", 1, 0, DrawFill},
+    {"hline", "X0 X1 Y COLOUR [dashed]", "xxy", 1, kDash, DrawHLine},
+    {"vline", "X Y0 Y1 COLOUR [dashed]", "xyy", 1, kDash, DrawVLine},
+    {"line", "X0 Y0 X1 Y1 COLOUR [dashed]", "xyxy", 1, kDash, DrawLine},
+    {"polyline", "COLOUR [dashed] X,Y X,Y ...", "", 1, kDash, DrawPolyline, Last::Points, 0, 2},
+    {"loop", "COLOUR [dashed] X,Y X,Y X,Y ...", "", 1, kDash, DrawLoop, Last::Points, 0, 3},
+    {"polygon", "COLOUR X,Y X,Y X,Y ...", "", 1, 0, DrawPolygon, Last::Points, 0, 3},
+    {"ellipse", "L T R B COLOUR", "xyxy", 1, 0, DrawEllipse},
+    {"disc", "L T R B COLOUR", "xyxy", 1, 0, DrawDisc},
+    {"roundbox", "L T R B RX RY COLOUR", "xyxywh", 1, 0, DrawRoundBox},
+    {"roundfill", "L T R B RX RY COLOUR", "xyxywh", 1, 0, DrawRoundFill},
+    {"bitmap", "L T R B COLOUR [half] \"file.pbm\"", "xyxy", 1, kHalf, DrawBitmap, Last::Bitmap},
+    {"picture", "X Y WIDTH HEIGHT \"file.raw\"", "xynn", 0, 0, DrawPicture, Last::Picture},
+    {"copy", "L T R B FROM_X FROM_Y", "xyxyxy", 0, 0, DrawCopy},
+    {"text", "X Y COLOUR [ALIGN] [inside] [TURN] \"string\"", "xy", 1, kPlainText, DrawText,
+     Last::String},
+    {"outlined", "X Y COLOUR OUTLINE [ALIGN] [inside] [TURN] \"string\"", "xy", 2, kPlainText,
+     DrawOutlined, Last::String},
+    {"label", "X Y COLOUR BACKGROUND [ALIGN] [TURN] \"string\"", "xy", 2, kAlign | kTurn, DrawLabel,
+     Last::String, kKeptInside},
+    {"paragraph", "X Y WIDTH COLOUR BACKGROUND [ALIGN] \"string\"", "xyw", 2, kAlign, DrawParagraph,
+     Last::String, kKeptInside},
+    {"measure", "X Y [ALIGN] [inside] [TURN] \"string\"", "xy", 0, kPlainText, DrawMeasure,
+     Last::String},
+    {"trail", "FRAMES COLOUR [dashed]", "n", 1, kDash, DrawTrail, Last::Nothing, kTracksOnly},
+};
+
+// With their arguments, one a line.
+std::string CommandList() {
+    std::string list;
+    for (const Command &command : kCommands)
+        list.append("  ").append(command.name).append(" ").append(command.arguments).append("\n");
+    return list;
+}
+
+} // namespace
+
+const Command &FindCommand(std::string_view name) {
+    const auto command = std::find_if(std::begin(kCommands), std::end(kCommands),
+                                      [name](const Command &c) { return c.name == name; });
+    if (command == std::end(kCommands))
+        throw Failure("unknown command " + Quoted(name));
+    return *command;
+}
+
+bool ApplyOption(std::string_view word, OptionSets sets, Overlay &overlay) {
+    const auto option =
+        std::find_if(std::begin(kOptions), std::end(kOptions), [word, sets](const Option &o) {
+            return o.name == word && (o.set & sets) != 0;
+        });
+    if (option == std::end(kOptions))
+        return false;
+    option->apply(overlay);
+    return true;
+}
+
+std::string ScriptHelp(const InputNames &names) {
+    const std::string frames =
+        "Script: one overlay a line, as FRAMES COMMAND ARGUMENTS. # begins a line of comment.\n"
+        "FRAMES: * (all), 12, 10-50 (both included), 10- (to the end), or tracks (for\n"
+        "each box of " +
+        names.tracks +
+        ").\n"
+        "COMMAND ARGUMENTS:\n";
+    const std::string words =
+        "A line font \"file.cbf\" names the font of the lines after it.\n"
+        "Coordinates: 12, 50%, right-20, center, bottom-5%, +80 (from the one before), "
+        "text.right+4\n"
+        "(of the last text), box.top (of the tracked box).\n"
+        "ALIGN: what lies at X Y: left, center or right; top, middle or bottom.\n"
+        "TURN: down, up or inverted.\n"
+        "COLOUR: #rrggbb, id (the tracked box's own) or";
+    return frames + CommandList() + words + ColourNames() +
+           ".\nString: \\\" \\\\ \\n, and {frame} {time} {id} {conf} for their values.";
+}
+
+} // namespace overlay

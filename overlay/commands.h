@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+// The language of scripts: the one table of its commands, and the one of their options.
+#pragma once
+
+#include "messages.h"
+#include "overlay.h"
+
+namespace overlay {
+
+// Which options a command takes: sets of the table of options, and any combination of them.
+using OptionSets = unsigned;
+
+// What ends the arguments of a command.
+enum class Last { Nothing, Points, String, Bitmap, Picture };
+
+// What else sets a command apart.
+using Traits = unsigned;
+constexpr Traits kTracksOnly = 1; // has a meaning in lines of tracks only
+constexpr Traits kKeptInside = 2; // its text is moved into the frame without being asked to
+
+// Arguments come in the order coordinates, colours, options, the last one.
+struct Command {
+    std::string_view name;
+    std::string_view arguments;   // as people read them
+    std::string_view coordinates; // a letter each: x and y places, w and h lengths, n counts from 1
+    size_t colours;
+    OptionSets options;
+    DrawFunction draw;
+    Last last = Last::Nothing;
+    Traits traits = 0;
+    size_t minPoints = 0;
+};
+
+// Throws Failure when there is none of that name.
+const Command &FindCommand(std::string_view name);
+
+// Applies the option that a word names, if there is one in the sets; false otherwise.
+bool ApplyOption(std::string_view word, OptionSets sets, Overlay &overlay);
+
+// The language in one screen, for the help of a client. Ends without a line feed.
+std::string ScriptHelp(const InputNames &names);
+
+} // namespace overlay

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+// Shapes by calls of the library. Where a shape has a call for frames with a chroma plane and one
+// for frames without, the frame decides; the others leave out a missing plane by themselves.
+#include "draw_shapes.h"
+
+namespace overlay {
+
+namespace {
+
+std::vector<OrnMinRenderPoint> AllPoints(const Canvas &canvas) {
+    std::vector<OrnMinRenderPoint> points;
+    for (size_t i = 0; i + 1 < canvas.coordinates.size(); i += 2)
+        points.push_back(PointAt(canvas, i));
+    return points;
+}
+
+void DrawSegment(const Canvas &canvas, const Overlay &overlay, OrnMinRenderPoint from,
+                 OrnMinRenderPoint to) {
+    const OrnMinRenderColour colour = ColourFor(canvas, overlay.paints[0]);
+    if (canvas.shape.hasChroma)
+        OrnMinRenderDrawLineYUV420SP(canvas.context, &canvas.image, from, to, colour,
+                                     overlay.style);
+    else
+        OrnMinRenderDrawLineY8(canvas.context, &canvas.image, from, to, colour.y, overlay.style);
+}
+
+void DrawSegments(const Canvas &canvas, const Overlay &overlay,
+                  const std::vector<OrnMinRenderPoint> &points) {
+    for (size_t i = 1; i < points.size(); ++i)
+        DrawSegment(canvas, overlay, points[i - 1], points[i]);
+}
+
+} // namespace
+
+void FillRect(const Canvas &canvas, const OrnMinRenderRect &rect, OrnMinRenderColour colour) {
+    if (canvas.shape.hasChroma)
+        OrnMinRenderFillRectYUV420SP(canvas.context, &canvas.image, &rect, colour);
+    else
+        OrnMinRenderFillRectY8(canvas.context, &canvas.image, &rect, colour.y);
+}
+
+void DrawBox(Canvas &canvas, const Overlay &overlay) {
+    const OrnMinRenderRect rect = Corners(canvas);
+    const OrnMinRenderColour colour = ColourFor(canvas, overlay.paints[0]);
+    if (canvas.shape.hasChroma)
+        OrnMinRenderDrawFrameYUV420SP(canvas.context, &canvas.image, &rect, colour, overlay.style);
+    else
+        OrnMinRenderDrawFrameY8(canvas.context, &canvas.image, &rect, colour.y, overlay.style);
+}
+
+void DrawFill(Canvas &canvas, const Overlay &overlay) {
+    FillRect(canvas, Corners(canvas), ColourFor(canvas, overlay.paints[0]));
+}
+
+void DrawHLine(Canvas &canvas, const Overlay &overlay) {
+    const int32_t x0 = canvas.coordinates[0];
+    const int32_t x1 = canvas.coordinates[1];
+    const int32_t y = canvas.coordinates[2];
+    const OrnMinRenderColour colour = ColourFor(canvas, overlay.paints[0]);
+    if (canvas.shape.hasChroma)
+        OrnMinRenderDrawHLineYUV420SP(canvas.context, &canvas.image, x0, x1, y, colour,
+                                      overlay.style);
+    else
+        OrnMinRenderDrawHLineY8(canvas.context, &canvas.image, x0, x1, y, colour.y, overlay.style);
+}
+
+void DrawVLine(Canvas &canvas, const Overlay &overlay) {
+    const int32_t x = canvas.coordinates[0];
+    const int32_t y0 = canvas.coordinates[1];
+    const int32_t y1 = canvas.coordinates[2];
+    const OrnMinRenderColour colour = ColourFor(canvas, overlay.paints[0]);
+    if (canvas.shape.hasChroma)
+        OrnMinRenderDrawVLineYUV420SP(canvas.context, &canvas.image, x, y0, y1, colour,
+                                      overlay.style);
+    else
+        OrnMinRenderDrawVLineY8(canvas.context, &canvas.image, x, y0, y1, colour.y, overlay.style);
+}
+
+void DrawLine(Canvas &canvas, const Overlay &overlay) {
+    DrawSegment(canvas, overlay, PointAt(canvas, 0), PointAt(canvas, 2));
+}
+
+void DrawPolyline(Canvas &canvas, const Overlay &overlay) {
+    DrawSegments(canvas, overlay, AllPoints(canvas));
+}
+
+void DrawLoop(Canvas &canvas, const Overlay &overlay) {
+    std::vector<OrnMinRenderPoint> points = AllPoints(canvas);
+    points.push_back(points.front());
+    DrawSegments(canvas, overlay, points);
+}
+
+void DrawPolygon(Canvas &canvas, const Overlay &overlay) {
+    const std::vector<OrnMinRenderPoint> points = AllPoints(canvas);
+    const OrnMinRenderColour colour = ColourFor(canvas, overlay.paints[0]);
+    if (canvas.shape.hasChroma)
+        OrnMinRenderFillPolygonYUV420SP(canvas.context, &canvas.image, points.data(), points.size(),
+                                        colour);
+    else
+        OrnMinRenderFillPolygonY8(canvas.context, &canvas.image, points.data(), points.size(),
+                                  colour.y);
+}
+
+void DrawEllipse(Canvas &canvas, const Overlay &overlay) {
+    const OrnMinRenderRect rect = Corners(canvas);
+    OrnMinRenderDrawEllipseYUV420SP(canvas.context, &canvas.image, &rect,
+                                    ColourFor(canvas, overlay.paints[0]));
+}
+
+void DrawDisc(Canvas &canvas, const Overlay &overlay) {
+    const OrnMinRenderRect rect = Corners(canvas);
+    OrnMinRenderFillEllipseYUV420SP(canvas.context, &canvas.image, &rect,
+                                    ColourFor(canvas, overlay.paints[0]));
+}
+
+void DrawRoundBox(Canvas &canvas, const Overlay &overlay) {
+    const OrnMinRenderRect rect = Corners(canvas);
+    const OrnMinRenderPoint radii = PointAt(canvas, 4);
+    OrnMinRenderDrawRoundRectYUV420SP(canvas.context, &canvas.image, &rect, &radii,
+                                      ColourFor(canvas, overlay.paints[0]));
+}
+
+void DrawRoundFill(Canvas &canvas, const Overlay &overlay) {
+    const OrnMinRenderRect rect = Corners(canvas);
+    const OrnMinRenderPoint radii = PointAt(canvas, 4);
+    OrnMinRenderFillRoundRectYUV420SP(canvas.context, &canvas.image, &rect, &radii,
+                                      ColourFor(canvas, overlay.paints[0]));
+}
+
+void DrawTrail(Canvas &canvas, const Overlay &overlay) {
+    DrawSegments(canvas, overlay, canvas.tracks.Trail(*canvas.box, canvas.coordinates[0]));
+}
+
+} // namespace overlay

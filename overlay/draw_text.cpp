@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+// Texts by calls of the library. They have luma alone; a background gives them chroma. The last
+// text that a frame has shown is what places may count from.
+#include "draw_text.h"
+
+#include "draw_shapes.h"
+#include "placeholders.h"
+#include "text_layout.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace overlay {
+
+namespace {
+
+// How far outlines reach beyond the measured text, by the library's word; as much again stays free
+// between them and the edge of a label.
+constexpr int32_t kOutlineReach = 3;
+constexpr int32_t kLabelMargin = 2 * kOutlineReach;
+
+constexpr TextShape kPlain{};
+constexpr TextShape kOutlined{0, kOutlineReach, Edge::Origin};
+constexpr TextShape kLabel{kLabelMargin, 0, Edge::Start};
+
+// Places a text that others may count from now, and returns where its pen starts.
+OrnMinRenderPoint PlaceLastText(Canvas &canvas, const Overlay &overlay, const char *text,
+                                const TextShape &shape) {
+    const PlacedText placed = PlaceText(canvas, overlay, text, shape);
+    canvas.surroundings.text = placed.rect;
+    return placed.pen;
+}
+
+// Where a new line starts, across the direction of writing.
+int32_t LineStart(const Overlay &overlay, OrnMinRenderPoint pen) {
+    const int32_t direction = overlay.textStyle.direction;
+    const bool vertical =
+        direction == OrnMinRenderTextDirection::Down || direction == OrnMinRenderTextDirection::Up;
+    return vertical ? pen.y : pen.x;
+}
+
+void DrawOutlinedText(const Canvas &canvas, const Overlay &overlay, const char *text,
+                      OrnMinRenderPoint pen) {
+    const int32_t lineStart = LineStart(overlay, pen);
+    OrnMinRenderDrawOutlineTextY8(canvas.context, &canvas.image, overlay.font.get(), text, &pen,
+                                  lineStart, ColourFor(canvas, overlay.paints[1]).y,
+                                  ColourFor(canvas, overlay.paints[0]).y);
+}
+
+// Widened to even edges: otherwise colour would show past the luma, in a fringe of one pixel.
+OrnMinRenderRect WholeSamples(const OrnMinRenderRect &rect) {
+    const auto up = [](int32_t edge) { return Saturated(int64_t{edge} + (edge & 1)); };
+    return {rect.left & ~1, rect.top & ~1, up(rect.right), up(rect.bottom)};
+}
+
+// The background gives the text its chroma; an outline in the background's luma keeps neighbouring
+// glyphs apart. Texts of backgrounds side by side stay level, so they move along with the corner.
+void DrawTextOnBackground(Canvas &canvas, const Overlay &overlay, const char *text) {
+    const PlacedText placed = PlaceText(canvas, overlay, text, kLabel);
+    const OrnMinRenderRect rect = canvas.shape.hasChroma ? WholeSamples(placed.rect) : placed.rect;
+    canvas.surroundings.text = rect;
+    FillRect(canvas, rect, ColourFor(canvas, overlay.paints[1]));
+    DrawOutlinedText(canvas, overlay, text,
+                     {placed.pen.x - (placed.rect.left - rect.left),
+                      placed.pen.y - (placed.rect.top - rect.top)});
+}
+
+} // namespace
+
+void DrawText(Canvas &canvas, const Overlay &overlay) {
+    const std::string text = TextOf(canvas, overlay);
+    OrnMinRenderPoint pen = PlaceLastText(canvas, overlay, text.c_str(), kPlain);
+    const int32_t lineStart = LineStart(overlay, pen);
+    OrnMinRenderDrawTextY8(canvas.context, &canvas.image, overlay.font.get(), text.c_str(), &pen,
+                           lineStart, ColourFor(canvas, overlay.paints[0]).y);
+}
+
+void DrawOutlined(Canvas &canvas, const Overlay &overlay) {
+    const std::string text = TextOf(canvas, overlay);
+    DrawOutlinedText(canvas, overlay, text.c_str(),
+                     PlaceLastText(canvas, overlay, text.c_str(), kOutlined));
+}
+
+void DrawLabel(Canvas &canvas, const Overlay &overlay) {
+    DrawTextOnBackground(canvas, overlay, TextOf(canvas, overlay).c_str());
+}
+
+void DrawParagraph(Canvas &canvas, const Overlay &overlay) {
+    const std::string text = TextOf(canvas, overlay);
+    if (text.empty())
+        return;
+    const std::unique_ptr<char, decltype(&std::free)> fitted(
+        OrnMinRenderFixTextWidth(canvas.context, overlay.font.get(), text.c_str(),
+                                 canvas.coordinates[2]),
+        std::free);
+    if (!fitted)
+        throw std::bad_alloc();
+    DrawTextOnBackground(canvas, overlay, fitted.get());
+}
+
+void DrawMeasure(Canvas &canvas, const Overlay &overlay) {
+    PlaceLastText(canvas, overlay, TextOf(canvas, overlay).c_str(), kPlain);
+}
+
+} // namespace overlay

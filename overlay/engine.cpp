@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+// Holds what was set, and puts it together for every frame.
+#include "engine.h"
+
+#include "canvas.h"
+#include "colour.h"
+#include "commands.h"
+#include "script.h"
+#include "timeline.h"
+
+#include <new>
+
+namespace overlay {
+
+namespace {
+
+using Context = std::unique_ptr<OrnMinRenderContext, decltype(&OrnMinRenderDestroyContext)>;
+
+Timeline TimelineOf(const std::vector<Overlay> &overlays) {
+    std::vector<FrameRange> ranges;
+    for (const Overlay &overlay : overlays)
+        ranges.push_back(overlay.frames);
+    return Timeline(std::move(ranges));
+}
+
+} // namespace
+
+struct Engine::State {
+    explicit State(const Settings &all) : settings(all) {
+    }
+
+    bool KnowsFrames() const {
+        return canvas.shape.width > 0;
+    }
+    void MixColours();
+    Errors OpenPictures();
+
+    Settings settings;
+    std::string fontPath;
+    FontStore fonts; // of that path alone: those of a script live with its overlays
+    std::string scriptFile;
+    std::vector<Overlay> overlays; // in the order of the script's lines
+    Timeline timeline;
+    Context context{OrnMinRenderCreateContext(), OrnMinRenderDestroyContext};
+    Canvas canvas;
+};
+
+void Engine::State::MixColours() {
+    for (Overlay &overlay : overlays)
+        for (Paint &paint : overlay.paints)
+            paint.colour = ColourOf(paint.rgb, canvas.shape.colours);
+}
+
+Errors Engine::State::OpenPictures() {
+    Errors errors;
+    for (const Overlay &overlay : overlays) {
+        try {
+            if (overlay.picture)
+                overlay.picture->Open(canvas.shape.hasChroma);
+        } catch (const Failure &failure) {
+            errors.push_back({scriptFile, overlay.line, failure.what()});
+        }
+    }
+    return errors;
+}
+
+Engine::Engine(const Settings &settings) : state(std::make_unique<State>(settings)) {
+    if (!state->context)
+        throw std::bad_alloc();
+    state->canvas.context = state->context.get();
+}
+
+Engine::~Engine() = default;
+Engine::Engine(Engine &&other) noexcept = default;
+Engine &Engine::operator=(Engine &&other) noexcept = default;
+
+Errors Engine::SetFont(const std::string &path) {
+    FontStore fonts;
+    try {
+        fonts.Get(path, OrnMinRenderTextDirection::Normal);
+    } catch (const FileFailure &failure) {
+        return {{failure.path, 0, failure.reason}};
+    }
+    state->fonts = std::move(fonts);
+    state->fontPath = path;
+    return {};
+}
+
+Errors Engine::SetScript(std::string_view content, const std::string &file) {
+    ScriptInputs inputs{state->settings.names,
+                        state->fontPath,
+                        state->fonts,
+                        state->settings.hasTracks,
+                        {std::filesystem::path(file).parent_path(), state->settings.hasChroma}};
+    if (state->KnowsFrames())
+        inputs.files.hasChroma = state->canvas.shape.hasChroma;
+    Errors errors;
+    std::vector<Overlay> overlays = ParseScript(content, file, inputs, errors);
+    if (!errors.empty())
+        return errors;
+    Timeline timeline = TimelineOf(overlays); // which fits no other script, if memory is short here
+    state->scriptFile = file;
+    state->overlays = std::move(overlays);
+    state->timeline = std::move(timeline);
+    state->MixColours();
+    return {};
+}
+
+Errors Engine::SetTracks(std::string_view content, const std::string &file,
+                         const TrackSettings &settings) {
+    Errors errors;
+    Tracks tracks = ParseTracks(content, file, settings, state->settings.names, errors);
+    if (errors.empty())
+        state->canvas.tracks = std::move(tracks);
+    return errors;
+}
+
+Errors Engine::SetFrames(const FrameShape &shape) {
+    state->canvas.shape = shape;
+    state->canvas.palette = MakePalette(shape.colours);
+    state->canvas.spare.reset();
+    state->MixColours();
+    return state->OpenPictures();
+}
+
+void Engine::Draw(const OrnMinRenderImage &image, int64_t number, const FrameTime &time) {
+    if (!state->KnowsFrames())
+        return;
+    Canvas &canvas = state->canvas;
+    canvas.image = image;
+    canvas.frameNumber = number;
+    canvas.time = time;
+    canvas.surroundings = {{0, 0, canvas.shape.width, canvas.shape.height}, {}, {}};
+    for (const size_t i : state->timeline.At(number))
+        DrawOverlay(canvas, state->overlays[i]);
+}
+
+std::string Engine::Help(const InputNames &names) {
+    return ScriptHelp(names);
+}
+
+} // namespace overlay

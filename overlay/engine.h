@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: MIT
+// The engine of overlays: draws what a script says into frames in memory. It knows nothing of where
+// frames come from or go to, prints nothing, and reads only the fonts and pictures that a script
+// names. This header is all that a client has to include:
+//
+//     overlay::Settings settings;
+//     overlay::Engine engine(settings);
+//     engine.SetFont("sans.cbf");                            // each returns what is wrong
+//     engine.SetScript("* label 8 8 white black \"{time}\"", "script");
+//     engine.SetFrames({1920, 1080, true, {}});              // as soon as that is known
+//     engine.Draw(image, frameNumber, {frameNumber, 25});    // for every frame
+#pragma once
+
+#include "frame.h"
+#include "messages.h"
+#include "tracks_csv.h"
+
+#include <memory>
+
+namespace overlay {
+
+struct Settings {
+    InputNames names; // for messages
+
+    // There will be tracked boxes: scripts may have lines for them, and one that has none gets
+    // lines that show them.
+    bool hasTracks = false;
+
+    // Whether frames will have chroma, if that is known by now. A picture of a script (raw frames
+    // with nothing before them) is checked with the script then, otherwise by SetFrames.
+    std::optional<bool> hasChroma;
+};
+
+// Serves one thread at a time; separate engines share nothing. What the Set... functions are given
+// is copied. They return all that is wrong with it, in the order of the lines, and nothing if all
+// is right. They may be called again between two frames, in any order. All functions may throw
+// std::bad_alloc.
+class Engine {
+  public:
+    explicit Engine(const Settings &settings);
+    ~Engine();
+    Engine(Engine &&other) noexcept;
+    Engine &operator=(Engine &&other) noexcept;
+
+    // Loads the font of texts for which a script names none. Holds for scripts that are set after
+    // it. With an error, the font stays what it was.
+    Errors SetFont(const std::string &path);
+
+    // Takes a script and loads what it names; file is what messages call it, and names of files
+    // count from its folder. With an error, the script stays what it was. An empty script is one,
+    // too: with tracks, it shows them.
+    Errors SetScript(std::string_view content, const std::string &file);
+
+    // Takes tracked boxes, as a table; file is what messages call it. With an error, the boxes stay
+    // what they were.
+    Errors SetTracks(std::string_view content, const std::string &file,
+                     const TrackSettings &settings);
+
+    // Takes the shape of the frames that follow. Errors tell of pictures that hold no frames with
+    // or without chroma as these; such a picture is left out, and all else is drawn.
+    Errors SetFrames(const FrameShape &shape);
+
+    // Draws the overlays of frame number (from 0; any order, but one after the other is fastest)
+    // into the caller's image, which has the shape that SetFrames was told; a missing plane is
+    // skipped. Nothing else is read, written or kept of it. Before SetFrames, draws nothing. Throws
+    // Failure when a picture can't be read any more.
+    void Draw(const OrnMinRenderImage &image, int64_t number, const FrameTime &time);
+
+    // The language of scripts in one screen. Ends without a line feed.
+    static std::string Help(const InputNames &names);
+
+  private:
+    struct State;
+    std::unique_ptr<State> state;
+};
+
+} // namespace overlay

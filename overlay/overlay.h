@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+// What one line of a script asks for.
+#pragma once
+
+#include "place.h"
+#include "resources.h"
+#include "timeline.h"
+
+#include <array>
+
+namespace overlay {
+
+struct Canvas;
+struct Overlay;
+
+// Draws an overlay into the frame of the canvas, which holds the overlay's places as pixels.
+using DrawFunction = void (*)(Canvas &canvas, const Overlay &overlay);
+
+struct Paint {
+    uint32_t rgb = 0;            // 0xrrggbb
+    bool ofId = false;           // the tracked box's own colour instead
+    OrnMinRenderColour colour{}; // rgb in the frames' colour space, once that is known
+};
+
+// Which part of a text lies at its place: an edge, or Origin, where the pen starts.
+struct TextStyle {
+    int32_t direction = OrnMinRenderTextDirection::Normal;
+    std::optional<Edge> horizontal;
+    std::optional<Edge> vertical;
+    bool inside = false; // moved into the frame
+};
+
+// A command uses the members that its arguments fill.
+struct Overlay {
+    size_t line = 0; // of the script, from 1
+    FrameRange frames;
+    bool perBox = false; // drawn for each tracked box of the frame
+    DrawFunction draw = nullptr;
+    std::vector<Place> places;     // in the order of the script
+    std::array<Paint, 2> paints{}; // the second: outline or background
+    int32_t style = OrnMinRenderLineSolid;
+    bool halfTransparent = false;
+    Font font;
+    TextStyle textStyle;
+    std::string text;
+    bool hasPlaceholders = false;
+    Bitmap bitmap;
+    std::unique_ptr<Picture> picture;
+};
+
+} // namespace overlay

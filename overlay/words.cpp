@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: MIT
+// Lines end at a line feed, words at blanks, strings at a double quote; a comment fills its line.
+// UTF-8 is what the library reads as such: sequences of up to six bytes.
+#include "words.h"
+
+#include <algorithm>
+
+namespace overlay {
+
+namespace {
+
+constexpr size_t kMaxErrors = 20;                           // of one file
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF"; // some editors begin UTF-8 with it
+constexpr std::string_view kBlanks = " \t\r"; // the last one: lines may end as on Windows
+
+bool IsEmptyOrComment(std::string_view line) {
+    const std::string_view word = NextWord(line);
+    return word.empty() || word[0] == '#';
+}
+
+std::string_view TakeLine(std::string_view &content) {
+    const std::string_view line = content.substr(0, content.find('\n'));
+    content.remove_prefix(std::min(line.size() + 1, content.size()));
+    return line;
+}
+
+char Unescaped(char letter) {
+    switch (letter) {
+    case '"':
+    case '\\':
+        return letter;
+    case 'n':
+        return '\n';
+    default:
+        throw Failure("unknown escape " + Quoted(std::string("\\") + letter) + " in the string");
+    }
+}
+
+// The length of the sequence that a lead byte opens; 0 for a byte that can't lead one.
+size_t Utf8Length(unsigned char lead) {
+    if (lead < 0x80)
+        return 1;
+    if (lead < 0xC0 || lead >= 0xFE)
+        return 0;
+    return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF8 ? 4 : lead < 0xFC ? 5 : 6;
+}
+
+} // namespace
+
+void ParseLines(std::string_view content, const std::string &file, Errors &errors,
+                const std::function<void(std::string_view line, size_t number)> &parse) {
+    if (content.substr(0, kByteOrderMark.size()) == kByteOrderMark)
+        content.remove_prefix(kByteOrderMark.size());
+    for (size_t number = 1; !content.empty() && errors.size() < kMaxErrors; ++number) {
+        const std::string_view line = TakeLine(content);
+        if (IsEmptyOrComment(line))
+            continue;
+        try {
+            parse(line, number);
+        } catch (const Failure &failure) {
+            errors.push_back({file, number, failure.what()});
+        }
+    }
+    if (errors.size() >= kMaxErrors)
+        errors.push_back({file, 0, "too many errors, the rest is not checked"});
+}
+
+std::string_view WithoutBlanksBefore(std::string_view line) {
+    return line.substr(std::min(line.find_first_not_of(kBlanks), line.size()));
+}
+
+std::string_view NextWord(std::string_view line) {
+    line = WithoutBlanksBefore(line);
+    return line.substr(0, line.find_first_of(kBlanks));
+}
+
+std::string_view TakeWord(std::string_view &line) {
+    const std::string_view word = NextWord(line);
+    line = WithoutBlanksBefore(line);
+    line.remove_prefix(word.size());
+    return word;
+}
+
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+std::string TakeQuoted(std::string_view &line) {
+    line = WithoutBlanksBefore(line);
+    if (line.empty() || line[0] != '"')
+        throw Failure("expected a string in double quotes, found " + Found(NextWord(line)));
+    std::string text;
+    for (size_t i = 1; i < line.size(); ++i) {
+        if (line[i] == '"') {
+            line.remove_prefix(i + 1);
+            return text;
+        }
+        const bool escaped = line[i] == '\\' && i + 1 < line.size();
+        text += escaped ? Unescaped(line[++i]) : line[i];
+    }
+    throw Failure("unterminated string");
+}
+
+bool IsDrawableUtf8(std::string_view text) {
+    const auto follows = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
+    while (!text.empty()) {
+        const size_t length = Utf8Length(static_cast<unsigned char>(text[0]));
+        if (text[0] == 0 || length == 0 || length > text.size() ||
+            !std::all_of(text.begin() + 1, text.begin() + static_cast<ptrdiff_t>(length), follows))
+            return false;
+        text.remove_prefix(length);
+    }
+    return true;
+}
+
+} // namespace overlay

@@ -1,0 +1,229 @@
+#!/bin/sh
+# SPDX-License-Identifier: MIT
+# orn-overlay as a user meets it: orn_overlay_test.sh CBFCONV ORN_OVERLAY REPOSITORY
+set -u
+cbfconv=$1 overlay=$2 repository=$3
+ttf=/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work" || exit 1
+failures=0
+
+fail() {
+    echo "FAILED: $*" >&2
+    failures=$((failures + 1))
+}
+
+# expect STATUS PATTERN COMMAND...: the exit status, and a line of standard error (or none for '').
+expect() {
+    status=$1 pattern=$2
+    shift 2
+    "$@" <"${input:-/dev/null}" >output 2>errors
+    actual=$?
+    [ "$actual" = "$status" ] || fail "exit $actual instead of $status: $*: $(head -n 3 errors)"
+    if [ -z "$pattern" ]; then
+        [ ! -s errors ] || fail "unexpected message: $*: $(head -n 3 errors)"
+    else
+        grep -q -- "$pattern" errors || fail "no '$pattern' in: $(head -n 3 errors)"
+    fi
+}
+
+"$cbfconv" -s 16 -r 0x20-0x7E,0xA0-0xFF -o sans.cbf "$ttf"
+"$cbfconv" -s 16 -r 65,66 -o some.cbf "$ttf"
+
+# ---- errors ----
+cat >wrong.txt <<'SCRIPT'
+# a comment, and further down an empty line
+* box text.left 2 3 4 red
+5 blob
+* box 1 2 3 red
+* fill 1 2 3 4 #12
+9-3 hline 1 2 3 red
+* text 1 2 red "no end
+* line 1 2 3 99999999999 red
+* box 1 2 3 4 red dotted
+* box top 2 3 4 red
+* box 1 2 right- 4 red
+* box +1 2 3 4 red
+* box 1% 2%% 3 4 red
+
+* box box.left 2 3 4 red
+* box 1 2 3 4 id
+* label 1 2 red red middel "x"
+* picture 0 0 3 3 "wrong.txt"
+* trail 9 red
+font "wrong.txt"
+SCRIPT
+expect 1 "wrong.txt:3: unknown command 'blob'" "$overlay" --size 8x6 --font sans.cbf wrong.txt
+for line in 2 $(seq 4 13) $(seq 15 20); do
+    grep -q "^orn-overlay: wrong.txt:$line: " errors || fail "line $line is not refused"
+done
+echo '* text 1 2 red "a"' >text.txt
+expect 1 'text.txt:1: .*font' "$overlay" --size 8x6 text.txt
+expect 1 'nowhere.txt: No such file' "$overlay" --size 8x6 nowhere.txt
+expect 1 'wrong.txt: not a CBF font' "$overlay" --size 8x6 --font wrong.txt text.txt
+expect 2 'size' "$overlay" text.txt
+expect 2 'size' "$overlay" --size 0x6 text.txt
+expect 2 'format' "$overlay" --size 8x6 --format rgb text.txt
+expect 2 'terminal\|SCRIPT' "$overlay" --size 8x6
+expect 2 'stride: expected at least 8' "$overlay" --size 7x6 --stride 7 text.txt
+expect 0 'no frames' "$overlay" --size 8x6 --font sans.cbf text.txt
+expect 0 '' "$overlay" --check --font sans.cbf text.txt
+
+# ---- frames ----
+# bytes COUNT VALUE(octal)
+bytes() {
+    head -c "$1" /dev/zero | tr '\0' "\\$2"
+}
+
+: >empty.txt
+for size in 8x6 7x5 1x1; do
+    w=${size%x*} h=${size#*x}
+    frame=$((w * h + (w + 1) / 2 * 2 * ((h + 1) / 2)))
+    head -c $((3 * frame)) "$repository/tests/lines_test.cpp" >in
+    input=in expect 0 '' "$overlay" --size $size empty.txt
+    cmp -s in output || fail "frames of $size do not pass unchanged"
+    head -c $((2 * frame + 1)) in >cut
+    input=cut expect 1 "frame 2 is cut short: 1 of $frame bytes" "$overlay" --size $size empty.txt
+    [ "$(wc -c <output)" = $((2 * frame)) ] || fail "whole frames before a short one are lost"
+done
+
+# White (luma 254) over columns 1-2 of row 1, in frame 1 alone; odd width, one chroma sample pair.
+echo '1 fill 1 1 3 2 white' >fill.txt
+bytes $((3 * (5 * 3 + 6 * 2))) 000 >in
+input=in expect 0 '' "$overlay" --size 5x3 fill.txt
+{
+    bytes 27 000
+    bytes 6 000; bytes 2 376; bytes 7 000
+    bytes 4 200; bytes 8 000
+    bytes 27 000
+} >expected
+cmp -s output expected || fail "a fill does not land where the script says"
+bytes $((2 * 15)) 000 >in
+input=in expect 0 '' "$overlay" --size 5x3 --format y8 fill.txt
+{ bytes 15 000; bytes 6 000; bytes 2 376; bytes 7 000; } >expected
+cmp -s output expected || fail "Y8 frames are drawn wrongly"
+
+echo '* label 0 0 white black "{frame} {time}"' >label.txt
+bytes $((2 * 160 * 40 * 3 / 2)) 100 >in
+input=in expect 0 '' "$overlay" --size 160x40 --font sans.cbf --fps 10 label.txt
+head -c 9600 output >first
+tail -c 9600 output | cmp -s - first && fail "{frame} shows the same in every frame"
+
+# A disc is as wide as its rows say, a copy repeats it, half the bits of a bitmap stay clear.
+printf 'P1\n2 1\n1 0\n' >half.pbm
+printf 'P4\n9 9\n12345' >cut.pbm
+cat >shapes.txt <<'SCRIPT'
+* disc 4 4 12 12 white
+* copy 20 4 28 12 4 4
+* bitmap 40 4 44 8 white "half.pbm"
+* roundfill 50 2 60 12 3 3 white
+SCRIPT
+bytes $((64 * 16)) 000 >in
+input=in expect 0 '' "$overlay" --size 64x16 --format y8 shapes.txt
+row=$(tail -c +$((64 * 8 + 1)) output | head -c 64 | od -An -v -tu1 | tr -d '\n' | tr -s ' ' | sed 's/ 254/#/g; s/ 0/./g')
+[ "$row" = "....########........########......................##########...." ] ||
+    fail "row 8 of the shapes is $row"
+[ "$(tail -c +$((64 * 4 + 41)) output | head -c 4 | od -An -tu1 | tr -d ' ')" = 25425400 ] ||
+    fail "a bitmap is not scaled to its rectangle"
+echo '* bitmap 0 0 9 9 white "cut.pbm"' >pbm.txt
+expect 1 'pbm.txt:1: cut.pbm: it is cut short' "$overlay" --size 8x6 pbm.txt
+echo '* bitmap 0 0 9 9 white half "nowhere.pbm"' >pbm.txt
+expect 1 'pbm.txt:1: nowhere.pbm: No such file' "$overlay" --size 8x6 pbm.txt
+for script in "$repository"/docs/gallery/*.txt; do
+    "$overlay" --check --font sans.cbf "$script" ||
+        fail "$script has errors"
+done
+
+# ---- places, tracks and layouts ----
+# The two scripts of a row (where | stands for the end of a line) draw the same into two frames.
+printf '\357\273\277frame,id,left,top,width,height,conf\n1,7,10,4,4.6,3,0.9\n\n2, 2.0e0 ,60,2,20,5\n' >tracks.csv
+printf '1,3,4,4,9,9,0.1\r\n# a gap\n1,1,8,4,4,4\r\n3,1,16,6,8,4,-1,-1,-1\n4,3,50,2,4,4\n1,4,40,2,4,4\n3,5,50,2,4,4\n' >gap.csv
+while IFS='=' read -r files one other; do
+    for script in one other; do
+        eval "printf '%s' \"\$$script\"" | tr '|' '\n' >$script.txt
+        bytes $((3 * 64 * 24)) 000 >in
+        input=in expect 0 '' "$overlay" --size 64x24 --format y8 --font sans.cbf $files $script.txt
+        mv output $script.out
+        files=
+    done
+    cmp -s one.out other.out || fail "not the same: $one: $other"
+    cmp -s one.out in && fail "draws nothing: $one"
+done <<'TABLE'
+=* fill right-8 bottom-4 right bottom white=* fill 56 20 64 24 white
+=* fill center-50% 25% centre+2 top+50% white=* fill 0 6 34 12 white
+=* fill 4 5 +10 +6 white=* fill 4 5 14 11 white
+=* polygon white 9,2 +20,+0 +-5,+50%=* polygon white 9,2 29,2 24,14
+=* roundfill left top right bottom 25% 6 white=* roundfill 0 0 64 24 16 6 white
+=* label right bottom white white "ab"=* label 99 99 white white "ab"
+=* label center 1 white red "a"=* label 32 1 white red center "a"
+=* label 3 0 white white "ab"=* measure 9 6 left top "ab"|* fill text.left-6 text.top-6 text.right+6 text.bottom+6 white
+=* label 3 0 white white "ab"=* label 3 0 red red "ab"|* fill text.left text.top text.right text.bottom white
+=font "some.cbf"|* text 3 20 white "aA"=font "some.cbf"|* text 3 20 white "bA"
+=* outlined 99 99 white red inside "a"=* outlined right-3 bottom-3 white red "a"
+=* text 14 1 white down "a\nb"|* fill text.left text.top text.right text.bottom red=* measure 14 1 down "a\nb"|* fill text.left text.top text.right text.bottom red
+=* fill 1 1 2 2 white|1 text 3 20 red "a"|0 fill text.left 0 9 9 white=* fill 1 1 2 2 white|1 text 3 20 red "a"
+--fps 0.3=* text 60 20 white right "{time} {frame}"=0 text 60 20 white right "00:00:00.0 0"|1 text 60 20 white right "00:00:03.3 1"|2 text 60 20 white right "00:00:06.6 2"
+--tracks tracks.csv=tracks measure 1 9 "a"|* text 3 20 white "{id}"=* text 3 20 white "{id}"
+--tracks tracks.csv=tracks fill box.left box.top box.right box.bottom white=0 fill 10 4 15 7 white|1 fill 60 2 80 7 white
+--tracks tracks.csv=* fill 0 0 1 1 red=* fill 0 0 1 1 red|0 box 10 4 14 6 #2fe0c0|0 label 10 4 black #2fe0c0 bottom "7"|1 box 60 2 79 6 #35c4ff|1 label 60 2 black #35c4ff bottom "2"
+--tracks gap.csv --max-gap 2 --min-confidence -1=tracks disc box.left box.top box.right box.bottom white=0 disc 4 4 13 13 white|0 disc 8 4 12 8 white|0 disc 40 2 44 6 white|1 disc 12 5 18 9 white|2 disc 16 6 24 10 white|2 disc 50 2 54 6 white
+--tracks gap.csv --max-gap 2 --min-confidence 0.5=tracks fill box.left box.top box.right box.bottom white=0 fill 8 4 12 8 white|0 fill 40 2 44 6 white|2 fill 50 2 54 6 white
+--tracks gap.csv --max-gap 1=tracks line 0 0 box.center box.center white=0 line 0 0 10 6 white|0 line 0 0 8 8 white|0 line 0 0 42 4 white|2 line 0 0 20 8 white|2 line 0 0 52 4 white
+--tracks gap.csv --max-gap 2=tracks trail 1 white=1 line 15 9 10 8 white|2 line 20 10 15 9 white
+--tracks gap.csv --first-frame 0=tracks text box.center 20 white "{id} {conf}"=1 text 10 20 white center "1 1.00"|1 text 8 20 white center "3 0.10"|1 text 42 20 white center "4 1.00"
+TABLE
+while IFS='=' read -r row reason; do
+    printf 'frame,id\n%s\n' "$row" >bad.csv
+    expect 1 "bad.csv:2: $reason" "$overlay" --check --tracks bad.csv
+done <<'TABLE'
+1,2,3=expected frame,id.* found 3 values
+0,1,2,3,4,5=bad frame '0': the first one is 1
+1,1.5,2,3,4,5=bad id '1.5'
+1,1,nan,3,4,5=bad left 'nan'
+1,1,2,3,-4,5=bad width '-4'
+1,1,2,3,4,5,high=bad confidence 'high'
+TABLE
+echo 'tracks fill 1 1 2 2 red' >tracks.txt
+expect 1 'tracks.txt:1: .*needs tracked boxes' "$overlay" --check tracks.txt
+for turn in '' down up inverted; do
+    echo "* text 30 12 white $turn \"ab\"" >turn.txt
+    input=in "$overlay" --size 64x24 --format y8 --font sans.cbf turn.txt <in | cksum
+done | sort -u >turns
+[ "$(wc -l <turns)" = 4 ] || fail "four directions of text look like $(wc -l <turns)"
+echo '* label 9 1 red red "a"' >label.txt # luma 76, U 84
+input=in expect 0 '' "$overlay" --size 64x24 --font sans.cbf label.txt
+od -An -v -tu1 -w1 output | awk '$1 == 76 { ++y } $1 == 84 { u += 4 } END { exit !y || y != u }' ||
+    fail "a label's colour ends elsewhere than its luma"
+
+# colour OPTIONS COLOUR YUV: what a fill leaves in a frame of 2 x 1 pixels.
+while IFS='=' read -r options colour expected; do
+    echo "* fill 0 0 2 1 $colour" >colour.txt
+    bytes 4 000 >in
+    input=in expect 0 '' "$overlay" --size 2x1 $options colour.txt
+    [ "$(od -An -tu1 output | tr -s ' ')" = " $expected" ] || fail "$options $colour: $(od -An -tu1 output)"
+done <<'TABLE'
+--range limited=white=235 235 128 128
+--range limited=red=81 81 90 240
+--range limited --matrix BT709=#ff0000=63 63 102 240
+TABLE
+
+# Rows of 5 luma pixels in 8 bytes, of which the padding passes; then with other padding, or none.
+echo '0 fill 4 0 5 1 white' >fill.txt
+printf 'abcdeABCfghijDEFuvuvuvGHabcdeABCfghijDEFuvuvuvGH' >in
+{ printf abcd; bytes 1 376; printf ABCfghijDEFuvuv; bytes 2 200; printf GHabcdeABCfghijDEFuvuvuvGH; } >padded
+input=in expect 0 'times real time' "$overlay" --size 5x2 --stride 8 --stats --fps 9 fill.txt
+cmp -s output padded || fail "padding does not pass unchanged"
+{ printf abcdeA; printf fghijD; printf uvuvuv; } >expected
+input=in expect 0 '' "$overlay" --size 5x2 --stride 8 --output-stride 6 empty.txt
+head -c 18 output | cmp -s - expected || fail "rows are not cut to the output's stride"
+printf abcdefghi >clip.raw
+printf '1- picture 1 0 3 1 "clip.raw"\n' >picture.txt
+bytes 25 056 >in
+input=in expect 0 '' "$overlay" --size 5x1 --format y8 picture.txt
+[ "$(cat output)" = ......abc..def..ghi..abc. ] || fail "pictures show as $(cat output)"
+expect 1 'picture.txt:1: clip.raw: its 9 bytes' "$overlay" --size 5x1 picture.txt
+expect 1 'standard output: No space' sh -c '"$@" <in >/dev/full' - "$overlay" --size 5x1 empty.txt
+
+[ $failures = 0 ] || echo "$failures failures" >&2
+exit $((failures > 0))

@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: MIT
+// What the engine of overlays promises to clients beyond what orn-overlay shows: frames in any
+// order, several engines, settings that change between frames, errors as values.
+#include "overlay/engine.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <random>
+#include <vector>
+
+namespace {
+
+using overlay::Engine;
+using overlay::Errors;
+using overlay::FrameShape;
+
+constexpr int32_t kWidth = 16;
+constexpr int32_t kHeight = 4;
+constexpr overlay::ColourSpace kLimited{overlay::Range::Limited, overlay::Matrix::Bt709};
+const FrameShape kY8{kWidth, kHeight, false, {}};
+
+// The bytes of one frame that was zero: luma, then chroma of the same stride.
+std::vector<uint8_t> Drawn(Engine &engine, int64_t number, bool hasChroma = false) {
+    std::vector<uint8_t> bytes(kWidth * (kHeight + kHeight / 2));
+    OrnMinRenderImage image{};
+    image.width = kWidth;
+    image.height = kHeight;
+    image.stride = kWidth;
+    image.yPlane = bytes.data();
+    image.uvPlane = hasChroma ? bytes.data() + kWidth * kHeight : nullptr;
+    engine.Draw(image, number, {number, 25});
+    return bytes;
+}
+
+std::string Told(const Errors &errors) {
+    std::string told;
+    for (const overlay::Error &error : errors)
+        told += error.Message() + "\n";
+    return told;
+}
+
+// A folder with a picture of two frames, 2 x 2 pixels of luma alone, or of one and a third with
+// chroma.
+struct Folder {
+    std::string path = "/tmp/orn_overlay_XXXXXX";
+    Folder() {
+        if (!mkdtemp(path.data()))
+            abort();
+        std::ofstream(path + "/two.raw") << "abcdefgh";
+    }
+    ~Folder() {
+        std::remove((path + "/two.raw").c_str());
+        std::remove(path.c_str());
+    }
+};
+
+} // namespace
+
+// Overlay i owns column i of row 0, and is shown in its range alone.
+TEST(Overlay, FramesInAnyOrder) {
+    constexpr int64_t ranges[][2] = {{3, 9}, {0, 0}, {5, 1000}, {9, 9}, {4, 4}, {0, 7}, {2, 3}};
+    std::string script;
+    for (size_t i = 0; i < std::size(ranges); ++i)
+        script += std::to_string(ranges[i][0]) + "-" + std::to_string(ranges[i][1]) + " fill " +
+                  std::to_string(i) + " 0 +1 1 white\n";
+    Engine engine({});
+    ASSERT_EQ(Told(engine.SetScript(script, "script")), "");
+    engine.SetFrames(kY8);
+    std::mt19937 random(1);
+    for (int step = 0; step < 200; ++step) {
+        const int64_t number = step < 14 ? step : static_cast<int64_t>(random() % 12);
+        const std::vector<uint8_t> bytes = Drawn(engine, number);
+        for (size_t i = 0; i < std::size(ranges); ++i)
+            EXPECT_EQ(bytes[i] != 0, ranges[i][0] <= number && number <= ranges[i][1])
+                << "step " << step << " frame " << number << " overlay " << i;
+    }
+}
+
+TEST(Overlay, TwoEnginesShareNothing) {
+    Engine one({});
+    Engine other({{}, true, {}});
+    one.SetScript("* fill 0 0 1 1 white", "one");
+    other.SetScript("tracks fill box.left 0 +1 1 id", "other");
+    other.SetTracks("1,1,2,0,1,1\n2,2,3,0,1,1\n", "tracks", {});
+    one.SetFrames({kWidth, kHeight, true, kLimited});
+    other.SetFrames(kY8);
+    const auto first = Drawn(other, 0);
+    EXPECT_EQ(Drawn(one, 1, true)[0], 235);
+    const auto second = Drawn(other, 1);
+    EXPECT_TRUE(first[2] && !first[3] && !second[2] && second[3] && first[2] != second[3]);
+    EXPECT_FALSE(first[0] || second[0]);
+    EXPECT_EQ(Drawn(other, 0), first);
+}
+
+// Frames, and what they mean, may become known after the script, and change.
+TEST(Overlay, TheShapeMayCome) {
+    Engine engine({});
+    engine.SetScript("* fill right-1 0 right 1 white", "script");
+    EXPECT_EQ(Drawn(engine, 0), std::vector<uint8_t>(kWidth * (kHeight + kHeight / 2)));
+    engine.SetFrames(kY8);
+    EXPECT_EQ(Drawn(engine, 0)[kWidth - 1], 254);
+    engine.SetFrames({8, kHeight, false, kLimited});
+    EXPECT_EQ(Drawn(engine, 0)[7], 235);
+    engine.SetScript("* fill 3 0 4 1 white", "script");
+    EXPECT_EQ(Drawn(engine, 0)[3], 235);
+}
+
+TEST(Overlay, PicturesFollowTheShape) {
+    const Folder folder;
+    const std::string file = folder.path + "/script";
+    const std::string script = "* fill 9 0 10 1 white\n\n1- picture 0 0 2 2 \"two.raw\"";
+    const std::string refusal =
+        file + ":3: " + folder.path + "/two.raw: its 8 bytes are no whole frames of 6\n";
+    Engine engine({});
+    ASSERT_EQ(Told(engine.SetScript(script, file)), "");
+    EXPECT_EQ(Told(engine.SetFrames({kWidth, kHeight, true, {}})), refusal);
+    EXPECT_TRUE(Drawn(engine, 1, true)[9] && !Drawn(engine, 1, true)[0]); // the rest is drawn
+    EXPECT_EQ(Told(engine.SetFrames(kY8)), "");
+    for (const auto &[number, luma] : {std::pair(2, 'e'), {3, 'a'}, {1, 'a'}, {2, 'e'}})
+        EXPECT_EQ(Drawn(engine, number)[0], luma) << number;
+    engine.SetFrames({kWidth, kHeight, true, {}});
+    engine.SetFrames(kY8);
+    EXPECT_EQ(Drawn(engine, 2)[0], 'e'); // opened again, and read again
+    Engine early({{}, false, true});     // knows of the chroma before the script comes
+    EXPECT_EQ(Told(early.SetScript(script, file)), refusal);
+
+    engine.SetScript("* picture 0 0 2 2 \"two.raw\"", file);
+    std::ofstream(folder.path + "/two.raw") << "abcd";
+    EXPECT_THROW(Drawn(engine, 1), overlay::Failure);
+    EXPECT_EQ(Drawn(engine, 0)[0], 'a');
+}
+
+TEST(Overlay, ErrorsAreValuesAndChangeNothing) {
+    Engine engine({{"font=", "tracks=", "first="}, true, {}});
+    engine.SetScript("tracks fill box.left 0 +1 1 white", "right");
+    engine.SetTracks("1,1,2,0,1,1", "right", {});
+    engine.SetFrames(kY8);
+    const auto before = Drawn(engine, 0);
+    EXPECT_TRUE(before[2]);
+    EXPECT_EQ(Told(engine.SetScript("# first\n* text 0 9 red \"x\"\n* blob", "wrong")),
+              "wrong:2: 'text' needs a font: name one by font= or in a line before\n"
+              "wrong:3: unknown command 'blob'\n");
+    EXPECT_EQ(Told(engine.SetTracks("0,1,2,0,1,1", "wrong", {})),
+              "wrong:1: bad frame '0': the first one is 1, unless first= is given\n");
+    EXPECT_EQ(Told(engine.SetFont("/nowhere.cbf")), "/nowhere.cbf: No such file or directory\n");
+    EXPECT_EQ(Drawn(engine, 0), before);
+    std::string many;
+    for (int line = 0; line < 30; ++line)
+        many += "blob\n";
+    const Errors errors = engine.SetScript(many, "many");
+    ASSERT_EQ(errors.size(), 21u);
+    EXPECT_EQ(errors.back().Message(), "many: too many errors, the rest is not checked");
+}

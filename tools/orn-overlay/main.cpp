@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+// orn-overlay: reads raw frames from standard input, burns the overlays of a script into each, and
+// writes them to standard output.
+#include "options.h"
+#include "raw_frames.h"
+#include "report.h"
+
+#include "common/failure.h"
+#include "common/input_file.h"
+#include "common/program.h"
+#include "common/streams.h"
+#include "overlay/engine.h"
+
+#include <csignal>
+#include <string>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr double kUsualRate = 25; // of {time}, when no other is given
+
+// Tells of all errors; true when there are none.
+bool NoErrors(const overlay::Errors &errors) {
+    for (const overlay::Error &error : errors)
+        tool::Say(kProgram, error.Message());
+    return errors.empty();
+}
+
+// False when something is wrong, of which it has told.
+bool Load(overlay::Engine &engine, const Options &options) {
+    if (!options.fontPath.empty() && !NoErrors(engine.SetFont(options.fontPath)))
+        return false;
+    const std::string script =
+        options.scriptPath.empty() ? std::string() : tool::ReadText(options.scriptPath);
+    const bool scriptIsRight = NoErrors(engine.SetScript(script, options.scriptPath));
+    if (options.tracksPath.empty())
+        return scriptIsRight;
+    const std::string tracks = tool::ReadText(options.tracksPath);
+    return NoErrors(engine.SetTracks(tracks, options.tracksPath, options.tracks)) && scriptIsRight;
+}
+
+void DrawFrames(overlay::Engine &engine, const Options &options) {
+    const double rate = options.framesPerSecond.value_or(kUsualRate);
+    RawFrames frames(options);
+    const OrnMinRenderImage image = frames.Image();
+    Report report(options);
+    for (int64_t number = 0; frames.Read(); ++number) {
+        const auto start = Report::Clock::now();
+        engine.Draw(image, number, {number, rate});
+        report.Drawn(number + 1, Report::Clock::now() - start);
+        frames.Write();
+    }
+    report.Finish(frames.Count());
+}
+
+int Run(int argc, char **argv) {
+    std::signal(SIGPIPE, SIG_IGN); // a closed output is reported like any other failure to write
+    const std::optional<Options> options = ReadOptions(argc, argv);
+    if (!options)
+        return 0;
+    overlay::Engine engine({OptionNames(), !options->tracksPath.empty(), options->shape.hasChroma});
+    if (!Load(engine, *options))
+        return tool::kBadData;
+    if (options->check)
+        return 0;
+    if (isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0)
+        throw tool::Failure(
+            tool::kBadUsage,
+            "standard input and output are raw frames: use pipes or files, not a terminal");
+    if (!NoErrors(engine.SetFrames(options->shape)))
+        return tool::kBadData;
+    DrawFrames(engine, *options);
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    return tool::RunProgram(kProgram, argc, argv, Run);
+}

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+// Raw frames from standard input to standard output, one at a time.
+#pragma once
+
+#include "options.h"
+
+#include "overlay/frame_memory.h"
+
+#include <cstdint>
+#include <orn_min_render.h>
+
+class RawFrames {
+  public:
+    explicit RawFrames(const Options &options);
+
+    // The frame that was read last.
+    OrnMinRenderImage Image();
+
+    // Reads the next frame. False at the end of the input. Throws tool::Failure, also when the
+    // frame is cut short.
+    bool Read();
+
+    // Writes the frame. Throws tool::Failure.
+    void Write();
+
+    int64_t Count() const { // of frames that were read
+        return count;
+    }
+
+  private:
+    overlay::RawLayout input;
+    overlay::RawLayout output;
+    overlay::FrameMemory frame;
+    int64_t count = 0;
+};
