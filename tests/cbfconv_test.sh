@@ -108,6 +108,11 @@ done
 modes=$(stat -c '%A %N' link.cbf real.cbf pipe.cbf "$long" | cut -c1-10 | paste -sd' ')
 [ "$modes" = 'lrwxrwxrwx -rw----r-- prw-r----- -rw-r-----' ] || fail "modes: $modes"
 
+# Waiting for a pipe's reader can be ended, and leaves nothing.
+mkdir temporary
+run 124 '^$' timeout -k 5 1 env TMPDIR=temporary "$cbfconv" -s 16 -o pipe.cbf "$ttf"
+rmdir temporary || fail "a temporary file is left"
+
 # What is read is not overwritten, whatever its name.
 cp text.txt message.txt
 ln message.txt same.txt

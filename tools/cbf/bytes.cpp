@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Byte by byte, so that the order of the machine's own bytes doesn't matter.
 #include "cbf/bytes.h"
 
 namespace cbf {

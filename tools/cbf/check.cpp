@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Sections, then glyphs, then what no text can ask for.
 #include "cbf/check.h"
 
 #include "cbf.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Package-merge, which is optimal under a limit where Huffman's own construction knows none.
 #include "cbf/code_lengths.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The one place where numbers may be hexadecimal: that is how Unicode names its characters.
 #include "cbf/code_points.h"
 
 #include "common/text.h"

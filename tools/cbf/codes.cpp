@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Codes follow from their lengths alone, so a table in the file is a list of lengths.
 #include "cbf/codes.h"
 
 #include "cbf.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// What lists of faults leave out is told by kind.
 #include "cbf/complaints.h"
 
 #include <algorithm>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// A record's head, then its runs, which never write more pixels than the box has: so the time of a
+// glyph is bounded by its box and its bits.
 #include "cbf/glyph_reader.h"
 
 #include "cbf.h"

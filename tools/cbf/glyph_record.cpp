@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Limits are those of the fields: signed bytes for the box, in each direction of writing, and 16
+// bits for advance and bit count.
 #include "cbf/glyph_record.h"
 
 #include "cbf.h"

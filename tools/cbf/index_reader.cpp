@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Records are read into deltas, and these summed up at the end: a later record may fill slots
+// before an earlier one's.
 #include "cbf/index_reader.h"
 
 #include "cbf.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// How records are split decides how large the index is, so a few ways are tried.
 #include "cbf/index_writer.h"
 
 #include "cbf.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Where sharing a record pays can't be said beforehand: a few limits are tried, and the smallest
+// wins.
 #include "cbf/layout.h"
 
 #include "cbf.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Sections are read even where the font does not load, so that all their faults are found at once.
 #include "cbf/reader.h"
 
 #include "cbf.h"

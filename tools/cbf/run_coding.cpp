@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Codes are made, then rare lengths are given up for two shorter runs where tables and runs get
+// smaller together.
 #include "cbf/run_coding.h"
 
 #include "cbf.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The codes of a usable table ascend when their bits are aligned, so a code is found by bisection:
+// another way than the library's, with which it is held together in the tests.
 #include "cbf/table_reader.h"
 
 #include "cbf.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Glyphs become runs, runs get codes, coded records get places, and the sections follow each other.
 #include "cbf/writer.h"
 
 #include "cbf.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// A bit for each code point: lists are long and overlap.
 #include "cbfconv/code_point_set.h"
 
 #include "cbf/code_points.h"

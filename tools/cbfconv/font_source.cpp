@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The format is told by how the file begins, not by its name.
 #include "cbfconv/font_source.h"
 
 #include "cbfconv/freetype_font.h"

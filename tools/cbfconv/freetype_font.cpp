@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Glyphs are rendered in one bit by FreeType's own hinting for that; bitmaps are taken as they are.
 #include "cbfconv/freetype_font.h"
 
 #include "cbf/code_points.h"

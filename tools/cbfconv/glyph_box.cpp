@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Boxes as small as the ink, which is what a record stores.
 #include "cbfconv/glyph_box.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The whole file is read, and glyphs are made when they are asked for.
 #include "cbfconv/hex_font.h"
 
 #include "cbfconv/glyph_box.h"

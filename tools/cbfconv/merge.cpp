@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Characters are asked for in ascending order, from each font in the order of the command line.
 #include "cbfconv/merge.h"
 
 #include "cbf/code_points.h"

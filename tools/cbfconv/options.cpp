@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Options before a font hold for it and those after, so the order of the command line is gone
+// through once more after it has been parsed.
 #include "cbfconv/options.h"
 
 #include "common/command_line.h"

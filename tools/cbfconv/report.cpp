@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Omissions are notes on standard error, results the answer to -v on standard output.
 #include "cbfconv/report.h"
 
 #include "cbf.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The expected picture of a glyph is made here from its pixels, turned one by one: another way than
+// the library's, which turns runs.
 #include "cbfconv/verify.h"
 
 #include "cbf/code_points.h"

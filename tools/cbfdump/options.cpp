@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Modes exclude each other; without any, the summary is shown.
 #include "cbfdump/options.h"
 
 #include "common/command_line.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// As large as the library measures, which is also what shows if it measures wrongly.
 #include "cbfdump/picture.h"
 
 #include "cbf.h"

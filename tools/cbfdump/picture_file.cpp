@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// PNG goes through a pipe to ffmpeg, so that there is no need for a library that writes it.
 #include "cbfdump/picture_file.h"
 
 #include "common/failure.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Cells are alike and as large as the largest glyph; their number in a row is what keeps the sheet
+// from getting more than twice as high as wide.
 #include "cbfdump/sheet.h"
 
 #include "cbf/code_points.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Rows of text, made in memory, so that a result is written whole or not at all.
 #include "cbfdump/show.h"
 
 #include "cbf/code_points.h"

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Sections are listed as the file has them, glyph records counted once however many characters
+// share them.
 #include "cbfdump/summary.h"
 
 #include "cbf.h"

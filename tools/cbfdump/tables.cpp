@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Codes are listed by length: within one length they count up, so the symbols alone tell them.
 #include "cbfdump/tables.h"
 
 #include "cbf.h"

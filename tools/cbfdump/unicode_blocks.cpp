@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// In ascending order, for the bisection below.
 #include "cbfdump/unicode_blocks.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The reason of a system call is asked for before anything else can change it.
 #include "common/failure.h"
 
 #include <cerrno>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Read by descriptor, so that pipes that don't block and interrupted calls are waited for as
+// everywhere.
 #include "common/input_file.h"
 
 #include "common/descriptor.h"

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// std::from_chars decides what a number is: no locale, no octal, no blanks around it.
 #include "common/numbers.h"
 
 #include "common/failure.h"

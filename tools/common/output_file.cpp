@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// The temporary file lies beside the target, since renaming works within one file system only;
+// where nothing is replaced it lies in the folder for temporary files.
 #include "common/output_file.h"
 
 #include "common/descriptor.h"

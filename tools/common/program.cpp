@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// One function tells of all exceptions, those from before main among them.
 #include "common/program.h"
 
 #include "common/failure.h"

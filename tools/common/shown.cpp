@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Control characters are those of ASCII and Latin-1: a terminal may obey either.
 #include "common/shown.h"
 
 #include <cstdio>

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Every call of read and write of the programs stands here, with what is to be done where it comes
+// back early.
 #include "common/streams.h"
 
 #include "common/failure.h"

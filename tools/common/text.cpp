@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// Measured first and then written, so that no length is assumed.
 #include "common/text.h"
 
 #include <cstdarg>

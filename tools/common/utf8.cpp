@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// A character has one form only, the shortest, which is what decoding compares with.
 #include "common/utf8.h"
 
 namespace tool {

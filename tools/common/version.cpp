@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+// The version stands in the public header and nowhere else.
 #include "common/version.h"
 
 #include "common/text.h"
