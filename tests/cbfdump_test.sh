@@ -29,7 +29,7 @@ record=$(($("$cbfdump" feed.cbf | awk '$4 == "%" && /index records/ { print $1 }
 printf '\012' | dd of=feed.cbf bs=1 seek=$record conv=notrunc 2>/dev/null
 run 1 'U+000A: has a glyph, but is never drawn' "$cbfdump" --check feed.cbf
 run 1 'stdin: is not a regular file' sh -c 'cat both.cbf | "$@"' - "$cbfdump" --check /dev/stdin
-run 1 'both.cbf: the picture would have' "$cbfdump" --text "$(printf '%020000d%200s0' 0 | tr ' ' '\n')" \
+run 1 'both.cbf: the picture would have' "$cbfdump" --text "$(printf '%020000d%200s0' 0 '' | tr ' ' '\n')" \
     both.cbf
 cp both.cbf "$(printf 'bell\a.cbf')"
 run 0 '^bell.x07.cbf: sound' "$cbfdump" --check "$(printf 'bell\a.cbf')"

@@ -17,7 +17,7 @@ short() {
         if [ $code = 1 ]; then
             grep -q : errors || fail "nothing is said with allocation $number failing: $*"
         else
-            [ $code = 0 ] && cmp -s output expected ||
+            { [ $code = 0 ] && cmp -s output expected; } ||
                 fail "exit $code, or another result, with allocation $number failing: $*"
         fi
         [ ! -e result ] || cmp result expected.result || fail "a bad file: allocation $number: $*"
