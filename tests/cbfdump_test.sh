@@ -17,6 +17,13 @@ outline=$("$cbfdump" --text A --outline tiny.cbf | head -n 5 | paste -sd/)
 size=$("$cbfdump" both.cbf | awk '$4 == "%" { sum += $2 } END { print sum }')
 [ "$size" = "$(wc -c <both.cbf)" ] || fail "the sections add up to $size bytes"
 [ "$("$cbfdump" --sheet sheet.pgm both.cbf; head -c 2 sheet.pgm)" = P5 ] || fail "no sheet"
+cp both.cbf font.pgm
+run 2 'is read' "$cbfdump" --sheet ./font.pgm font.pgm
+cmp both.cbf font.pgm || fail "a font is overwritten by its sheet"
 head -c 300 both.cbf >cut.cbf
 run 1 'offset 24: glyph data: .* past the end of the file, 300' "$cbfdump" --check cut.cbf
+for arguments in --help --version both.cbf "--tables both.cbf" "--text A both.cbf"; do
+    # shellcheck disable=SC2086 # words
+    full "$cbfdump" $arguments
+done
 [ "$failures" = 0 ]

@@ -30,3 +30,7 @@ same() {
     [ "$actual" = "$expected" ] || fail "cbfdump $*: $actual, not $expected"
 }
 
+# full COMMAND...: it fails where standard output is full, and says so.
+full() {
+    run 1 'standard output: No space left' sh -c '"$@" >/dev/full' - "$@"
+}

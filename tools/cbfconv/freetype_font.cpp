@@ -110,6 +110,8 @@ struct GrayBitmap {
 };
 
 std::vector<uint8_t> InkOf(FT_Library library, const FT_Bitmap &source) {
+    if (!source.buffer) // of a BDF glyph without bitmap, whatever its box
+        return std::vector<uint8_t>(size_t{source.width} * source.rows);
     GrayBitmap gray(library);
     if (FT_Bitmap_Convert(library, &source, &gray.bitmap, 1))
         throw FontError("has a bitmap of unknown form");

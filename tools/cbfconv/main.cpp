@@ -10,19 +10,9 @@
 #include "common/program.h"
 #include "common/streams.h"
 
-#include <filesystem>
-
 namespace cbfconv {
 
 using tool::Failure;
-
-static void CheckOutput(const Options &options) {
-    std::error_code ignored;
-    for (const Input &input : options.inputs)
-        if (std::filesystem::equivalent(input.path, options.output, ignored))
-            throw Failure(tool::kBadUsage, options.output + ": is a font to convert");
-    tool::CheckTarget(options.output);
-}
 
 static MergedFont ReadWanted(const Options &options, tool::Progress &progress) {
     MergedFont merged = ReadFonts(options, progress);
@@ -51,7 +41,7 @@ static void Publish(const std::string &path, const cbf::Bytes &bytes, const cbf:
 }
 
 static void Convert(const Options &options) {
-    CheckOutput(options);
+    tool::CheckTarget(options.output, options.files);
     MergedFont merged;
     cbf::File file;
     {

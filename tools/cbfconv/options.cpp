@@ -45,8 +45,7 @@ PerFont DeclareFontOptions(CLI::App &app, CommandLine &line) {
                        ->type_name("FONT");
     perFont.size =
         declare("-s,--size", line.sizes,
-                "Size in pixels (of the em square); 0, or none: a bitmap font's own", "PIXELS")
-            ->check(CLI::Range(0, 1000).description(""));
+                "Size in pixels (of the em square); 0, or none: a bitmap font's own", "PIXELS");
     perFont.ranges =
         declare("-r,--ranges", line.ranges, "Characters; what the font lacks is left out", "LIST");
     perFont.text = declare("-t,--text", line.texts,
@@ -64,12 +63,11 @@ void DeclareOptions(CLI::App &app, Options &options) {
                    "Character shown for those that the font lacks, instead of the font's own sign "
                    "for that")
         ->type_name("CHARACTER");
-    app.add_option("--letter-spacing", options.letterSpacing,
-                   "Pixels to add to the advance of every glyph that has one")
-        ->check(CLI::Range(-127, 127).description(""))
+    tool::AddInteger(app, "--letter-spacing", options.letterSpacing, -127, 127,
+                     "Pixels to add to the advance of every glyph that has one")
         ->type_name("PIXELS");
-    app.add_option("--line-spacing", options.lineSpacing, "Pixels to add to the line height")
-        ->check(CLI::Range(-1000, 1000).description(""))
+    tool::AddInteger(app, "--line-spacing", options.lineSpacing, -1000, 1000,
+                     "Pixels to add to the line height")
         ->type_name("PIXELS");
     app.add_flag("-v,--verbose", options.verbose, "Tell what was written");
     app.set_version_flag("--version", tool::VersionText("cbfconv"));
@@ -110,7 +108,7 @@ void ChangeSet(CodePointSet &set, const char *option, const std::string &list, b
 // The options in force at some place of the command line. A list replaces an earlier one once
 // fonts have used that.
 struct Asked {
-    std::string size;
+    int pixelSize = kNativeSize;
     std::vector<std::string> ranges, texts, exclusions;
     bool used = false;
 };
@@ -118,8 +116,7 @@ struct Asked {
 Input MakeInput(const std::string &path, const Asked &asked) {
     Input input;
     input.path = path;
-    if (!asked.size.empty())
-        input.pixelSize = std::stoi(asked.size);
+    input.pixelSize = asked.pixelSize;
     for (const std::string &text : asked.texts)
         AddCharactersOf(text, input.wanted);
     for (const std::string &list : asked.ranges)
@@ -137,7 +134,7 @@ Input MakeInput(const std::string &path, const Asked &asked) {
 void Ask(Asked &asked, const PerFont &options, const CLI::Option *option,
          const std::string &value) {
     if (option == options.size) {
-        asked.size = value;
+        asked.pixelSize = static_cast<int>(tool::IntegerBetween("--size", value, 0, 1000));
         return;
     }
     if (asked.used) {
@@ -193,6 +190,8 @@ std::optional<Options> ParseOptions(int argc, char **argv) {
     if (!tool::ParseCommandLine(app, argc, argv))
         return {};
     options.inputs = ListInputs(app, perFont);
+    options.files = line.fonts;
+    options.files.insert(options.files.end(), line.texts.begin(), line.texts.end());
     return options;
 }
 

@@ -18,6 +18,7 @@ struct Input {
 
 struct Options {
     std::vector<Input> inputs;
+    std::vector<std::string> files; // all that are read: fonts and texts
     std::string output;
     std::string fallback; // empty: the first font's own
     int letterSpacing = 0;

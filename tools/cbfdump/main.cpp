@@ -9,6 +9,7 @@
 #include "cbfdump/tables.h"
 #include "common/failure.h"
 #include "common/input_file.h"
+#include "common/output_file.h"
 #include "common/program.h"
 #include "common/shown.h"
 #include "common/streams.h"
@@ -58,6 +59,8 @@ static int Run(int argc, char **argv) {
     if (!parsed)
         return 0;
     const Options &options = *parsed;
+    if (!options.sheet.empty())
+        tool::CheckTarget(options.sheet, {options.path});
     const cbf::Bytes file = tool::ReadData(options.path);
     const cbf::FontFile font = cbf::ReadFont(file);
     if (options.check)

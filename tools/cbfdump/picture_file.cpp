@@ -16,6 +16,9 @@ namespace cbfdump {
 namespace {
 
 [[noreturn]] void BecomeFfmpeg(int input, int output) {
+    sigset_t none; // not even those that the output file holds back
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
     dup2(input, STDIN_FILENO);
     dup2(output, STDOUT_FILENO);
     execlp("ffmpeg", "ffmpeg", "-v", "error", "-f", "image2pipe", "-c:v", "pgm", "-i", "-", "-f",
@@ -44,12 +47,7 @@ int RunFfmpeg(const std::string &pgm, int output) {
 
 void WritePng(const std::string &pgm, const std::string &path) {
     tool::OutputFile file(path);
-    const int output =
-        open(file.TemporaryPath().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (output < 0)
-        throw tool::SystemFailure(path);
-    const int status = RunFfmpeg(pgm, output);
-    close(output);
+    const int status = RunFfmpeg(pgm, file.FileDescriptor());
     if (status == 127)
         throw tool::Failure(tool::kBadData,
                             path + ": a PNG needs the ffmpeg program; FILE.pgm is written without");
@@ -61,7 +59,6 @@ void WritePng(const std::string &pgm, const std::string &path) {
 } // namespace
 
 void WritePicture(const Picture &picture, const std::string &path) {
-    tool::CheckTarget(path);
     const std::string pgm = "P5\n" + std::to_string(picture.width) + " " +
                             std::to_string(picture.height) + "\n255\n" +
                             std::string(picture.luma.begin(), picture.luma.end());

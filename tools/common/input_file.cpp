@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "common/input_file.h"
 
+#include "common/descriptor.h"
 #include "common/failure.h"
 #include "common/streams.h"
 
@@ -10,26 +11,10 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace tool {
 
 namespace {
-
-struct Descriptor {
-    explicit Descriptor(const std::string &path)
-        : number(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-        if (number < 0)
-            throw SystemFailure(path);
-    }
-    ~Descriptor() {
-        close(number);
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-
-    const int number;
-};
 
 // Bytes that a regular file has now; none for pipes and the like.
 std::optional<uint64_t> KnownBytes(const Descriptor &file) {
@@ -47,7 +32,9 @@ Failure TooLarge(const std::string &path, uint64_t maxBytes) {
 // asked for, since only a read that comes up short tells the end.
 template <typename Content> Content ReadWhole(const std::string &path, uint64_t maxBytes) {
     constexpr uint64_t kLeastPart = 65536;
-    const Descriptor file(path);
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.number < 0)
+        throw SystemFailure(path);
     const std::optional<uint64_t> known = KnownBytes(file);
     const uint64_t limit = known ? maxBytes : std::min(maxBytes, kMaxStreamBytes);
     if (known > limit)

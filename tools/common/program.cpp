@@ -4,6 +4,7 @@
 #include "common/failure.h"
 #include "common/streams.h"
 
+#include <csignal>
 #include <new>
 
 #include <fcntl.h>
@@ -21,6 +22,7 @@ static void HoldStandardStreams() {
 
 int RunProgram(const char *name, int argc, char **argv, int (*run)(int argc, char **argv)) {
     HoldStandardStreams();
+    std::signal(SIGXFSZ, SIG_IGN); // a file that gets too large is told like any other failure
     try {
         return run(argc, argv);
     } catch (const Failure &failure) {
