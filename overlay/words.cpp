@@ -4,6 +4,7 @@
 #include "words.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace overlay {
 
@@ -83,6 +84,15 @@ std::string_view TakeWord(std::string_view &line) {
 
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';
+}
+
+std::optional<double> RealOf(std::string_view word) {
+    double value = 0;
+    const char *end = word.data() + word.size();
+    const auto result = std::from_chars(word.data(), end, value);
+    if (result.ec != std::errc() || result.ptr != end || !std::isfinite(value))
+        return std::nullopt;
+    return value;
 }
 
 std::string TakeQuoted(std::string_view &line) {

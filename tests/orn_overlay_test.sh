@@ -67,6 +67,22 @@ expect 2 'size' "$overlay" --size 0x6 text.txt
 expect 2 'format' "$overlay" --size 8x6 --format rgb text.txt
 expect 2 'terminal\|SCRIPT' "$overlay" --size 8x6
 expect 2 'stride: expected at least 8' "$overlay" --size 7x6 --stride 7 text.txt
+while read -r options; do # numbers are decimal and finite
+    expect 2 'expected.* not .*' "$overlay" --check $options text.txt
+done <<'TABLE'
+--fps nan
+--fps inf
+--min-confidence nan
+--min-confidence=-1e300
+--max-gap 0x20
+--max-gap 1001
+--size 0x10x6
+--size 8x6x
+--size 8
+--size 65536x6
+--size 8x6 --stride 0x10
+TABLE
+expect 0 '' "$overlay" --check --size 010x6 --stride 010 --font sans.cbf text.txt
 expect 0 'no frames' "$overlay" --size 8x6 --font sans.cbf text.txt
 expect 0 '' "$overlay" --check --font sans.cbf text.txt
 
@@ -182,6 +198,7 @@ done <<'TABLE'
 1,1.5,2,3,4,5=bad id '1.5'
 1,1,nan,3,4,5=bad left 'nan'
 1,1,2,3,-4,5=bad width '-4'
+1,1,1e308,3,1e308,5=bad left '1e308'
 1,1,2,3,4,5,high=bad confidence 'high'
 TABLE
 echo 'tracks fill 1 1 2 2 red' >tracks.txt
