@@ -58,6 +58,19 @@ expect 1 "wrong.txt:3: unknown command 'blob'" "$overlay" --size 8x6 --font sans
 for line in 2 $(seq 4 13) $(seq 15 20); do
     grep -q "^orn-overlay: wrong.txt:$line: " errors || fail "line $line is not refused"
 done
+# What is taken of a text, of a name and of a picture's header is all of it, and lines end at \r, too.
+while IFS='=' read -r line reason; do
+    printf "$line\n" >bytes.txt
+    expect 1 "bytes.txt:$reason" "$overlay" --size 8x6 --font sans.cbf bytes.txt
+done <<'TABLE'
+* text 1 20 white "a\300\200b"=1: the string is not UTF-8
+* text 1 20 white "a\374\200\200\200\200\200b"=1: the string is not UTF-8
+* text 1 20 white "a\000b"=1: the string is not UTF-8
+* text 1 20 white "a\342\202"=1: the string is not UTF-8
+font "sans.cbf\000.txt"=1: expected the name of a file, found 'sans.cbf?.txt'
+font ""=1: expected the name of a file
+* fill 1 2 3 4 red\r* blob=2: unknown command
+TABLE
 echo '* text 1 2 red "a"' >text.txt
 expect 1 'text.txt:1: .*font' "$overlay" --size 8x6 text.txt
 expect 1 'nowhere.txt: No such file' "$overlay" --size 8x6 nowhere.txt
@@ -128,7 +141,6 @@ tail -c 9600 output | cmp -s - first && fail "{frame} shows the same in every fr
 
 # A disc is as wide as its rows say, a copy repeats it, half the bits of a bitmap stay clear.
 printf 'P1\n2 1\n1 0\n' >half.pbm
-printf 'P4\n9 9\n12345' >cut.pbm
 cat >shapes.txt <<'SCRIPT'
 * disc 4 4 12 12 white
 * copy 20 4 28 12 4 4
@@ -142,8 +154,17 @@ row=$(tail -c +$((64 * 8 + 1)) output | head -c 64 | od -An -v -tu1 | tr -d '\n'
     fail "row 8 of the shapes is $row"
 [ "$(tail -c +$((64 * 4 + 41)) output | head -c 4 | od -An -tu1 | tr -d ' ')" = 25425400 ] ||
     fail "a bitmap is not scaled to its rectangle"
-echo '* bitmap 0 0 9 9 white "cut.pbm"' >pbm.txt
-expect 1 'pbm.txt:1: cut.pbm: it is cut short' "$overlay" --size 8x6 pbm.txt
+echo '* bitmap 0 0 9 9 white "bad.pbm"' >pbm.txt
+while IFS='=' read -r bytes reason; do
+    printf "$bytes" >bad.pbm
+    expect 1 "pbm.txt:1: bad.pbm: $reason" "$overlay" --size 8x6 pbm.txt
+done <<'TABLE'
+P4\n9 9\n12345=it is cut short
+P4\n8 1#c\nx=a comment stands where
+P18 1 1=its width and height are not
+P1 8 1x1=its width and height are not
+P1 2 1 12=its pixels are not all
+TABLE
 echo '* bitmap 0 0 9 9 white half "nowhere.pbm"' >pbm.txt
 expect 1 'pbm.txt:1: nowhere.pbm: No such file' "$overlay" --size 8x6 pbm.txt
 for script in "$repository"/docs/gallery/*.txt; do
@@ -153,7 +174,7 @@ done
 
 # ---- places, tracks and layouts ----
 # The two scripts of a row (where | stands for the end of a line) draw the same into two frames.
-printf '\357\273\277frame,id,left,top,width,height,conf\n1,7,10,4,4.6,3,0.9\n\n2, 2.0e0 ,60,2,20,5\n' >tracks.csv
+printf '\357\273\277frame,id,left,top,width,height,conf\r1,7,10,4,4.6,3,0.9\r\r2, 2.0e0 ,60,2,20,5\r' >tracks.csv
 printf '1,3,4,4,9,9,0.1\r\n# a gap\n1,1,8,4,4,4\r\n3,1,16,6,8,4,-1,-1,-1\n4,3,50,2,4,4\n1,4,40,2,4,4\n3,5,50,2,4,4\n' >gap.csv
 while IFS='=' read -r files one other; do
     for script in one other; do
@@ -240,7 +261,9 @@ bytes 25 056 >in
 input=in expect 0 '' "$overlay" --size 5x1 --format y8 picture.txt
 [ "$(cat output)" = ......abc..def..ghi..abc. ] || fail "pictures show as $(cat output)"
 expect 1 'picture.txt:1: clip.raw: its 9 bytes' "$overlay" --size 5x1 picture.txt
-expect 1 'standard output: No space' sh -c '"$@" <in >/dev/full' - "$overlay" --size 5x1 empty.txt
+for options in '--size 5x1 empty.txt' --help --version; do
+    expect 1 'standard output: No space' sh -c '"$@" <in >/dev/full' - "$overlay" $options
+done
 
 [ $failures = 0 ] || echo "$failures failures" >&2
 exit $((failures > 0))
