@@ -117,6 +117,12 @@ for size in 8x6 7x5 1x1; do
     [ "$(wc -c <output)" = $((2 * frame)) ] || fail "whole frames before a short one are lost"
 done
 
+# Pipes that don't block are waited for.
+open='import os, sys; [os.set_blocking(i, False) for i in (0, 1)]; os.execv(sys.argv[1], sys.argv[1:])'
+{ sleep 0.1; bytes 200000 101; } |
+    python3 -c "$open" "$overlay" --size 500x200 --format y8 empty.txt | { sleep 0.3; cat; } >output
+[ "$(wc -c <output)" = 200000 ] || fail "a pipe that does not block ends the work"
+
 # White (luma 254) over columns 1-2 of row 1, in frame 1 alone; odd width, one chroma sample pair.
 echo '1 fill 1 1 3 2 white' >fill.txt
 bytes $((3 * (5 * 3 + 6 * 2))) 000 >in
