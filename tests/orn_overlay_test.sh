@@ -173,6 +173,11 @@ P1 2 1 12=its pixels are not all
 TABLE
 echo '* bitmap 0 0 9 9 white half "nowhere.pbm"' >pbm.txt
 expect 1 'pbm.txt:1: nowhere.pbm: No such file' "$overlay" --size 8x6 pbm.txt
+expect 1 'not a CBF font' timeout 20 "$overlay" --check --font /dev/zero empty.txt
+echo '* bitmap 0 0 9 9 white "/dev/zero"' >pbm.txt
+expect 1 'pbm.txt:1: /dev/zero: has more than' timeout 20 "$overlay" --check pbm.txt
+awk 'BEGIN { for (i = 0; i < 30000; ++i) print 1000 * (i % 300) + 1 "," int(i / 300) ",1,1,9,9" }' >far.csv
+input=in expect 0 '' timeout 9 "$overlay" --size 64x16 --format y8 --tracks far.csv --max-gap 1000
 for script in "$repository"/docs/gallery/*.txt; do
     "$overlay" --check --font sans.cbf "$script" ||
         fail "$script has errors"
