@@ -53,11 +53,14 @@ Font FontStore::Get(const std::string &path, int32_t direction) {
     if (font)
         return font;
     ReadStart(path, 1); // for the reason, if it can't be read: the library gives none
-    font.reset(OrnMinRenderLoadCbfFont(path.c_str()), OrnMinRenderDestroyFont);
-    if (!font)
+    errno = 0;          // malloc alone says that memory was short, even for a part of the font
+    Font loaded(OrnMinRenderLoadCbfFont(path.c_str()), OrnMinRenderDestroyFont);
+    if (errno == ENOMEM)
+        throw std::bad_alloc();
+    if (!loaded)
         throw FileFailure(path, "not a CBF font, or cut short (cbfdump --check tells more)");
-    OrnMinRenderSetFontDirection(font.get(), direction);
-    return font;
+    OrnMinRenderSetFontDirection(loaded.get(), direction);
+    return font = loaded;
 }
 
 Bitmap LoadBitmap(const std::string &path) {

@@ -4,7 +4,9 @@
 #include "common/failure.h"
 #include "common/streams.h"
 
+#include <cerrno>
 #include <csignal>
+#include <exception>
 #include <new>
 
 #include <fcntl.h>
@@ -20,11 +22,10 @@ static void HoldStandardStreams() {
             open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
-int RunProgram(const char *name, int argc, char **argv, int (*run)(int argc, char **argv)) {
-    HoldStandardStreams();
-    std::signal(SIGXFSZ, SIG_IGN); // a file that gets too large is told like any other failure
+// For what is being thrown. Returns the exit code.
+static int TellOfException(const char *name) {
     try {
-        return run(argc, argv);
+        throw;
     } catch (const Failure &failure) {
         Say(name, failure.what());
         return failure.exitCode;
@@ -36,6 +37,30 @@ int RunProgram(const char *name, int argc, char **argv, int (*run)(int argc, cha
         Say(name, "stopped for a reason that it can't name");
     }
     return kBadData;
+}
+
+// For exceptions that nothing catches: from constructors of static objects, which run before main,
+// and where memory is too short to hold the exception itself.
+[[noreturn]] static void EndTold() {
+    if (std::current_exception())
+        _exit(TellOfException(program_invocation_short_name));
+    Say(program_invocation_short_name, "not enough memory");
+    _exit(kBadData);
+}
+
+// Comes before the constructors of static objects; lower numbers belong to the compiler.
+[[gnu::constructor(101)]] static void CatchWhatNobodyCatches() {
+    std::set_terminate(EndTold);
+}
+
+int RunProgram(const char *name, int argc, char **argv, int (*run)(int argc, char **argv)) {
+    HoldStandardStreams();
+    std::signal(SIGXFSZ, SIG_IGN); // a file that gets too large is told like any other failure
+    try {
+        return run(argc, argv);
+    } catch (...) {
+        return TellOfException(name);
+    }
 }
 
 } // namespace tool
