@@ -271,6 +271,8 @@ printf '1- picture 1 0 3 1 "clip.raw"\n' >picture.txt
 bytes 25 056 >in
 input=in expect 0 '' "$overlay" --size 5x1 --format y8 picture.txt
 [ "$(cat output)" = ......abc..def..ghi..abc. ] || fail "pictures show as $(cat output)"
+expect 1 'standard input: Bad file' sh -c '"$@" <&-' - "$overlay" --size 5x1 --format y8 picture.txt
+expect 1 'clip\\x1B.cbf: No such file' "$overlay" --check --font "$(printf 'clip\033.cbf')" empty.txt
 expect 1 'picture.txt:1: clip.raw: its 9 bytes' "$overlay" --size 5x1 picture.txt
 for options in '--size 5x1 empty.txt' --help --version; do
     expect 1 'standard output: No space' sh -c '"$@" <in >/dev/full' - "$overlay" $options
