@@ -90,7 +90,8 @@ Bitmap ParsePbm(std::string_view content) {
     RequireSpace(content);
     if (raw)
         TakeLastSpace(content);
-    if (raw && content.size() < (width + 7) / 8 * height)
+    // Memory is taken no sooner than the file shows that the size is not just claimed.
+    if (content.size() < (raw ? (width + 7) / 8 : width) * height)
         throw Failure("it is cut short");
     bitmap.words.resize((width + 31) / 32 * height);
     for (size_t row = 0; row < height; ++row)
