@@ -121,7 +121,10 @@ void TakeLast(std::string_view &line, const Command &command, const ScriptFiles 
 } // namespace
 
 std::string TakePath(std::string_view &line, const ScriptFiles &files) {
-    return (files.folder / TakeQuoted(line)).string();
+    const std::string name = TakeQuoted(line);
+    if (name.empty() || name.find('\0') != std::string::npos) // the system would read up to a zero
+        throw Failure("expected the name of a file, found " + Quoted(name));
+    return (files.folder / name).string();
 }
 
 void RequireEnd(std::string_view line) {

@@ -9,6 +9,8 @@
 #include "place.h"
 #include "tracks.h"
 
+#include <algorithm>
+
 namespace overlay {
 
 struct Canvas {
@@ -26,9 +28,10 @@ struct Canvas {
     std::optional<FrameMemory> spare; // another frame of the shape, once something was copied
 };
 
+// The first four coordinates, in order: the library's calls differ in what reversed corners draw.
 inline OrnMinRenderRect Corners(const Canvas &canvas) {
     const auto &c = canvas.coordinates;
-    return {c[0], c[1], c[2], c[3]};
+    return {std::min(c[0], c[2]), std::min(c[1], c[3]), std::max(c[0], c[2]), std::max(c[1], c[3])};
 }
 
 // Coordinates i and i + 1.

@@ -17,9 +17,10 @@ void DrawBitmap(Canvas &canvas, const Overlay &overlay) {
 void DrawPicture(Canvas &canvas, const Overlay &overlay) {
     const OrnMinRenderImage *source =
         overlay.picture->FrameAt(canvas.frameNumber - overlay.frames.first);
-    const auto &[left, top, width, height] = Corners(canvas);
-    const OrnMinRenderRect rect{left, top, Saturated(int64_t{left} + width),
-                                Saturated(int64_t{top} + height)};
+    const OrnMinRenderPoint corner = PointAt(canvas, 0);
+    const OrnMinRenderPoint size = PointAt(canvas, 2);
+    const OrnMinRenderRect rect{corner.x, corner.y, Saturated(int64_t{corner.x} + size.x),
+                                Saturated(int64_t{corner.y} + size.y)};
     if (source)
         OrnMinRenderBltYUV420SP(&canvas.image, rect, source, {0, 0});
 }

@@ -3,6 +3,8 @@
 // for frames without, the frame decides; the others leave out a missing plane by themselves.
 #include "draw_shapes.h"
 
+#include <algorithm>
+
 namespace overlay {
 
 namespace {
@@ -30,6 +32,15 @@ void DrawSegments(const Canvas &canvas, const Overlay &overlay,
         DrawSegment(canvas, overlay, points[i - 1], points[i]);
 }
 
+// In luma alone, the library's dashed horizontal lines are one row thick, and so are those of its
+// frames; with chroma, they are two.
+void DrawSecondDashes(const Canvas &canvas, const Overlay &overlay, int32_t x0, int32_t x1,
+                      int32_t y) {
+    if (overlay.style == OrnMinRenderLineDashed && y < canvas.shape.height)
+        OrnMinRenderDrawHLineY8(canvas.context, &canvas.image, x0, x1, y + 1,
+                                ColourFor(canvas, overlay.paints[0]).y, overlay.style);
+}
+
 } // namespace
 
 void FillRect(const Canvas &canvas, const OrnMinRenderRect &rect, OrnMinRenderColour colour) {
@@ -43,9 +54,11 @@ void DrawBox(Canvas &canvas, const Overlay &overlay) {
     const OrnMinRenderRect rect = Corners(canvas);
     const OrnMinRenderColour colour = ColourFor(canvas, overlay.paints[0]);
     if (canvas.shape.hasChroma)
-        OrnMinRenderDrawFrameYUV420SP(canvas.context, &canvas.image, &rect, colour, overlay.style);
-    else
-        OrnMinRenderDrawFrameY8(canvas.context, &canvas.image, &rect, colour.y, overlay.style);
+        return OrnMinRenderDrawFrameYUV420SP(canvas.context, &canvas.image, &rect, colour,
+                                             overlay.style);
+    OrnMinRenderDrawFrameY8(canvas.context, &canvas.image, &rect, colour.y, overlay.style);
+    DrawSecondDashes(canvas, overlay, rect.left, rect.right, rect.top);
+    DrawSecondDashes(canvas, overlay, rect.left, rect.right, Saturated(int64_t{rect.bottom} - 1));
 }
 
 void DrawFill(Canvas &canvas, const Overlay &overlay) {
@@ -58,16 +71,15 @@ void DrawHLine(Canvas &canvas, const Overlay &overlay) {
     const int32_t y = canvas.coordinates[2];
     const OrnMinRenderColour colour = ColourFor(canvas, overlay.paints[0]);
     if (canvas.shape.hasChroma)
-        OrnMinRenderDrawHLineYUV420SP(canvas.context, &canvas.image, x0, x1, y, colour,
-                                      overlay.style);
-    else
-        OrnMinRenderDrawHLineY8(canvas.context, &canvas.image, x0, x1, y, colour.y, overlay.style);
+        return OrnMinRenderDrawHLineYUV420SP(canvas.context, &canvas.image, x0, x1, y, colour,
+                                             overlay.style);
+    OrnMinRenderDrawHLineY8(canvas.context, &canvas.image, x0, x1, y, colour.y, overlay.style);
+    DrawSecondDashes(canvas, overlay, x0, x1, y);
 }
 
 void DrawVLine(Canvas &canvas, const Overlay &overlay) {
     const int32_t x = canvas.coordinates[0];
-    const int32_t y0 = canvas.coordinates[1];
-    const int32_t y1 = canvas.coordinates[2];
+    const auto [y0, y1] = std::minmax(canvas.coordinates[1], canvas.coordinates[2]);
     const OrnMinRenderColour colour = ColourFor(canvas, overlay.paints[0]);
     if (canvas.shape.hasChroma)
         OrnMinRenderDrawVLineYUV420SP(canvas.context, &canvas.image, x, y0, y1, colour,

@@ -7,6 +7,7 @@
 #include "placeholders.h"
 #include "text_layout.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <new>
 
@@ -39,12 +40,23 @@ int32_t LineStart(const Overlay &overlay, OrnMinRenderPoint pen) {
     return vertical ? pen.y : pen.x;
 }
 
+// A glyph that can't be decoded for want of memory is left out by the library, which says nothing
+// of it; malloc does.
+template <typename Draw> void DrawAll(Draw draw) {
+    errno = 0;
+    draw();
+    if (errno == ENOMEM)
+        throw std::bad_alloc();
+}
+
 void DrawOutlinedText(const Canvas &canvas, const Overlay &overlay, const char *text,
                       OrnMinRenderPoint pen) {
     const int32_t lineStart = LineStart(overlay, pen);
-    OrnMinRenderDrawOutlineTextY8(canvas.context, &canvas.image, overlay.font.get(), text, &pen,
-                                  lineStart, ColourFor(canvas, overlay.paints[1]).y,
-                                  ColourFor(canvas, overlay.paints[0]).y);
+    DrawAll([&] {
+        OrnMinRenderDrawOutlineTextY8(canvas.context, &canvas.image, overlay.font.get(), text, &pen,
+                                      lineStart, ColourFor(canvas, overlay.paints[1]).y,
+                                      ColourFor(canvas, overlay.paints[0]).y);
+    });
 }
 
 // Widened to even edges: otherwise colour would show past the luma, in a fringe of one pixel.
@@ -71,8 +83,10 @@ void DrawText(Canvas &canvas, const Overlay &overlay) {
     const std::string text = TextOf(canvas, overlay);
     OrnMinRenderPoint pen = PlaceLastText(canvas, overlay, text.c_str(), kPlain);
     const int32_t lineStart = LineStart(overlay, pen);
-    OrnMinRenderDrawTextY8(canvas.context, &canvas.image, overlay.font.get(), text.c_str(), &pen,
-                           lineStart, ColourFor(canvas, overlay.paints[0]).y);
+    DrawAll([&] {
+        OrnMinRenderDrawTextY8(canvas.context, &canvas.image, overlay.font.get(), text.c_str(),
+                               &pen, lineStart, ColourFor(canvas, overlay.paints[0]).y);
+    });
 }
 
 void DrawOutlined(Canvas &canvas, const Overlay &overlay) {

@@ -38,6 +38,11 @@ class FrameMemory {
     // Points into this object's memory.
     OrnMinRenderImage Image();
 
+    // Whether a frame in a stream of the layout looks as it does here, in one run.
+    bool HasLayout(const RawLayout &layout) const {
+        return layout.lumaStride == stride && layout.chromaStride == stride;
+    }
+
     // Calls pass(bytes, count) for the runs of bytes that are contiguous in memory and in a stream
     // of the layout alike, until one returns less than count. Returns the sum of what it returned.
     template <typename Pass> size_t Transfer(const RawLayout &layout, Pass pass);
@@ -49,7 +54,7 @@ class FrameMemory {
 };
 
 template <typename Pass> size_t FrameMemory::Transfer(const RawLayout &layout, Pass pass) {
-    if (layout.lumaStride == stride && layout.chromaStride == stride)
+    if (HasLayout(layout))
         return pass(memory.data(), memory.size());
     size_t total = 0;
     for (size_t y = 0; y < layout.lumaRows + layout.chromaRows; ++y) {

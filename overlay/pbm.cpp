@@ -22,12 +22,19 @@ bool IsSpace(char c) {
 void SkipSpace(std::string_view &content) {
     while (!content.empty() && (IsSpace(content[0]) || content[0] == '#')) {
         const bool comment = content[0] == '#';
-        const size_t length = comment ? std::min(content.find('\n'), content.size()) : 1;
+        const size_t length = comment ? std::min(content.find_first_of("\r\n"), content.size()) : 1;
         content.remove_prefix(length);
     }
 }
 
+// So that no number begins or ends inside of what stands beside it.
+void RequireSpace(std::string_view content) {
+    if (!content.empty() && !IsSpace(content[0]) && content[0] != '#')
+        throw Failure("its width and height are not numbers between white space");
+}
+
 int32_t TakeSide(std::string_view &content) {
+    RequireSpace(content);
     SkipSpace(content);
     int32_t side = 0;
     const auto result = std::from_chars(content.data(), content.data() + content.size(), side);
@@ -35,6 +42,14 @@ int32_t TakeSide(std::string_view &content) {
         throw Failure("its width and height are not numbers from 1 to 32767");
     content.remove_prefix(static_cast<size_t>(result.ptr - content.data()));
     return side;
+}
+
+// One white space ends the header of raw pixels. A comment there would be taken for pixels by some
+// programs and not by others.
+void TakeLastSpace(std::string_view &content) {
+    if (content.substr(0, 1) == "#")
+        throw Failure("a comment stands where one white space must end its header");
+    content.remove_prefix(std::min<size_t>(1, content.size()));
 }
 
 void SetPixel(Bitmap &bitmap, size_t column, size_t row) {
@@ -72,9 +87,11 @@ Bitmap ParsePbm(std::string_view content) {
     bitmap.height = TakeSide(content);
     const auto width = static_cast<size_t>(bitmap.width);
     const auto height = static_cast<size_t>(bitmap.height);
-    if (raw) // one white space ends the header
-        content.remove_prefix(std::min<size_t>(1, content.size()));
-    if (raw && content.size() < (width + 7) / 8 * height)
+    RequireSpace(content);
+    if (raw)
+        TakeLastSpace(content);
+    // Memory is taken no sooner than the file shows that the size is not just claimed.
+    if (content.size() < (raw ? (width + 7) / 8 : width) * height)
         throw Failure("it is cut short");
     bitmap.words.resize((width + 31) / 32 * height);
     for (size_t row = 0; row < height; ++row)

@@ -59,12 +59,10 @@ bool TakeEdge(std::string_view &rest, Place &place) {
 }
 
 double ParsePercent(std::string_view number, std::string_view word) {
-    double percent = 0;
-    const auto result = std::from_chars(number.data(), number.data() + number.size(), percent);
-    if (result.ec != std::errc() || result.ptr != number.data() + number.size() ||
-        percent > kMaxPercent)
+    const std::optional<double> percent = RealOf(number);
+    if (!percent || *percent > kMaxPercent)
         throw Failure("bad percentage in " + Quoted(word));
-    return percent;
+    return *percent;
 }
 
 // One N or N%, with the sign that stood before it.

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <system_error>
 
 namespace overlay {
@@ -14,13 +15,21 @@ FileFailure SystemFailure(const std::string &path) {
     return FileFailure(path, std::strerror(errno));
 }
 
-std::string ReadFile(const std::string &path) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(path.c_str(), "rb"),
-                                                                std::fclose);
+using File = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
+
+// The largest picture of raw pixels has half as much, and some files have no end.
+constexpr size_t kMaxBitmapBytes = size_t{1} << 28;
+
+// Reads no more than the parts of maxBytes. Throws FileFailure when the file can't be read.
+std::string ReadStart(const std::string &path, size_t maxBytes) {
+    const File file(std::fopen(path.c_str(), "rb"), std::fclose);
     std::string content;
     char part[65536];
-    while (const size_t count = file ? std::fread(part, 1, sizeof part, file.get()) : 0)
+    size_t count = file ? sizeof part : 0;
+    while (count == sizeof part && content.size() < maxBytes) {
+        count = std::fread(part, 1, sizeof part, file.get());
         content.append(part, count);
+    }
     if (!file || std::ferror(file.get()))
         throw SystemFailure(path);
     return content;
@@ -43,16 +52,21 @@ Font FontStore::Get(const std::string &path, int32_t direction) {
     Font &font = fonts[{path, direction}];
     if (font)
         return font;
-    ReadFile(path); // for its reason: the library gives none
-    font.reset(OrnMinRenderLoadCbfFont(path.c_str()), OrnMinRenderDestroyFont);
-    if (!font)
+    ReadStart(path, 1); // for the reason, if it can't be read: the library gives none
+    errno = 0;          // malloc alone says that memory was short, even for a part of the font
+    Font loaded(OrnMinRenderLoadCbfFont(path.c_str()), OrnMinRenderDestroyFont);
+    if (errno == ENOMEM)
+        throw std::bad_alloc();
+    if (!loaded)
         throw FileFailure(path, "not a CBF font, or cut short (cbfdump --check tells more)");
-    OrnMinRenderSetFontDirection(font.get(), direction);
-    return font;
+    OrnMinRenderSetFontDirection(loaded.get(), direction);
+    return font = loaded;
 }
 
 Bitmap LoadBitmap(const std::string &path) {
-    const std::string content = ReadFile(path);
+    const std::string content = ReadStart(path, kMaxBitmapBytes + 1);
+    if (content.size() > kMaxBitmapBytes)
+        throw FileFailure(path, "has more than " + std::to_string(kMaxBitmapBytes) + " bytes");
     try {
         return ParsePbm(content);
     } catch (const Failure &failure) {
@@ -77,7 +91,12 @@ void Picture::Open(bool hasChroma) {
     if (!file)
         throw SystemFailure(path);
     count = CountFrames(path, RawLayout(shape).Bytes());
-    frame.emplace(shape); // no sooner: the file shows that the size is not just claimed
+    try {
+        frame.emplace(shape); // no sooner: the file shows that the size is not just claimed
+    } catch (const std::bad_alloc &) {
+        throw FileFailure(path, "not enough memory for its frames of " +
+                                    std::to_string(RawLayout(shape).Bytes()) + " bytes");
+    }
     image = frame->Image();
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Boxes are kept in the order in which they are asked for, and found by bisection.
+// Only rows are kept: what lies in a gap between two of them is computed when it is asked for, so
+// that memory doesn't grow with the gaps.
 #include "tracks.h"
 
 #include "place.h"
@@ -14,13 +15,14 @@ namespace overlay {
 namespace {
 
 bool ComesFirst(const TrackedBox &a, const TrackedBox &b) {
-    return std::tie(a.frame, a.id) < std::tie(b.frame, b.id);
+    return std::tie(a.id, a.frame) < std::tie(b.id, b.frame);
 }
 
 double Between(double from, double to, double share) {
     return from + share * (to - from);
 }
 
+// Every edge moves evenly.
 TrackedBox BoxBetween(const TrackedBox &from, const TrackedBox &to, int64_t frame) {
     const double share =
         static_cast<double>(frame - from.frame) / static_cast<double>(to.frame - from.frame);
@@ -42,49 +44,60 @@ OrnMinRenderPoint FeetOf(const TrackedBox &box) {
     return {Pixel((box.left + box.right) / 2), Pixel(box.bottom)};
 }
 
-// Every edge moves evenly from one row of an id to its next.
-void FillGaps(std::vector<TrackedBox> &boxes, int64_t maxGap) {
-    std::stable_sort(boxes.begin(), boxes.end(), [](const TrackedBox &a, const TrackedBox &b) {
-        return std::tie(a.id, a.frame) < std::tie(b.id, b.frame);
-    });
-    const size_t rows = boxes.size();
-    for (size_t i = 1; i < rows; ++i) {
-        const TrackedBox from = boxes[i - 1];
-        const TrackedBox to = boxes[i];
-        const bool joined = from.id == to.id && from.id >= 0 && to.frame - from.frame <= maxGap;
-        for (int64_t frame = from.frame + 1; joined && frame < to.frame; ++frame)
-            boxes.push_back(BoxBetween(from, to, frame));
-    }
-}
-
 } // namespace
 
 OrnMinRenderRect RectOf(const TrackedBox &box) {
     return {Pixel(box.left), Pixel(box.top), Pixel(box.right), Pixel(box.bottom)};
 }
 
-Tracks::Tracks(std::vector<TrackedBox> all, int64_t maxGap) : boxes(std::move(all)) {
-    if (maxGap > 1)
-        FillGaps(boxes, maxGap);
-    std::stable_sort(boxes.begin(), boxes.end(), ComesFirst);
+Tracks::Tracks(std::vector<TrackedBox> boxes, int64_t gap) : rows(std::move(boxes)), maxGap(gap) {
+    std::stable_sort(rows.begin(), rows.end(), ComesFirst);
+    timeline = TimelineOfRows();
 }
 
-Tracks::Boxes Tracks::At(int64_t frame) const {
-    const auto isBefore = [](const TrackedBox &box, int64_t number) { return box.frame < number; };
-    const TrackedBox *end = boxes.data() + boxes.size();
-    const TrackedBox *first = std::lower_bound(boxes.data(), end, frame, isBefore);
-    return {first, std::lower_bound(first, end, frame + 1, isBefore)};
+bool Tracks::IsJoinedToNext(size_t row) const {
+    return row + 1 < rows.size() && rows[row].id >= 0 && rows[row].id == rows[row + 1].id &&
+           rows[row + 1].frame - rows[row].frame <= maxGap;
 }
 
+Timeline Tracks::TimelineOfRows() const {
+    std::vector<FrameRange> ranges(rows.size());
+    for (size_t i = 0; i < rows.size(); ++i) {
+        ranges[i] = {rows[i].frame, rows[i].frame};
+        if (IsJoinedToNext(i) && rows[i + 1].frame > rows[i].frame)
+            ranges[i].last = rows[i + 1].frame - 1;
+    }
+    return Timeline(std::move(ranges));
+}
+
+TrackedBox Tracks::BoxOf(size_t row, int64_t frame) const {
+    return rows[row].frame == frame ? rows[row] : BoxBetween(rows[row], rows[row + 1], frame);
+}
+
+const std::vector<TrackedBox> &Tracks::At(int64_t frame) {
+    if (shownFrame == frame)
+        return shown;
+    shownFrame.reset(); // until all are there, should memory be short
+    shown.clear();
+    for (const size_t row : timeline.At(frame))
+        shown.push_back(BoxOf(row, frame));
+    shownFrame = frame;
+    return shown;
+}
+
+// row is the first of the track that is not before the frame looked at last, so the one before it
+// is the last one that comes earlier.
 std::vector<OrnMinRenderPoint> Tracks::Trail(const TrackedBox &box, int32_t frames) const {
     std::vector<OrnMinRenderPoint> points{FeetOf(box)};
-    TrackedBox wanted = box;
-    while (box.id >= 0 && box.frame - wanted.frame < frames) {
-        --wanted.frame;
-        const auto found = std::lower_bound(boxes.begin(), boxes.end(), wanted, ComesFirst);
-        if (found == boxes.end() || ComesFirst(wanted, *found))
+    auto row = static_cast<size_t>(std::lower_bound(rows.begin(), rows.end(), box, ComesFirst) -
+                                   rows.begin());
+    for (int64_t frame = box.frame - 1; box.id >= 0 && frame >= box.frame - frames; --frame) {
+        while (row > 0 && rows[row - 1].id == box.id && rows[row - 1].frame >= frame)
+            --row;
+        const bool isRow = row < rows.size() && rows[row].id == box.id && rows[row].frame == frame;
+        if (!isRow && (row == 0 || !IsJoinedToNext(row - 1)))
             break;
-        points.push_back(FeetOf(*found));
+        points.push_back(FeetOf(BoxOf(isRow ? row : row - 1, frame)));
     }
     return points;
 }

@@ -2,7 +2,10 @@
 // Tracked boxes, looked up by frame.
 #pragma once
 
+#include "timeline.h"
+
 #include <cstdint>
+#include <optional>
 #include <orn_min_render.h>
 #include <vector>
 
@@ -24,32 +27,30 @@ OrnMinRenderRect RectOf(const TrackedBox &box);
 
 class Tracks {
   public:
-    struct Boxes {
-        const TrackedBox *first;
-        const TrackedBox *last; // one past them
-        const TrackedBox *begin() const {
-            return first;
-        }
-        const TrackedBox *end() const {
-            return last;
-        }
-    };
-
     Tracks() = default;
 
     // Boxes in any order. Where two of one id lie at most maxGap frames apart, there is one in
     // every frame between them, too; not with 0 or 1.
     explicit Tracks(std::vector<TrackedBox> boxes, int64_t maxGap = 0);
 
-    // The boxes of a frame, by id.
-    Boxes At(int64_t frame) const;
+    // The boxes of a frame, by id, valid until another frame is asked for. Any order of frames, but
+    // one after the other is fastest.
+    const std::vector<TrackedBox> &At(int64_t frame);
 
     // Where the feet (the middle of the lower edge) of a box have been, from where it is now back
     // in time, over so many frames or until the track was not there.
     std::vector<OrnMinRenderPoint> Trail(const TrackedBox &box, int32_t frames) const;
 
   private:
-    std::vector<TrackedBox> boxes; // by frame, then by id
+    bool IsJoinedToNext(size_t row) const;
+    TrackedBox BoxOf(size_t row, int64_t frame) const;
+    Timeline TimelineOfRows() const;
+
+    std::vector<TrackedBox> rows; // by id, then by frame
+    int64_t maxGap = 0;
+    Timeline timeline; // of the rows, each shown up to the next one that it is joined to
+    std::vector<TrackedBox> shown;
+    std::optional<int64_t> shownFrame;
 };
 
 } // namespace overlay

@@ -35,12 +35,12 @@ std::string_view TakeField(std::string_view &row) {
 }
 
 double ParseReal(std::string_view field, const char *name) {
-    double value = 0;
-    const auto result = std::from_chars(field.data(), field.data() + field.size(), value);
-    if (result.ec != std::errc() || result.ptr != field.data() + field.size() ||
-        !std::isfinite(value))
+    const std::optional<double> value = RealOf(field);
+    if (!value)
         RefuseField(name, field, "expected a number");
-    return value;
+    if (std::fabs(*value) > kMaxTrackReal)
+        RefuseField(name, field, "expected a number from -1e12 to 1e12");
+    return *value;
 }
 
 // Some programs write whole numbers as 1.0 or 1e+00.

@@ -11,6 +11,10 @@
 
 namespace overlay {
 
+// Of edges, sides and confidences, either way from 0: sums, and what lies between two of them, stay
+// finite, and it is far outside every frame.
+constexpr double kMaxTrackReal = 1e12;
+
 struct TrackSettings {
     // The number by which the file calls the first frame. Boxes may lie before a given one; if none
     // is given, it is 1, and a row before that is an error.

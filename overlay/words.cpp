@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Lines end at a line feed, words at blanks, strings at a double quote; a comment fills its line.
-// UTF-8 is what the library reads as such: sequences of up to six bytes.
+// Lines end at a line feed, a carriage return or both, words at blanks, strings at a double quote;
+// a comment fills its line. UTF-8 is what the library reads as such: sequences of up to six bytes.
 #include "words.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace overlay {
 
@@ -11,7 +12,7 @@ namespace {
 
 constexpr size_t kMaxErrors = 20;                           // of one file
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF"; // some editors begin UTF-8 with it
-constexpr std::string_view kBlanks = " \t\r"; // the last one: lines may end as on Windows
+constexpr std::string_view kBlanks = " \t";
 
 bool IsEmptyOrComment(std::string_view line) {
     const std::string_view word = NextWord(line);
@@ -19,8 +20,9 @@ bool IsEmptyOrComment(std::string_view line) {
 }
 
 std::string_view TakeLine(std::string_view &content) {
-    const std::string_view line = content.substr(0, content.find('\n'));
-    content.remove_prefix(std::min(line.size() + 1, content.size()));
+    const std::string_view line = content.substr(0, content.find_first_of("\r\n"));
+    content.remove_prefix(line.size());
+    content.remove_prefix(content.substr(0, 2) == "\r\n" ? 2 : std::min<size_t>(1, content.size()));
     return line;
 }
 
@@ -34,6 +36,19 @@ char Unescaped(char letter) {
     default:
         throw Failure("unknown escape " + Quoted(std::string("\\") + letter) + " in the string");
     }
+}
+
+bool IsContinuation(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+}
+
+// Zero ends a text, in whatever length it is written.
+bool IsZero(std::string_view sequence) {
+    const auto lead = static_cast<unsigned char>(sequence[0]);
+    const auto isEmpty = [](char c) { return c == '\x80'; };
+    return sequence.size() == 1 ? lead == 0
+                                : (lead & 0x7F >> sequence.size()) == 0 &&
+                                      std::all_of(sequence.begin() + 1, sequence.end(), isEmpty);
 }
 
 // The length of the sequence that a lead byte opens; 0 for a byte that can't lead one.
@@ -85,6 +100,15 @@ bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
+std::optional<double> RealOf(std::string_view word) {
+    double value = 0;
+    const char *end = word.data() + word.size();
+    const auto result = std::from_chars(word.data(), end, value);
+    if (result.ec != std::errc() || result.ptr != end || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
 std::string TakeQuoted(std::string_view &line) {
     line = WithoutBlanksBefore(line);
     if (line.empty() || line[0] != '"')
@@ -102,11 +126,11 @@ std::string TakeQuoted(std::string_view &line) {
 }
 
 bool IsDrawableUtf8(std::string_view text) {
-    const auto follows = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
     while (!text.empty()) {
         const size_t length = Utf8Length(static_cast<unsigned char>(text[0]));
-        if (text[0] == 0 || length == 0 || length > text.size() ||
-            !std::all_of(text.begin() + 1, text.begin() + static_cast<ptrdiff_t>(length), follows))
+        const std::string_view sequence = text.substr(0, length);
+        if (length == 0 || sequence.size() < length || IsZero(sequence) ||
+            !std::all_of(sequence.begin() + 1, sequence.end(), IsContinuation))
             return false;
         text.remove_prefix(length);
     }

@@ -7,6 +7,7 @@
 
 #include <charconv>
 #include <functional>
+#include <optional>
 #include <system_error>
 
 namespace overlay {
@@ -31,6 +32,10 @@ std::string TakeQuoted(std::string_view &line);
 // Whether the library draws all of a text: it would end silently at the first byte that is no
 // UTF-8, or at a zero.
 bool IsDrawableUtf8(std::string_view text);
+
+// The number that a whole word is, with or without a fraction and an exponent. None for what a
+// double doesn't hold, for infinity and for what is no number by name.
+std::optional<double> RealOf(std::string_view word);
 
 // Throws Failure unless the whole word is a number of the type.
 template <typename Integer> Integer ParseNumber(std::string_view word, const char *typeName) {

@@ -58,6 +58,19 @@ expect 1 "wrong.txt:3: unknown command 'blob'" "$overlay" --size 8x6 --font sans
 for line in 2 $(seq 4 13) $(seq 15 20); do
     grep -q "^orn-overlay: wrong.txt:$line: " errors || fail "line $line is not refused"
 done
+# What is taken of a text, of a name and of a picture's header is all of it, and lines end at \r, too.
+while IFS='=' read -r line reason; do
+    printf "$line\n" >bytes.txt
+    expect 1 "bytes.txt:$reason" "$overlay" --size 8x6 --font sans.cbf bytes.txt
+done <<'TABLE'
+* text 1 20 white "a\300\200b"=1: the string is not UTF-8
+* text 1 20 white "a\374\200\200\200\200\200b"=1: the string is not UTF-8
+* text 1 20 white "a\000b"=1: the string is not UTF-8
+* text 1 20 white "a\342\202"=1: the string is not UTF-8
+font "sans.cbf\000.txt"=1: expected the name of a file, found 'sans.cbf?.txt'
+font ""=1: expected the name of a file
+* fill 1 2 3 4 red\r* blob=2: unknown command
+TABLE
 echo '* text 1 2 red "a"' >text.txt
 expect 1 'text.txt:1: .*font' "$overlay" --size 8x6 text.txt
 expect 1 'nowhere.txt: No such file' "$overlay" --size 8x6 nowhere.txt
@@ -67,6 +80,22 @@ expect 2 'size' "$overlay" --size 0x6 text.txt
 expect 2 'format' "$overlay" --size 8x6 --format rgb text.txt
 expect 2 'terminal\|SCRIPT' "$overlay" --size 8x6
 expect 2 'stride: expected at least 8' "$overlay" --size 7x6 --stride 7 text.txt
+while read -r options; do # numbers are decimal and finite
+    expect 2 'expected.* not .*' "$overlay" --check $options text.txt
+done <<'TABLE'
+--fps nan
+--fps inf
+--min-confidence nan
+--min-confidence=-1e300
+--max-gap 0x20
+--max-gap 1001
+--size 0x10x6
+--size 8x6x
+--size 8
+--size 65536x6
+--size 8x6 --stride 0x10
+TABLE
+expect 0 '' "$overlay" --check --size 010x6 --stride 010 --font sans.cbf text.txt
 expect 0 'no frames' "$overlay" --size 8x6 --font sans.cbf text.txt
 expect 0 '' "$overlay" --check --font sans.cbf text.txt
 
@@ -87,6 +116,12 @@ for size in 8x6 7x5 1x1; do
     input=cut expect 1 "frame 2 is cut short: 1 of $frame bytes" "$overlay" --size $size empty.txt
     [ "$(wc -c <output)" = $((2 * frame)) ] || fail "whole frames before a short one are lost"
 done
+
+# Pipes that don't block are waited for.
+open='import os, sys; [os.set_blocking(i, False) for i in (0, 1)]; os.execv(sys.argv[1], sys.argv[1:])'
+{ sleep 0.1; bytes 200000 101; } |
+    python3 -c "$open" "$overlay" --size 500x200 --format y8 empty.txt | { sleep 0.3; cat; } >output
+[ "$(wc -c <output)" = 200000 ] || fail "a pipe that does not block ends the work"
 
 # White (luma 254) over columns 1-2 of row 1, in frame 1 alone; odd width, one chroma sample pair.
 echo '1 fill 1 1 3 2 white' >fill.txt
@@ -112,7 +147,6 @@ tail -c 9600 output | cmp -s - first && fail "{frame} shows the same in every fr
 
 # A disc is as wide as its rows say, a copy repeats it, half the bits of a bitmap stay clear.
 printf 'P1\n2 1\n1 0\n' >half.pbm
-printf 'P4\n9 9\n12345' >cut.pbm
 cat >shapes.txt <<'SCRIPT'
 * disc 4 4 12 12 white
 * copy 20 4 28 12 4 4
@@ -126,10 +160,24 @@ row=$(tail -c +$((64 * 8 + 1)) output | head -c 64 | od -An -v -tu1 | tr -d '\n'
     fail "row 8 of the shapes is $row"
 [ "$(tail -c +$((64 * 4 + 41)) output | head -c 4 | od -An -tu1 | tr -d ' ')" = 25425400 ] ||
     fail "a bitmap is not scaled to its rectangle"
-echo '* bitmap 0 0 9 9 white "cut.pbm"' >pbm.txt
-expect 1 'pbm.txt:1: cut.pbm: it is cut short' "$overlay" --size 8x6 pbm.txt
+echo '* bitmap 0 0 9 9 white "bad.pbm"' >pbm.txt
+while IFS='=' read -r bytes reason; do
+    printf "$bytes" >bad.pbm
+    expect 1 "pbm.txt:1: bad.pbm: $reason" "$overlay" --size 8x6 pbm.txt
+done <<'TABLE'
+P4\n9 9\n12345=it is cut short
+P4\n8 1#c\nx=a comment stands where
+P18 1 1=its width and height are not
+P1 8 1x1=its width and height are not
+P1 2 1 12=its pixels are not all
+TABLE
 echo '* bitmap 0 0 9 9 white half "nowhere.pbm"' >pbm.txt
 expect 1 'pbm.txt:1: nowhere.pbm: No such file' "$overlay" --size 8x6 pbm.txt
+expect 1 'not a CBF font' timeout 20 "$overlay" --check --font /dev/zero empty.txt
+echo '* bitmap 0 0 9 9 white "/dev/zero"' >pbm.txt
+expect 1 'pbm.txt:1: /dev/zero: has more than' timeout 20 "$overlay" --check pbm.txt
+awk 'BEGIN { for (i = 0; i < 30000; ++i) print 1000 * (i % 300) + 1 "," int(i / 300) ",1,1,9,9" }' >far.csv
+input=in expect 0 '' timeout 9 "$overlay" --size 64x16 --format y8 --tracks far.csv --max-gap 1000
 for script in "$repository"/docs/gallery/*.txt; do
     "$overlay" --check --font sans.cbf "$script" ||
         fail "$script has errors"
@@ -137,7 +185,7 @@ done
 
 # ---- places, tracks and layouts ----
 # The two scripts of a row (where | stands for the end of a line) draw the same into two frames.
-printf '\357\273\277frame,id,left,top,width,height,conf\n1,7,10,4,4.6,3,0.9\n\n2, 2.0e0 ,60,2,20,5\n' >tracks.csv
+printf '\357\273\277frame,id,left,top,width,height,conf\r1,7,10,4,4.6,3,0.9\r\r2, 2.0e0 ,60,2,20,5\r' >tracks.csv
 printf '1,3,4,4,9,9,0.1\r\n# a gap\n1,1,8,4,4,4\r\n3,1,16,6,8,4,-1,-1,-1\n4,3,50,2,4,4\n1,4,40,2,4,4\n3,5,50,2,4,4\n' >gap.csv
 while IFS='=' read -r files one other; do
     for script in one other; do
@@ -182,6 +230,7 @@ done <<'TABLE'
 1,1.5,2,3,4,5=bad id '1.5'
 1,1,nan,3,4,5=bad left 'nan'
 1,1,2,3,-4,5=bad width '-4'
+1,1,1e308,3,1e308,5=bad left '1e308'
 1,1,2,3,4,5,high=bad confidence 'high'
 TABLE
 echo 'tracks fill 1 1 2 2 red' >tracks.txt
@@ -222,8 +271,12 @@ printf '1- picture 1 0 3 1 "clip.raw"\n' >picture.txt
 bytes 25 056 >in
 input=in expect 0 '' "$overlay" --size 5x1 --format y8 picture.txt
 [ "$(cat output)" = ......abc..def..ghi..abc. ] || fail "pictures show as $(cat output)"
+expect 1 'standard input: Bad file' sh -c '"$@" <&-' - "$overlay" --size 5x1 --format y8 picture.txt
+expect 1 'clip\\x1B.cbf: No such file' "$overlay" --check --font "$(printf 'clip\033.cbf')" empty.txt
 expect 1 'picture.txt:1: clip.raw: its 9 bytes' "$overlay" --size 5x1 picture.txt
-expect 1 'standard output: No space' sh -c '"$@" <in >/dev/full' - "$overlay" --size 5x1 empty.txt
+for options in '--size 5x1 empty.txt' --help --version; do
+    expect 1 'standard output: No space' sh -c '"$@" <in >/dev/full' - "$overlay" $options
+done
 
 [ $failures = 0 ] || echo "$failures failures" >&2
 exit $((failures > 0))

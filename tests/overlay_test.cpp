@@ -16,7 +16,7 @@ using overlay::Errors;
 using overlay::FrameShape;
 
 constexpr int32_t kWidth = 16;
-constexpr int32_t kHeight = 4;
+constexpr int32_t kHeight = 12; // dashes begin at 8
 constexpr overlay::ColourSpace kLimited{overlay::Range::Limited, overlay::Matrix::Bt709};
 const FrameShape kY8{kWidth, kHeight, false, {}};
 
@@ -104,6 +104,41 @@ TEST(Overlay, TheShapeMayCome) {
     EXPECT_EQ(Drawn(engine, 0)[7], 235);
     engine.SetScript("* fill 3 0 4 1 white", "script");
     EXPECT_EQ(Drawn(engine, 0)[3], 235);
+}
+
+// Luma is the same with chroma and without, and from whichever corner or end a shape is told.
+TEST(Overlay, LumaIsOneWhateverTheLayoutAndTheOrder) {
+    constexpr const char *shapes[][2] = {
+        {"box A B C D white dashed", "box C B A D white dashed"},
+        {"box A B C D white", "box A D C B white"},
+        {"hline A C B white dashed", "hline C A B white dashed"},
+        {"vline A B D white dashed", "vline A D B white dashed"},
+        {"vline A B D white", "vline A D B white"},
+        {"fill A B C D white", "fill C D A B white"},
+        {"ellipse A B C D white", "ellipse C D A B white"},
+        {"copy A B C D 3 2", "copy C B A D 3 2"},
+    };
+    std::mt19937 random(3);
+    for (size_t step = 0; step < 600; ++step) {
+        std::string numbers[4];
+        for (std::string &number : numbers)
+            number = std::to_string(static_cast<int>(random() % 24) - 3);
+        std::vector<uint8_t> expected;
+        for (const std::string shape : shapes[step % std::size(shapes)]) {
+            std::string script = "* fill 1 1 9 7 red\n* ";
+            for (const char c : shape)
+                script += c >= 'A' && c <= 'D' ? numbers[c - 'A'] : std::string(1, c);
+            for (const bool hasChroma : {false, true}) {
+                Engine engine({});
+                ASSERT_EQ(Told(engine.SetScript(script, "script")), "");
+                engine.SetFrames({kWidth, kHeight, hasChroma, {}});
+                std::vector<uint8_t> luma = Drawn(engine, 0, hasChroma);
+                luma.resize(kWidth * kHeight);
+                expected = expected.empty() ? luma : expected;
+                EXPECT_EQ(luma, expected) << script << ", chroma: " << hasChroma;
+            }
+        }
+    }
 }
 
 TEST(Overlay, PicturesFollowTheShape) {

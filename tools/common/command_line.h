@@ -27,9 +27,10 @@ inline bool ParseCommandLine(CLI::App &app, int argc, char **argv) {
     return false;
 }
 
+// The value may be an integer that holds least and most, or an optional one.
 template <typename Integer>
-CLI::Option *AddInteger(CLI::App &app, const std::string &names, Integer &value, Integer least,
-                        Integer most, const std::string &help) {
+CLI::Option *AddInteger(CLI::App &app, const std::string &names, Integer &value, int64_t least,
+                        int64_t most, const std::string &help) {
     const std::string name = names.substr(names.rfind(',') + 1); // of "-s,--size" the long one
     const auto parse = [=, &value](const std::string &text) {
         value = static_cast<Integer>(IntegerBetween(name, text, least, most));

@@ -43,13 +43,14 @@ static int TellOfException(const char *name) {
     return kBadData;
 }
 
-// Objects that are made before main need memory, too. Where it is short then, no handler of main's
-// is there yet.
+// For exceptions that nothing catches: from constructors of static objects, which run before main,
+// and where memory is too short to hold the exception itself. Comes before those constructors;
+// lower numbers belong to the compiler.
 [[gnu::constructor(101)]] static void HandleEarlyExceptions() {
     std::set_terminate([] {
-        if (std::current_exception())
-            _exit(TellOfException(program_invocation_short_name));
-        std::abort();
+        if (!std::current_exception())
+            StopForMemory();
+        _exit(TellOfException(program_invocation_short_name));
     });
 }
 

@@ -6,7 +6,7 @@
 #include "common/version.h"
 #include "overlay/engine.h"
 
-#include <charconv>
+#include <algorithm>
 
 namespace {
 
@@ -16,14 +16,17 @@ constexpr int64_t kMaxStride = 1 << 20;
 constexpr int64_t kMaxGap = 1000; // frames; bounds what filling them takes
 constexpr int64_t kMaxFirstFrame = 1 << 30;
 
+// A side of a frame; 0 where the text is none.
+int32_t SideOf(const std::string &text) {
+    const int64_t side = tool::ParseInteger(text).value_or(0);
+    return side <= overlay::kMaxFrameSide ? static_cast<int32_t>(side) : 0;
+}
+
 void ParseSize(const std::string &text, overlay::FrameShape &shape) {
-    const char *end = text.data() + text.size();
-    const auto width = std::from_chars(text.data(), end, shape.width);
-    const bool hasCross = width.ec == std::errc() && width.ptr != end && *width.ptr == 'x';
-    const auto height = std::from_chars(width.ptr + hasCross, end, shape.height);
-    const auto isSide = [](int32_t side) { return side >= 1 && side <= overlay::kMaxFrameSide; };
-    if (!hasCross || height.ec != std::errc() || height.ptr != end || !isSide(shape.width) ||
-        !isSide(shape.height))
+    const size_t cross = std::min(text.find('x'), text.size());
+    shape.width = SideOf(text.substr(0, cross));
+    shape.height = cross < text.size() ? SideOf(text.substr(cross + 1)) : 0;
+    if (shape.width < 1 || shape.height < 1)
         throw CLI::ValidationError("--size", "expected WxH, each 1 to " +
                                                  std::to_string(overlay::kMaxFrameSide) +
                                                  ", not '" + text + "'");
@@ -59,10 +62,6 @@ constexpr Choice<overlay::Range> kRanges[] = {{"full", overlay::Range::Full},
 constexpr Choice<overlay::Matrix> kMatrices[] = {{"bt601", overlay::Matrix::Bt601},
                                                  {"bt709", overlay::Matrix::Bt709}};
 
-template <typename Number> CLI::Validator Between(Number least, Number most) {
-    return CLI::Range(least, most).description("");
-}
-
 void AddFrameOptions(CLI::App &app, Options &options) {
     overlay::FrameShape &shape = options.shape;
     app.add_option_function<std::string>(
@@ -72,14 +71,12 @@ void AddFrameOptions(CLI::App &app, Options &options) {
     AddChoice(app, "--format", kHasChroma, shape.hasChroma,
               "Layout of the frames: YUV420SP (or nv12), or Y8")
         ->type_name("FORMAT");
-    app.add_option("--stride", options.inputStride,
-                   "Bytes from row to row, of both planes, when rows are padded")
-        ->type_name("N")
-        ->check(Between<int64_t>(1, kMaxStride));
-    app.add_option("--output-stride", options.outputStride,
-                   "The same of the output; as --stride unless given")
-        ->type_name("N")
-        ->check(Between<int64_t>(1, kMaxStride));
+    tool::AddInteger(app, "--stride", options.inputStride, 1, kMaxStride,
+                     "Bytes from row to row, of both planes, when rows are padded")
+        ->type_name("N");
+    tool::AddInteger(app, "--output-stride", options.outputStride, 1, kMaxStride,
+                     "The same of the output; as --stride unless given")
+        ->type_name("N");
     AddChoice(app, "--range", kRanges, shape.colours.range,
               "Range of the colours: full, or limited as in most clips")
         ->type_name("RANGE");
@@ -92,16 +89,15 @@ void AddTrackOptions(CLI::App &app, Options &options) {
     app.add_option("--tracks", options.tracksPath,
                    "Tracked boxes: frame,id,left,top,width,height,confidence,...")
         ->type_name("FILE");
-    app.add_option("--first-frame", options.tracks.firstFrame,
-                   "The number that the file of tracks gives to the first frame, if not 1")
+    tool::AddInteger(app, "--first-frame", options.tracks.firstFrame, 0, kMaxFirstFrame,
+                     "The number that the file of tracks gives to the first frame, if not 1")
+        ->type_name("N");
+    tool::AddInteger(app, "--max-gap", options.tracks.maxGap, 0, kMaxGap,
+                     "Draw a box between two of an id at most N frames apart")
         ->type_name("N")
-        ->check(Between<int64_t>(0, kMaxFirstFrame));
-    app.add_option("--max-gap", options.tracks.maxGap,
-                   "Draw a box between two of an id at most N frames apart")
-        ->type_name("N")
-        ->check(Between<int64_t>(0, kMaxGap))
-        ->capture_default_str();
-    app.add_option("--min-confidence", options.tracks.minConfidence, "Leave out boxes below X")
+        ->default_str("0");
+    tool::AddReal(app, "--min-confidence", options.tracks.minConfidence, -overlay::kMaxTrackReal,
+                  overlay::kMaxTrackReal, "Leave out boxes below X")
         ->type_name("X");
 }
 
@@ -113,10 +109,9 @@ void AddOptions(CLI::App &app, Options &options) {
     app.add_option("--font", options.fontPath, "CBF font; needed when the script draws text")
         ->type_name("FILE");
     AddTrackOptions(app, options);
-    app.add_option("--fps", options.framesPerSecond,
-                   "Frames per second, for {time} (25 unless given) and --stats")
-        ->type_name("N")
-        ->check(Between(kMinRate, kMaxRate));
+    tool::AddReal(app, "--fps", options.framesPerSecond, kMinRate, kMaxRate,
+                  "Frames per second, for {time} (25 unless given) and --stats")
+        ->type_name("N");
     app.add_flag("--stats", options.stats,
                  "Tell at the end how fast it was; so it does on a terminal");
     app.add_flag("--check", options.check, "Check script, tracks and font, and draw nothing");

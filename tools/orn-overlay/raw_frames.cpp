@@ -4,32 +4,46 @@
 #include "raw_frames.h"
 
 #include "common/failure.h"
+#include "common/streams.h"
 
-#include <cstdio>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <string>
 
-namespace {
-
-constexpr size_t kStreamBuffer = size_t{1} << 20;
-
-} // namespace
+#include <unistd.h>
 
 RawFrames::RawFrames(const Options &options)
     : input(options.shape, options.inputStride),
       output(options.shape, options.outputStride.value_or(options.inputStride)),
       frame(options.shape, input, output) {
-    for (std::FILE *stream : {stdin, stdout})
-        std::setvbuf(stream, nullptr, _IOFBF, kStreamBuffer);
+    const size_t bytes = std::max(input.Bytes(), output.Bytes());
+    rows.resize(frame.HasLayout(input) && frame.HasLayout(output) ? 0 : bytes);
 }
 
 OrnMinRenderImage RawFrames::Image() {
     return frame.Image();
 }
 
+size_t RawFrames::ReadBytes() {
+    const auto read = [](uint8_t *bytes, size_t size) {
+        return tool::ReadFully(STDIN_FILENO, bytes, size);
+    };
+    if (frame.HasLayout(input))
+        return frame.Transfer(input, read);
+    const size_t bytes = read(rows.data(), input.Bytes());
+    const uint8_t *next = rows.data();
+    frame.Transfer(input, [&next](uint8_t *row, size_t size) {
+        std::memcpy(row, next, size);
+        next += size;
+        return size;
+    });
+    return bytes;
+}
+
 bool RawFrames::Read() {
-    const size_t bytes = frame.Transfer(
-        input, [](uint8_t *row, size_t rowBytes) { return std::fread(row, 1, rowBytes, stdin); });
-    if (std::ferror(stdin))
+    const size_t bytes = ReadBytes();
+    if (bytes < input.Bytes() && errno)
         throw tool::SystemFailure("standard input");
     if (bytes > 0 && bytes < input.Bytes())
         throw tool::Failure(tool::kBadData, "standard input: frame " + std::to_string(count) +
@@ -40,11 +54,23 @@ bool RawFrames::Read() {
     return bytes > 0;
 }
 
-// Flushed, so that a reader sees the frame before the next one has come.
-void RawFrames::Write() {
-    const size_t bytes = frame.Transfer(output, [](const uint8_t *row, size_t rowBytes) {
-        return std::fwrite(row, 1, rowBytes, stdout);
+bool RawFrames::WriteBytes() {
+    const auto write = [](const uint8_t *bytes, size_t size) {
+        return tool::WriteFully(STDOUT_FILENO, bytes, size) ? size : 0;
+    };
+    if (frame.HasLayout(output))
+        return frame.Transfer(output, write) == output.Bytes();
+    uint8_t *next = rows.data();
+    frame.Transfer(output, [&next](const uint8_t *row, size_t size) {
+        std::memcpy(next, row, size);
+        next += size;
+        return size;
     });
-    if (bytes < output.Bytes() || std::fflush(stdout) != 0)
+    return write(rows.data(), output.Bytes()) == output.Bytes();
+}
+
+// Nothing is held back, so that a reader sees the frame before the next one has come.
+void RawFrames::Write() {
+    if (!WriteBytes())
         throw tool::SystemFailure("standard output");
 }

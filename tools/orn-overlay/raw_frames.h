@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <orn_min_render.h>
+#include <vector>
 
 class RawFrames {
   public:
@@ -28,8 +29,13 @@ class RawFrames {
     }
 
   private:
+    size_t ReadBytes(); // of the next frame; fewer at the end, or with the reason in errno
+    bool WriteBytes();  // false with the reason in errno
+
     overlay::RawLayout input;
     overlay::RawLayout output;
     overlay::FrameMemory frame;
+    std::vector<uint8_t>
+        rows; // of one frame as in the stream, when its rows lie otherwise in memory
     int64_t count = 0;
 };

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+// Put before the C library (LD_PRELOAD), makes one call of a program fail: of the calls of the kind
+// FAULT_CALL (memory, open, read, stream or write)
+// number FAULT_AT, from 1, with the error FAULT_ERROR. At
+// the end it tells how many there were, as the size of the file FAULT_COUNT.
+#define _GNU_SOURCE
+#include <errno.h>
+#include <fcntl.h>
+#include <stdarg.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+// The C library's own names of what stands below.
+void *__libc_malloc(size_t size);
+void *__libc_calloc(size_t count, size_t size);
+void *__libc_realloc(void *memory, size_t size);
+int __open(const char *path, int flags, int mode);
+FILE *_IO_fopen(const char *path, const char *mode);
+ssize_t __read(int descriptor, void *bytes, size_t size);
+size_t _IO_fread(void *bytes, size_t size, size_t count, FILE *file);
+ssize_t __write(int descriptor, const void *bytes, size_t size);
+
+static long calls;
+
+static int Fails(const char *kind) {
+    const char *wanted = getenv("FAULT_CALL");
+    if (!wanted || strcmp(kind, wanted) != 0 || ++calls != atol(getenv("FAULT_AT")))
+        return 0;
+    errno = atoi(getenv("FAULT_ERROR"));
+    return 1;
+}
+
+void *malloc(size_t size) {
+    return Fails("memory") ? NULL : __libc_malloc(size);
+}
+
+void *calloc(size_t count, size_t size) {
+    return Fails("memory") ? NULL : __libc_calloc(count, size);
+}
+
+void *realloc(void *memory, size_t size) {
+    return Fails("memory") ? NULL : __libc_realloc(memory, size);
+}
+
+int open(const char *path, int flags, ...) {
+    va_list rest;
+    va_start(rest, flags);
+    const int mode = va_arg(rest, int);
+    va_end(rest);
+    return Fails("open") ? -1 : __open(path, flags, mode);
+}
+
+FILE *fopen(const char *path, const char *mode) {
+    return Fails("open") ? NULL : _IO_fopen(path, mode);
+}
+
+ssize_t read(int descriptor, void *bytes, size_t size) {
+    return Fails("read") ? -1 : __read(descriptor, bytes, size);
+}
+
+// From here on the stream leads to a folder, which can't be read.
+size_t fread(void *bytes, size_t size, size_t count, FILE *file) {
+    if (Fails("stream"))
+        dup2(__open("/", O_RDONLY, 0), fileno(file));
+    return _IO_fread(bytes, size, count, file);
+}
+
+ssize_t write(int descriptor, const void *bytes, size_t size) {
+    return Fails("write") ? -1 : __write(descriptor, bytes, size);
+}
+
+__attribute__((destructor)) static void TellCount(void) {
+    const char *path = getenv("FAULT_COUNT");
+    if (path && truncate(path, calls) != 0)
+        abort();
+}
