@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Ellipses and rounded rectangles, outlined and filled. All of them are stepped in integers along a
 // quarter of an ellipse, which the other three mirror: a rounded rectangle's corners are the
-// quarters of one ellipse, moved apart. An outline plots blocks of 2 x 2 pixels; a fill lists row
-// pairs in the context's scratch memory, one list for each plane, and paints the lists.
+// quarters of one ellipse, moved apart. An outline stores, row by row, the run of pixels that each
+// quarter leaves there; a fill lists row pairs in the context's scratch memory, one list for each
+// plane, and paints the lists.
 #include "min_render.h"
 #include "pixop.h"
 
@@ -15,217 +16,369 @@ using namespace orn;
 // starts at an end of the horizontal axis, goes onward by rows and inward by columns. The flat arc
 // is the same with rows and columns, width and height exchanged.
 //
-// After k steps of which j went inward, with the starting values g0, l0 and e0,
-//     gradient = g0 + k * onwardStep
-//     limit    = l0 - j * inwardStep
-//     error    = e0 + j * inwardStep
-//     sum      = k * g0 + onwardStep * k (k - 1) / 2 + j * e0 + inwardStep * j (j - 1) / 2
-// and the sign of error + 2 * sum tells on which side of the curve the middle between the next two
-// columns lies: when it is positive, outside, the step goes inward.
+// After k steps of which j went inward, with the starting values m0, r0 and f0,
+//     rise   = r0 + k * onwardStep
+//     fall   = f0 - j * inwardStep
+//     margin = m0 - k * r0 - onwardStep * k (k - 1) / 2 + j * f0 - inwardStep * j (j - 1) / 2
+// and the sign of margin - rise tells on which side of the curve the middle between the next two
+// columns lies: when it is negative, outside, the step goes inward. Where the curve has turned by
+// half, the rise has grown past the fall.
 struct Arc {
     int64_t onwardStep;
     int64_t inwardStep;
-    int64_t gradient; // of the curve, along the arc
-    int64_t limit;    // the arc ends when the gradient has passed it
-    int64_t error;
-    int64_t sum;
+    int64_t rise;   // what a step onward takes from the margin
+    int64_t fall;   // what a step inward gives back
+    int64_t margin; // how far inside the curve
+    int64_t excess; // of the rise over the fall up to which the arc goes on
 };
 
 // Beyond this width or height the terms would leave 64 bits; nothing is drawn.
 constexpr int64_t kMaxEllipseSize = 65536;
 
+// The arc of a curve whose equation leaves the given error at the start. The gradient of the curve
+// is gradient there, and grows by onwardStep with every step until it passes the limit, which
+// shrinks by inwardStep with every step inward.
+static Arc MakeArc(int64_t onwardStep, int64_t inwardStep, int64_t gradient, int64_t limit,
+                   int64_t error) {
+    const int64_t fall = -2 * error - inwardStep;
+    return {2 * onwardStep, 2 * inwardStep, 2 * gradient, fall, -error, 2 * limit - fall};
+}
+
 // The steep arc of an outline, in doubled units: its radii are the width and the height. With
-// x = width - j - 1/2 and y = k + 1/2, and but for the rounding of halves, its condition is that
-// width^2 y^2 + height^2 x^2 - width^2 height^2 exceeds width^2 / 4 - height^2 (j + 3/4).
+// x = width - j - 1/2 and y = k + 1/2, and but for the rounding of halves, the margin is negative
+// where width^2 y^2 + height^2 x^2 - width^2 height^2 exceeds width^2 / 4 - height^2 (j + 3/4).
 static Arc OutlineArc(int64_t width, int64_t height) {
     const int64_t onwardStep = width * width / 2;
     const int64_t inwardStep = height * height / 2;
-    return {onwardStep,
-            inwardStep,
-            onwardStep,
-            inwardStep * width + onwardStep,
-            height * height * (1 - width) / 2,
-            0};
+    return MakeArc(onwardStep, inwardStep, onwardStep, inwardStep * width + onwardStep,
+                   height * height * (1 - width) / 2);
 }
 
 // The steep arc of a fill, whose radii a and b are half the width and half the height. With
-// x = a - j - 1/2 and y = k, and but for the rounding of quarters, its condition is that
+// x = a - j - 1/2 and y = k, and but for the rounding of quarters, the margin is negative where
 // a^2 y^2 + b^2 x^2 - a^2 b^2 exceeds -b^2 / 4.
 static Arc FillArc(int64_t width, int64_t height) {
     const int64_t onwardStep = width * width / 2;
     const int64_t inwardStep = height * height / 2;
     const int64_t gradient = width * width / 4;
-    return {onwardStep,
-            inwardStep,
-            gradient,
-            width * inwardStep / 2 + gradient,
-            (1 - width) * height * height / 4,
-            0};
+    return MakeArc(onwardStep, inwardStep, gradient, width * inwardStep / 2 + gradient,
+                   (1 - width) * height * height / 4);
+}
+
+// False where the curve has turned by half.
+static inline bool GoesOn(const Arc &arc) {
+    return arc.rise <= arc.fall + arc.excess;
+}
+
+// Goes inward, where a step onward has led outside the curve.
+static inline bool StepInward(Arc *arc) {
+    if (arc->margin >= 0)
+        return false;
+    arc->margin += arc->fall;
+    arc->fall -= arc->inwardStep;
+    return true;
 }
 
 // Goes onward; true: and inward.
 static inline bool Step(Arc *arc) {
-    arc->sum += arc->gradient;
-    arc->gradient += arc->onwardStep;
-    if (arc->error + 2 * arc->sum <= 0)
-        return false;
-    arc->sum += arc->error;
-    arc->error += arc->inwardStep;
-    arc->limit -= arc->inwardStep;
-    return true;
+    arc->margin -= arc->rise;
+    arc->rise += arc->onwardStep;
+    return StepInward(arc);
 }
 
 static int64_t Distance(int32_t a, int32_t b) {
     return a < b ? int64_t{b} - a : int64_t{a} - b;
 }
 
-// ---- Plotting outlines ----
+// ---- Outlines ----
 
-// What turns an offset from the centre, in doubled units, into blocks of pixels.
-struct EllipsePlot {
-    const OrnMinRenderImage *image;
-    OrnMinRenderColour colour;
-    int64_t centreX2; // doubled, so that a centre between two pixels is exact
-    int64_t centreY2;
-    int64_t shiftX; // how far each offset is moved outward: for the corners of a rounded rectangle
-    int64_t shiftY;
-    int64_t width; // of the ellipse
+// An outline consists of blocks of 2 x 2 pixels, one in each quadrant for each point of the curve.
+// Blocks are anchored at their upper left pixel, at offsets from the centre that are stepped in
+// doubled units, so that a centre between two pixels is exact; and each has the chroma sample that
+// lies a pixel further out than its anchor. What a quadrant's blocks leave in a row of a plane is
+// one run, since the curve passes neighbouring columns there: it is stored once, instead of block
+// by block.
+
+// An ellipse of the given size whose quarters lie in the corners of a box.
+struct Ring {
+    int64_t width;
     int64_t height;
-    bool inside; // all blocks of offsets within the width and height lie in the frame
+    int64_t left; // doubled coordinates of the quarters' centres
+    int64_t right;
+    int64_t top;
+    int64_t bottom;
+    int64_t endX2; // of the doubled coordinates at which blocks are anchored
+    int64_t endY2;
+    bool inside; // all blocks lie in the frame
 };
 
-struct BlockColumn {
-    bool enabled;
-    int32_t x;
-    int32_t cx;
-};
-
-struct BlockRow {
-    bool enabled;
-    int32_t y;
-    int32_t cy;
-};
-
-// Sets the 2 x 2 block at (x, y) and its chroma sample, less what lies outside the planes. The
-// anchor is neither negative nor right of the frame.
-static void PlotBlock(const EllipsePlot &plot, BlockColumn column, BlockRow row) {
-    const OrnMinRenderImage *image = plot.image;
-    if (!column.enabled || !row.enabled)
-        return;
-    for (int64_t y = row.y; image->yPlane && y <= int64_t{row.y} + 1 && y < image->height; ++y) {
-        uint8_t *pixel = LumaAt(image, column.x, y);
-        pixel[0] = plot.colour.y;
-        if (column.x + 1 < image->width)
-            pixel[1] = plot.colour.y;
-    }
-    if (image->uvPlane && column.cx < ChromaSize(image->width) &&
-        row.cy < ChromaSize(image->height))
-        StoreChroma(ChromaAt(image, column.cx, row.cy), plot.colour);
-}
-
-// outward: -1 on the left side, +1 on the right. The chroma sample is the one a pixel further out.
-static BlockColumn MakeBlockColumn(const EllipsePlot &plot, int64_t x2, int32_t outward) {
-    const int64_t x = x2 / 2;
-    if (x2 < -1 || x >= plot.image->width)
-        return {false, 0, 0};
-    return {true, static_cast<int32_t>(x), static_cast<int32_t>((x + outward) / 2)};
-}
-
-// No block is anchored on row 0, although blocks on column 0 are: the rows start where the doubled
-// coordinate reaches 2.
-static BlockRow MakeBlockRow(const EllipsePlot &plot, int64_t y2, int32_t outward) {
-    const int64_t y = y2 / 2;
-    if (y2 < 2 || y > plot.image->height)
-        return {false, 0, 0};
-    return {true, static_cast<int32_t>(y), static_cast<int32_t>((y + outward) / 2)};
-}
-
-// The blocks of all four quadrants, clipped.
-static void PlotClipped(const EllipsePlot &plot, int64_t ox, int64_t oy) {
-    const BlockColumn left = MakeBlockColumn(plot, plot.centreX2 - plot.shiftX - ox, -1);
-    const BlockColumn right = MakeBlockColumn(plot, plot.centreX2 + plot.shiftX + ox, +1);
-    const BlockRow upper = MakeBlockRow(plot, plot.centreY2 - plot.shiftY - oy, -1);
-    const BlockRow lower = MakeBlockRow(plot, plot.centreY2 + plot.shiftY + oy, +1);
-    PlotBlock(plot, left, upper);
-    PlotBlock(plot, right, upper);
-    PlotBlock(plot, left, lower);
-    PlotBlock(plot, right, lower);
-}
-
-// Two blocks side by side, without their chroma.
-static inline void StoreBlocks(uint8_t *row, ptrdiff_t stride, ptrdiff_t left, ptrdiff_t right,
-                               uint8_t luma) {
-    StoreLumaPair(row + left, luma);
-    StoreLumaPair(row + right, luma);
-    StoreLumaPair(row + stride + left, luma);
-    StoreLumaPair(row + stride + right, luma);
-}
-
-// The same as PlotClipped for blocks that lie in the frame, where no coordinate is negative.
-static inline void PlotInside(const EllipsePlot &plot, int64_t ox, int64_t oy) {
-    const OrnMinRenderImage *image = plot.image;
-    const OrnMinRenderColour colour = plot.colour;
-    const auto stride = static_cast<ptrdiff_t>(image->stride);
-    const auto left = static_cast<ptrdiff_t>((plot.centreX2 - plot.shiftX - ox) >> 1);
-    const auto right = static_cast<ptrdiff_t>((plot.centreX2 + plot.shiftX + ox) >> 1);
-    const int64_t upper = (plot.centreY2 - plot.shiftY - oy) >> 1;
-    const int64_t lower = (plot.centreY2 + plot.shiftY + oy) >> 1;
-    if (image->yPlane) {
-        StoreBlocks(LumaAt(image, 0, upper), stride, left, right, colour.y);
-        StoreBlocks(LumaAt(image, 0, lower), stride, left, right, colour.y);
-    }
-    if (image->uvPlane) {
-        uint8_t *upperRow = ChromaAt(image, 0, (upper - 1) >> 1);
-        uint8_t *lowerRow = ChromaAt(image, 0, (lower + 1) >> 1);
-        const ptrdiff_t leftByte = (left - 1) / 2 * kChromaBytes; // left may be 0
-        const ptrdiff_t rightByte = (right + 1) / 2 * kChromaBytes;
-        StoreChroma(upperRow + leftByte, colour);
-        StoreChroma(upperRow + rightByte, colour);
-        StoreChroma(lowerRow + leftByte, colour);
-        StoreChroma(lowerRow + rightByte, colour);
-    }
-}
-
-// Plots a point of the curve in all four quadrants.
-static inline void PlotEllipsePixel(const EllipsePlot &plot, int64_t ox, int64_t oy) {
-    if (plot.inside && ox >= 0 && ox <= plot.width && oy >= 0 && oy <= plot.height)
-        PlotInside(plot, ox, oy);
-    else
-        PlotClipped(plot, ox, oy);
-}
-
-// An ellipse of the given size whose quarters lie in the corners of the box. Blocks reach one pixel
-// beyond the box to the right and downward, and none is anchored on row 0.
-static EllipsePlot MakePlot(const OrnMinRenderImage *image, OrnMinRenderColour colour,
-                            const OrnMinRenderRect &box, int64_t width, int64_t height) {
-    const bool inside = Min(box.left, box.right) >= 0 && Min(box.top, box.bottom) >= 1 &&
+// Blocks reach a pixel beyond the box to the right and downward. None is anchored on row 0, and the
+// chroma of one on column 0 would lie a sample further to the left.
+static Ring MakeRing(const OrnMinRenderImage *image, const OrnMinRenderRect &box, int64_t width,
+                     int64_t height) {
+    const int64_t centreX2 = int64_t{box.left} + box.right;
+    const int64_t centreY2 = int64_t{box.top} + box.bottom;
+    const int64_t shiftX = Distance(box.left, box.right) - width;
+    const int64_t shiftY = Distance(box.top, box.bottom) - height;
+    const bool inside = Min(box.left, box.right) >= 1 && Min(box.top, box.bottom) >= 1 &&
                         Max(box.left, box.right) + 1 < image->width &&
                         Max(box.top, box.bottom) + 1 < image->height;
-    return {image,
-            colour,
-            int64_t{box.left} + box.right,
-            int64_t{box.top} + box.bottom,
-            Distance(box.left, box.right) - width,
-            Distance(box.top, box.bottom) - height,
-            width,
+    return {width,
             height,
+            centreX2 - shiftX,
+            centreX2 + shiftX,
+            centreY2 - shiftY,
+            centreY2 + shiftY,
+            2 * Max(image->width, 0),
+            2 * Max(image->height, 0) + 2,
             inside};
 }
 
-// Plots the steep arc or the flat one, in all four quadrants. The gradient grows with every step
-// while its limit doesn't, so that it passes it; in an ellipse one pixel wide or high, whose
-// gradient stays 0, the arc ends with the ellipse.
-template <bool steep> static void TraceArcs(const EllipsePlot &plot) {
-    const int64_t size = steep ? plot.height : plot.width;
-    Arc arc = steep ? OutlineArc(plot.width, plot.height) : OutlineArc(plot.height, plot.width);
-    int64_t inward = steep ? plot.width : plot.height;
-    int64_t onward = 0;
+// How a plane shows blocks. A row of chroma holds four doubled rows of anchors; and so does a row
+// of luma, which shows the blocks anchored there and those anchored a row above.
+struct BlockShape {
+    int32_t shift;   // from doubled coordinates to samples
+    int32_t side;    // in samples
+    int32_t outward; // doubled, from the anchor to the sample
+    ptrdiff_t sampleBytes;
+};
+constexpr BlockShape kLumaBlock = {1, 2, 0, kLumaBytes};
+constexpr BlockShape kChromaBlock = {2, 1, 2, kChromaBytes};
+constexpr int32_t kAnchorRows = 4;
+
+// The curve's way through neighbouring doubled rows, in the order in which the arc passes them:
+// outward from the centre's row where it is steep, inward to it where it is flat. In row i of the
+// steep arc lies the offset edges[i], in row i of the flat arc lie edges[i] + 1 to edges[i + 1].
+// Bands are painted one by one, so that any ellipse fits: what two of them leave in one row are two
+// runs.
+struct Band {
+    static constexpr int32_t kMaxRows = 256;
+    static constexpr int32_t kMargin = kAnchorRows - 1; // before and after, the ends are repeated
+    int64_t start;                                      // distance of row 0 from the centre
+    int32_t rows;
+    int32_t memory[kMargin + kMaxRows + 1 + kMargin];
+};
+
+// The rows of a plane in which half a band shows. Its rows lie at y + i * direction there, y being
+// doubled; a row of the plane shows those from window on.
+struct BandRows {
+    int64_t y;
+    int32_t direction;
+    int64_t first;
+    int64_t end;
+};
+
+static inline BandRows FindBandRows(const Ring &ring, const BlockShape &shape, const Band &band,
+                                    bool steep, bool below) {
+    const int32_t direction = steep == below ? 1 : -1;
+    const int64_t anchor =
+        below ? ring.bottom + band.start + shape.outward : ring.top - band.start - shape.outward;
+    const int64_t y = anchor + (shape.side - 1) * 2;
+    const int64_t other = y + direction * (band.rows - 1);
+    return {y, direction, (Min(y, other) >> shape.shift) - (shape.side - 1),
+            (Max(y, other) >> shape.shift) + 1};
+}
+
+static inline int64_t WindowOf(const BandRows &rows, const BlockShape &shape, int64_t row) {
+    const int64_t y = row << shape.shift;
+    return rows.direction > 0 ? y - rows.y : rows.y - y - (kAnchorRows - 1);
+}
+
+// Stores what blocks that lie in the frame leave of a row: those anchored at doubled columns first
+// to last. On the steep arc, four rows are three doubled columns at the most, so that the run is no
+// longer than four bytes.
+template <bool steep>
+static inline void StoreRun(uint8_t *row, const BlockShape &shape, int64_t first, int64_t last,
+                            Pattern pattern) {
+    uint8_t *const from = row + (first >> shape.shift) * shape.sampleBytes;
+    uint8_t *const end = row + ((last >> shape.shift) + shape.side) * shape.sampleBytes;
+    if (steep) {
+        StorePattern<2>(from, pattern);
+        StorePattern<2>(end - 2, pattern);
+    } else {
+        FillRun(from, end - from, pattern);
+    }
+}
+
+// Paints the band above the centre or below it, in the quarters to the left and to the right.
+template <bool steep, const BlockShape &shape>
+static void PaintInside(const Ring &ring, const Plane &plane, Pattern pattern, const Band &band,
+                        bool below) {
+    const BandRows rows = FindBandRows(ring, shape, band, steep, below);
+    const int64_t left = ring.left - shape.outward;
+    const int64_t right = ring.right + shape.outward;
+    const auto stride = static_cast<ptrdiff_t>(plane.stride);
+    const ptrdiff_t pitch = ptrdiff_t{rows.direction} << shape.shift;
+    const int32_t *window = band.memory + Band::kMargin + WindowOf(rows, shape, rows.first);
+    uint8_t *row = SampleAt(plane, 0, rows.first);
+    for (int64_t count = rows.end - rows.first; count > 0; --count) {
+        const int64_t outer = steep ? window[0] : window[kAnchorRows];
+        const int64_t inner = steep ? window[kAnchorRows - 1] : window[0] + 1;
+        StoreRun<steep>(row, shape, left - outer, left - inner, pattern);
+        StoreRun<steep>(row, shape, right + inner, right + outer, pattern);
+        window += pitch;
+        row += stride;
+    }
+}
+
+// A plane that a ring is clipped to.
+struct ClipPlane {
+    Plane plane;
+    Pattern pattern;
+    BlockShape shape;
+    int32_t columns;
+    int32_t rows;
+};
+
+// The same as StoreRun, less what lies outside the frame.
+static void StoreClippedRun(const Ring &ring, const ClipPlane &to, uint8_t *row, int64_t first,
+                            int64_t last, int64_t outward) {
+    if (last < -1 || first >= ring.endX2) // a coordinate of -1, halved, is 0
+        return;
+    const BlockShape &shape = to.shape;
+    const int64_t from = Max(Max(first, 0) + outward, 0) >> shape.shift;
+    const int64_t at = Max(Max(Min(last, ring.endX2 - 1), 0) + outward, 0) >> shape.shift;
+    const int64_t end = Min(at + shape.side, to.columns);
+    FillRun(row + from * shape.sampleBytes, (end - from) * shape.sampleBytes, to.pattern);
+}
+
+// The same as PaintInside, less what lies outside the frame.
+static void PaintClipped(const Ring &ring, const ClipPlane &to, const Band &band, bool steep,
+                         bool below) {
+    const BandRows rows = FindBandRows(ring, to.shape, band, steep, below);
+    // Blocks are anchored at doubled rows 2 to endY2 - 1.
+    const int64_t y2 = below ? ring.bottom + band.start : ring.top - band.start;
+    const int64_t first = rows.direction > 0 ? Max(0, 2 - y2) : Max(0, y2 - ring.endY2 + 1);
+    const int64_t end = Min(band.rows, rows.direction > 0 ? ring.endY2 - y2 : y2 - 1);
+    const int64_t outward = to.shape.outward;
+    const int32_t *edges = band.memory + Band::kMargin;
+    for (int64_t y = Max(rows.first, 0); y < Min(rows.end, to.rows); ++y) {
+        const int64_t window = WindowOf(rows, to.shape, y);
+        const int64_t a = Max(first, window);
+        const int64_t b = Min(end, window + kAnchorRows) - 1;
+        if (a > b)
+            continue;
+        const int64_t outer = steep ? edges[a] : edges[b + 1];
+        const int64_t inner = steep ? edges[b] : edges[a] + 1;
+        uint8_t *row = SampleAt(to.plane, 0, y);
+        StoreClippedRun(ring, to, row, ring.left - outer, ring.left - inner, -outward);
+        StoreClippedRun(ring, to, row, ring.right + inner, ring.right + outer, outward);
+    }
+}
+
+static void PaintBandClipped(const OrnMinRenderImage *image, OrnMinRenderColour colour,
+                             const Ring &ring, const Band &band, bool steep) {
+    const ClipPlane planes[] = {
+        {LumaPlane(image), LumaPattern(colour.y), kLumaBlock, image->width, image->height},
+        {ChromaPlane(image), ChromaPattern(colour), kChromaBlock, ChromaSize(image->width),
+         ChromaSize(image->height)}};
+    for (const ClipPlane &to : planes) {
+        if (to.plane.first) {
+            PaintClipped(ring, to, band, steep, false);
+            PaintClipped(ring, to, band, steep, true);
+        }
+    }
+}
+
+template <bool steep>
+static inline void PaintBand(const OrnMinRenderImage *image, OrnMinRenderColour colour,
+                             const Ring &ring, const Band &band) {
+    if (!ring.inside) {
+        PaintBandClipped(image, colour, ring, band, steep);
+        return;
+    }
+    if (image->yPlane) {
+        const Pattern pattern = LumaPattern(colour.y);
+        PaintInside<steep, kLumaBlock>(ring, LumaPlane(image), pattern, band, false);
+        PaintInside<steep, kLumaBlock>(ring, LumaPlane(image), pattern, band, true);
+    }
+    if (image->uvPlane) {
+        const Pattern pattern = ChromaPattern(colour);
+        PaintInside<steep, kChromaBlock>(ring, ChromaPlane(image), pattern, band, false);
+        PaintInside<steep, kChromaBlock>(ring, ChromaPlane(image), pattern, band, true);
+    }
+}
+
+// Where the stepping of an arc has come to.
+struct Trace {
+    Arc arc;
+    int64_t onward; // offsets from the centre, doubled
+    int64_t inward;
+    int64_t size; // of the ellipse, the way onward
+};
+
+// Steps end where the curve has turned by half: the rise grows with every step while the fall
+// doesn't. In an ellipse one pixel wide or high the rise stays 0, and they end with the ellipse.
+// Inward they never pass the centre: there the rise is the greater.
+static inline bool HasStep(const Trace &trace) {
+    return GoesOn(trace.arc) && trace.onward <= trace.size;
+}
+
+// Each step is a row.
+static void TraceSteepBand(Trace *to, Band *band) {
+    Trace trace = *to;
+    int32_t *const edges = band->memory + Band::kMargin;
+    int32_t rows = 0;
+    band->start = trace.onward;
     do {
-        PlotEllipsePixel(plot, steep ? inward : onward, steep ? onward : inward);
-        ++onward;
-        if (Step(&arc))
-            --inward;
-    } while (arc.gradient <= arc.limit && onward <= size);
+        edges[rows++] = static_cast<int32_t>(trace.inward);
+        ++trace.onward;
+        if (Step(&trace.arc))
+            --trace.inward;
+    } while (rows < Band::kMaxRows && HasStep(trace));
+    band->rows = rows;
+    *to = trace;
+}
+
+// A row ends with a step inward.
+static void TraceFlatBand(Trace *to, Band *band) {
+    Trace trace = *to;
+    int32_t *const edges = band->memory + Band::kMargin;
+    int32_t rows = 0;
+    band->start = trace.inward;
+    edges[0] = static_cast<int32_t>(trace.onward - 1);
+    do {
+        bool turns;
+        do {
+            ++trace.onward;
+            turns = Step(&trace.arc);
+        } while (!turns && HasStep(trace));
+        edges[++rows] = static_cast<int32_t>(trace.onward - 1);
+        trace.inward -= turns;
+    } while (rows < Band::kMaxRows && HasStep(trace));
+    band->rows = rows;
+    *to = trace;
+}
+
+static void RepeatEnds(Band *band, int32_t last) {
+    int32_t *const edges = band->memory + Band::kMargin;
+    for (int32_t i = 1; i <= Band::kMargin; ++i) {
+        edges[-i] = edges[0];
+        edges[last + i] = edges[last];
+    }
+}
+
+// Draws the steep arc or the flat one, in all four quadrants.
+template <bool steep>
+static void TraceArcs(const OrnMinRenderImage *image, OrnMinRenderColour colour, const Ring &ring) {
+    Trace trace = steep ? Trace{OutlineArc(ring.width, ring.height), 0, ring.width, ring.height}
+                        : Trace{OutlineArc(ring.height, ring.width), 0, ring.height, ring.width};
+    Band band;
+    do {
+        if (steep)
+            TraceSteepBand(&trace, &band);
+        else
+            TraceFlatBand(&trace, &band);
+        RepeatEnds(&band, steep ? band.rows - 1 : band.rows);
+        PaintBand<steep>(image, colour, ring, band);
+    } while (HasStep(trace));
+}
+
+static void DrawRing(const OrnMinRenderImage *image, const OrnMinRenderRect &box, int64_t width,
+                     int64_t height, OrnMinRenderColour colour) {
+    const Ring ring = MakeRing(image, box, width, height);
+    TraceArcs<true>(image, colour, ring);
+    TraceArcs<false>(image, colour, ring);
 }
 
 void OrnMinRenderDrawEllipseYUV420SP(OrnMinRenderContext *, const OrnMinRenderImage *image,
@@ -234,11 +387,8 @@ void OrnMinRenderDrawEllipseYUV420SP(OrnMinRenderContext *, const OrnMinRenderIm
         return;
     const int64_t width = Distance(rect->left, rect->right);
     const int64_t height = Distance(rect->top, rect->bottom);
-    if (width > kMaxEllipseSize || height > kMaxEllipseSize)
-        return;
-    const EllipsePlot plot = MakePlot(image, colour, *rect, width, height);
-    TraceArcs<true>(plot);
-    TraceArcs<false>(plot);
+    if (width <= kMaxEllipseSize && height <= kMaxEllipseSize)
+        DrawRing(image, *rect, width, height, colour);
 }
 
 // ---- Listing the rows of fills ----
@@ -318,9 +468,9 @@ static inline void FillEllipseAddLine(RowPairLists *lists, int64_t halfWidth, in
 }
 
 // Lists the rows of the steep arc outward from the given one; returns the first that is not listed.
-// The gradient grows with every row and its limit doesn't.
+// The rise grows with every row and the fall doesn't.
 static int64_t ListSteepRows(RowPairLists *lists, Arc arc, int64_t halfWidth, int64_t distance) {
-    while (arc.gradient <= arc.limit) {
+    while (GoesOn(arc)) {
         FillEllipseAddLine(lists, halfWidth, distance);
         ++distance;
         if (Step(&arc))
@@ -333,7 +483,7 @@ static int64_t ListSteepRows(RowPairLists *lists, Arc arc, int64_t halfWidth, in
 // so that the outermost one never is. Ends with the arc, or with the rows above the last distance.
 static void ListFlatRows(RowPairLists *lists, Arc arc, int64_t halfWidth, int64_t distance,
                          int64_t last) {
-    while (distance > last && arc.gradient <= arc.limit) {
+    while (distance > last && GoesOn(arc)) {
         ++halfWidth;
         if (Step(&arc)) {
             --distance;
@@ -353,11 +503,11 @@ void OrnMinRenderFillEllipseYUV420SP(OrnMinRenderContext *context, const OrnMinR
         return;
     RowPairLists lists = StartLists(context, image, rect, colour);
     Arc steep = FillArc(width, height);
-    --steep.limit; // ends as soon as the curve has turned by half, which a thin one has from the
-                   // start
+    steep.excess -= 2; // ends as soon as the curve has turned by half, which a thin one has from
+                       // the start
     const int64_t listedRows = ListSteepRows(&lists, steep, width / 2, 0);
     Arc flat = FillArc(height, width);
-    flat.limit = INT64_MAX; // goes on down to the rows that are listed
+    flat.excess = INT64_MAX / 2; // goes on down to the rows that are listed
     ListFlatRows(&lists, flat, 0, height / 2, listedRows);
     PaintLists(&lists);
 }
@@ -390,14 +540,6 @@ static OrnMinRenderRect OrderCorners(const OrnMinRenderRect *rect) {
             static_cast<int32_t>(Max(rect->top, rect->bottom))};
 }
 
-// The corners are the quarters of one ellipse, moved apart to the corners of the rectangle.
-static void DrawCorners(const OrnMinRenderImage *image, const OrnMinRenderRect &box,
-                        CornerRadii radii, OrnMinRenderColour colour) {
-    const EllipsePlot plot = MakePlot(image, colour, box, 2 * radii.x, 2 * radii.y);
-    TraceArcs<true>(plot);
-    TraceArcs<false>(plot);
-}
-
 static void DrawSides(OrnMinRenderContext *context, const OrnMinRenderImage *image,
                       const OrnMinRenderRect &box, CornerRadii radii, OrnMinRenderColour colour) {
     const auto x0 = static_cast<int32_t>(box.left + radii.x);
@@ -427,7 +569,7 @@ void OrnMinRenderDrawRoundRectYUV420SP(OrnMinRenderContext *context, const OrnMi
     }
     if (AreTooLarge(corners))
         return;
-    DrawCorners(image, box, corners, colour);
+    DrawRing(image, box, 2 * corners.x, 2 * corners.y, colour);
     DrawSides(context, image, box, corners, colour);
 }
 
