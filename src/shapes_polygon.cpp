@@ -155,12 +155,13 @@ static RowRange FindRows(const PolygonPlane &plane) {
         bottom = y > bottom ? y : bottom;
         previous = y;
     }
-    // Halved coordinates may lie apart by half a row more.
-    const uint64_t bound = (down >> plane.shift) + 3 * plane.count;
-    constexpr int64_t kLimit = kScratchPoints;
+    // Halved coordinates may lie half a row further apart. (Of so many vertices that the sum might
+    // overflow, the number alone is too large.)
+    constexpr size_t kLimit = kScratchPoints;
+    const bool few = plane.count < kLimit && (down >> plane.shift) + 3 * plane.count < kLimit;
     return {ClampToSize(top >> plane.shift, plane.height),
             ClampToSize(bottom >> plane.shift, plane.height),
-            bound >= kScratchPoints && CountCrossings(plane) >= kLimit};
+            !few && CountCrossings(plane) >= int64_t{kLimit}};
 }
 
 // ---- The order of a row ----
