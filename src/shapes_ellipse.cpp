@@ -62,64 +62,53 @@ static Fill StartFill(OrnMinRenderContext *context, const OrnMinRenderImage *ima
 template <class Luma, class Chroma>
 static inline void ForEachSpan(const Fill &fill, const RowPairs &pairs, Luma luma, Chroma chroma) {
     const int32_t width = fill.image->width;
-    const int32_t height = fill.image->height;
+    const int64_t height = fill.image->height;
+    const int64_t lumaHeight = fill.image->yPlane ? height : 0; // a missing plane has no rows
+    const int64_t chromaHeight = fill.image->uvPlane ? height : 0;
     const int64_t centreX = fill.centreX;
     const int64_t centreY = fill.centreY;
     for (int32_t i = 0; i < pairs.count; ++i) {
-        const int64_t halfWidth = pairs.pairs[i].halfWidth;
-        const int64_t distance = pairs.pairs[i].distance;
-        const int32_t first = ClampToSize(centreX - halfWidth, width);
-        const int32_t end = ClampToSize(centreX + halfWidth, width);
-        const int64_t upper = centreY - distance;
-        const int64_t lower = centreY + distance;
-        if (upper >= 0 && upper < height)
+        const RowPair pair = pairs.pairs[i];
+        const int32_t first = ClampToSize(centreX - pair.halfWidth, width);
+        const int32_t end = ClampToSize(centreX + pair.halfWidth, width);
+        const int64_t upper = centreY - pair.distance;
+        const int64_t lower = centreY + pair.distance;
+        if (upper >= 0 && upper < lumaHeight)
             luma(first, end, static_cast<int32_t>(upper));
-        if (lower >= 0 && lower < height)
+        if (lower >= 0 && lower < lumaHeight)
             luma(first, end, static_cast<int32_t>(lower));
-        const int64_t row = distance % 2 == 0 ? lower : upper;
+        const int64_t row = pair.distance % 2 == 0 ? lower : upper;
         const int32_t chromaFirst = ChromaSize(first);
-        if (row >= 0 && row < height)
+        if (row >= 0 && row < chromaHeight)
             chroma(chromaFirst, static_cast<int32_t>(Max(chromaFirst, end / 2)),
                    static_cast<int32_t>(row / 2));
     }
 }
 
 static void StoreRows(const Fill &fill, const RowPairs &pairs) {
-    const Plane lumaPlane = LumaPlane(fill.image);
-    const Plane chromaPlane = ChromaPlane(fill.image);
-    const Pattern lumaPattern = LumaPattern(fill.colour.y);
-    const Pattern chromaPattern = ChromaPattern(fill.colour);
-    const auto store = [](const Plane &plane, Pattern pattern, int32_t first, int32_t end,
-                          int32_t row) {
-        if (plane.first)
+    const auto storeIn = [](const Plane &plane, Pattern pattern) {
+        return [=](int32_t first, int32_t end, int32_t row) {
             FillRun(SampleAt(plane, first, row), (end - first) * plane.sampleBytes, pattern);
+        };
     };
-    ForEachSpan(
-        fill, pairs,
-        [&](int32_t first, int32_t end, int32_t row) {
-            store(lumaPlane, lumaPattern, first, end, row);
-        },
-        [&](int32_t first, int32_t end, int32_t row) {
-            store(chromaPlane, chromaPattern, first, end, row);
-        });
+    ForEachSpan(fill, pairs, storeIn(LumaPlane(fill.image), LumaPattern(fill.colour.y)),
+                storeIn(ChromaPlane(fill.image), ChromaPattern(fill.colour)));
 }
 
 static void ListRows(const Fill &fill, const RowPairs &pairs) {
     OrnMinRenderScanline *luma = fill.spans;
-    OrnMinRenderScanline *chroma = fill.spans + kLumaSpans;
+    OrnMinRenderScanline *const chromaSpans = fill.spans + kLumaSpans;
+    OrnMinRenderScanline *chroma = chromaSpans;
     ForEachSpan(
         fill, pairs,
         [&](int32_t first, int32_t end, int32_t row) { *luma++ = MakeSpan(first, end, row); },
         [&](int32_t first, int32_t end, int32_t row) { *chroma++ = MakeSpan(first, end, row); });
     const kernels::Set set = kernels::Best();
-    if (fill.image->yPlane)
-        kernels::PaintSpans(LumaPlane(fill.image), fill.spans,
-                            static_cast<int32_t>(luma - fill.spans), LumaPattern(fill.colour.y),
-                            set);
-    if (fill.image->uvPlane)
-        kernels::PaintSpans(ChromaPlane(fill.image), fill.spans + kLumaSpans,
-                            static_cast<int32_t>(chroma - fill.spans - kLumaSpans),
-                            ChromaPattern(fill.colour), set);
+    kernels::PaintSpans(LumaPlane(fill.image), fill.spans, static_cast<int32_t>(luma - fill.spans),
+                        LumaPattern(fill.colour.y), set);
+    kernels::PaintSpans(ChromaPlane(fill.image), chromaSpans,
+                        static_cast<int32_t>(chroma - chromaSpans), ChromaPattern(fill.colour),
+                        set);
 }
 
 static void PaintRowPairs(const Fill &fill, RowPairs *pairs) {

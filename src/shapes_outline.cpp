@@ -205,8 +205,8 @@ static void PaintBandClipped(const OrnMinRenderImage *image, OrnMinRenderColour 
 // ---- Along the arcs ----
 
 template <bool steep>
-static inline void PaintBand(const OrnMinRenderImage *image, OrnMinRenderColour colour,
-                             const Ring &ring, const Band &band) {
+static void PaintBand(const OrnMinRenderImage *image, OrnMinRenderColour colour, const Ring &ring,
+                      const Band &band) {
     if (!ring.inside) {
         PaintBandClipped(image, colour, ring, band, steep);
         return;
@@ -238,6 +238,14 @@ static inline bool HasStep(const Trace &trace) {
     return GoesOn(trace.arc) && trace.onward <= trace.size;
 }
 
+static void RepeatEnds(Band *band, int32_t last) {
+    int32_t *const edges = band->memory + Band::kMargin;
+    for (int32_t i = 1; i <= Band::kMargin; ++i) {
+        edges[-i] = edges[0];
+        edges[last + i] = edges[last];
+    }
+}
+
 // Each step is a row: after k steps in all, of which j went inward, its offset is the ellipse's
 // width - j.
 static void TraceSteepBand(Trace *to, Band *band) {
@@ -252,6 +260,7 @@ static void TraceSteepBand(Trace *to, Band *band) {
             --trace.inward;
     } while (rows < Band::kMaxRows && HasStep(trace));
     band->rows = rows;
+    RepeatEnds(band, rows - 1);
     *to = trace;
 }
 
@@ -273,36 +282,31 @@ static void TraceFlatBand(Trace *to, Band *band) {
         trace.inward -= turns;
     } while (rows < Band::kMaxRows && HasStep(trace));
     band->rows = rows;
+    RepeatEnds(band, rows);
     *to = trace;
 }
 
-static void RepeatEnds(Band *band, int32_t last) {
-    int32_t *const edges = band->memory + Band::kMargin;
-    for (int32_t i = 1; i <= Band::kMargin; ++i) {
-        edges[-i] = edges[0];
-        edges[last + i] = edges[last];
-    }
-}
-
 // Draws the steep arc or the flat one, in all four quadrants.
-template <bool steep>
-static void TraceArcs(const OrnMinRenderImage *image, OrnMinRenderColour colour, const Ring &ring) {
-    Trace trace = steep ? Trace{OutlineArc(ring.width, ring.height), 0, ring.width, ring.height}
-                        : Trace{OutlineArc(ring.height, ring.width), 0, ring.height, ring.width};
+static void DrawArcs(const OrnMinRenderImage *image, OrnMinRenderColour colour, const Ring &ring,
+                     bool steep) {
+    const int64_t across = steep ? ring.width : ring.height;
+    const int64_t along = steep ? ring.height : ring.width;
+    Trace trace = {OutlineArc(across, along), 0, across, along};
     Band band;
     do {
-        if (steep)
+        if (steep) {
             TraceSteepBand(&trace, &band);
-        else
+            PaintBand<true>(image, colour, ring, band);
+        } else {
             TraceFlatBand(&trace, &band);
-        RepeatEnds(&band, steep ? band.rows - 1 : band.rows);
-        PaintBand<steep>(image, colour, ring, band);
+            PaintBand<false>(image, colour, ring, band);
+        }
     } while (HasStep(trace));
 }
 
 void orn::DrawOutline(const OrnMinRenderImage *image, const OrnMinRenderRect &box, int64_t width,
                       int64_t height, OrnMinRenderColour colour) {
     const Ring ring = MakeRing(image, box, width, height);
-    TraceArcs<true>(image, colour, ring);
-    TraceArcs<false>(image, colour, ring);
+    DrawArcs(image, colour, ring, true);
+    DrawArcs(image, colour, ring, false);
 }

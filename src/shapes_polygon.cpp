@@ -39,14 +39,15 @@ static inline EdgeWalk StartEdgeWalk(OrnMinRenderPoint upper, OrnMinRenderPoint 
     const auto width = static_cast<uint32_t>(shift >= 0 ? shift : -shift);
     const auto height = static_cast<uint32_t>(int64_t{lower.y} - upper.y);
     const int32_t direction = shift >= 0 ? 1 : -1;
-    const int64_t wholeStep = int64_t{width / height} * direction;
-    const uint32_t rest = width % height;
+    const uint32_t whole = width < height ? 0 : width / height; // spares steep edges a division
+    const int64_t wholeStep = int64_t{whole} * direction;
+    const uint32_t rest = width - whole * height;
 
     const uint64_t rests = rest * static_cast<uint64_t>(rows);
     const uint64_t half = height / 2;
     uint64_t more = 0;
     if (rests > half)
-        more = rows == 1 ? 1 : (rests - half + (height - 1)) / height;
+        more = (rests - half + (height - 1)) / height;
     return {upper.x + wholeStep * rows + direction * static_cast<int64_t>(more),
             static_cast<int64_t>(half + more * height - rests),
             height,
@@ -191,25 +192,31 @@ static inline void Order(OrnMinRenderPoint *left, OrnMinRenderPoint *right) {
     right->x = a < b ? b : a;
 }
 
-// Sorts the points of one row: nearly always two or four, or a handful; the gaps keep the worst
-// case short, when a plane's whole share lies in one row.
-static inline void SortColumns(OrnMinRenderPoint *points, size_t count) {
+// Four points, or a handful; the gaps keep the worst case short, when a plane's whole share lies in
+// one row.
+static void SortMore(OrnMinRenderPoint *points, size_t count) {
     static const size_t kGaps[] = {1750, 701, 301, 132, 57, 23, 10, 4}; // M. Ciura, 2001
     constexpr size_t kHandful = 16;
-    if (count == 2) {
-        Order(points, points + 1);
-    } else if (count == 4) {
+    if (count == 4) {
         Order(points, points + 1);
         Order(points + 2, points + 3);
         Order(points, points + 2);
         Order(points + 1, points + 3);
         Order(points + 1, points + 2);
-    } else {
-        if (count > kHandful)
-            for (const size_t gap : kGaps)
-                SortAtGap(points, count, gap);
-        SortAtGap(points, count, 1);
+        return;
     }
+    if (count > kHandful)
+        for (const size_t gap : kGaps)
+            SortAtGap(points, count, gap);
+    SortAtGap(points, count, 1);
+}
+
+// Sorts the points of one row, which are nearly always two.
+static inline void SortColumns(OrnMinRenderPoint *points, size_t count) {
+    if (count == 2)
+        Order(points, points + 1);
+    else
+        SortMore(points, count);
 }
 
 // ---- A few edges, side by side ----
@@ -244,6 +251,7 @@ struct Slab {
     int32_t endRow;
 };
 
+// The rows from the given one on up to where the next edge begins or ends, which is below it.
 static void FindSlab(Slab *slab, Walks *from, int32_t firstRow, int32_t endRow) {
     slab->count = 0;
     slab->firstRow = firstRow;
