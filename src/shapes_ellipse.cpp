@@ -1,327 +1,140 @@
 // SPDX-License-Identifier: MIT
-// Ellipses and rounded rectangles, outlined and filled. All of them are stepped in integers along a
-// quarter of an ellipse, which the other three mirror: a rounded rectangle's corners are the
-// quarters of one ellipse, moved apart. An outline plots blocks of 2 x 2 pixels; a fill lists row
-// pairs in the context's scratch memory, one list for each plane, and paints the lists.
+// Ellipses and rounded rectangles. A fill steps along the arcs of a quarter, gathers the rows that
+// it passes as pairs above and below the centre, and paints them whenever it has enough of them.
 #include "min_render.h"
 #include "pixop.h"
+#include "shapes_arc.h"
+#include "shapes_outline.h"
 
 using namespace orn;
 
-// ---- The stepping ----
+// ---- The rows of fills ----
 
-// An arc of an ellipse from one end of an axis to where the curve has turned by half, each step
-// going onward by one, along the other axis, and some of them inward by one, too. The steep arc
-// starts at an end of the horizontal axis, goes onward by rows and inward by columns. The flat arc
-// is the same with rows and columns, width and height exchanged.
-//
-// After k steps of which j went inward, with the starting values g0, l0 and e0,
-//     gradient = g0 + k * onwardStep
-//     limit    = l0 - j * inwardStep
-//     error    = e0 + j * inwardStep
-//     sum      = k * g0 + onwardStep * k (k - 1) / 2 + j * e0 + inwardStep * j (j - 1) / 2
-// and the sign of error + 2 * sum tells on which side of the curve the middle between the next two
-// columns lies: when it is positive, outside, the step goes inward.
-struct Arc {
-    int64_t onwardStep;
-    int64_t inwardStep;
-    int64_t gradient; // of the curve, along the arc
-    int64_t limit;    // the arc ends when the gradient has passed it
-    int64_t error;
-    int64_t sum;
+// The rows distance above and below the centre, each filled halfWidth to either side.
+struct RowPair {
+    int64_t halfWidth;
+    int64_t distance;
 };
 
-// Beyond this width or height the terms would leave 64 bits; nothing is drawn.
-constexpr int64_t kMaxEllipseSize = 65536;
+// Row pairs are gathered while the arcs are stepped, and painted whenever there is no room for
+// more.
+struct RowPairs {
+    static constexpr int32_t kMax = 256;
+    RowPair pairs[kMax];
+    int32_t count;
+};
 
-// The steep arc of an outline, in doubled units: its radii are the width and the height. With
-// x = width - j - 1/2 and y = k + 1/2, and but for the rounding of halves, its condition is that
-// width^2 y^2 + height^2 x^2 - width^2 height^2 exceeds width^2 / 4 - height^2 (j + 3/4).
-static Arc OutlineArc(int64_t width, int64_t height) {
-    const int64_t onwardStep = width * width / 2;
-    const int64_t inwardStep = height * height / 2;
-    return {onwardStep,
-            inwardStep,
-            onwardStep,
-            inwardStep * width + onwardStep,
-            height * height * (1 - width) / 2,
-            0};
-}
-
-// The steep arc of a fill, whose radii a and b are half the width and half the height. With
-// x = a - j - 1/2 and y = k, and but for the rounding of quarters, its condition is that
-// a^2 y^2 + b^2 x^2 - a^2 b^2 exceeds -b^2 / 4.
-static Arc FillArc(int64_t width, int64_t height) {
-    const int64_t onwardStep = width * width / 2;
-    const int64_t inwardStep = height * height / 2;
-    const int64_t gradient = width * width / 4;
-    return {onwardStep,
-            inwardStep,
-            gradient,
-            width * inwardStep / 2 + gradient,
-            (1 - width) * height * height / 4,
-            0};
-}
-
-// Goes onward; true: and inward.
-static inline bool Step(Arc *arc) {
-    arc->sum += arc->gradient;
-    arc->gradient += arc->onwardStep;
-    if (arc->error + 2 * arc->sum <= 0)
-        return false;
-    arc->sum += arc->error;
-    arc->error += arc->inwardStep;
-    arc->limit -= arc->inwardStep;
-    return true;
-}
-
-static int64_t Distance(int32_t a, int32_t b) {
-    return a < b ? int64_t{b} - a : int64_t{a} - b;
-}
-
-// ---- Plotting outlines ----
-
-// What turns an offset from the centre, in doubled units, into blocks of pixels.
-struct EllipsePlot {
+// A shape to be filled, with quarters of an ellipse in its corners.
+struct Fill {
     const OrnMinRenderImage *image;
     OrnMinRenderColour colour;
-    int64_t centreX2; // doubled, so that a centre between two pixels is exact
-    int64_t centreY2;
-    int64_t shiftX; // how far each offset is moved outward: for the corners of a rounded rectangle
-    int64_t shiftY;
-    int64_t width; // of the ellipse
-    int64_t height;
-    bool inside; // all blocks of offsets within the width and height lie in the frame
-};
-
-struct BlockColumn {
-    bool enabled;
-    int32_t x;
-    int32_t cx;
-};
-
-struct BlockRow {
-    bool enabled;
-    int32_t y;
-    int32_t cy;
-};
-
-// Sets the 2 x 2 block at (x, y) and its chroma sample, less what lies outside the planes. The
-// anchor is neither negative nor right of the frame.
-static void PlotBlock(const EllipsePlot &plot, BlockColumn column, BlockRow row) {
-    const OrnMinRenderImage *image = plot.image;
-    if (!column.enabled || !row.enabled)
-        return;
-    for (int64_t y = row.y; image->yPlane && y <= int64_t{row.y} + 1 && y < image->height; ++y) {
-        uint8_t *pixel = LumaAt(image, column.x, y);
-        pixel[0] = plot.colour.y;
-        if (column.x + 1 < image->width)
-            pixel[1] = plot.colour.y;
-    }
-    if (image->uvPlane && column.cx < ChromaSize(image->width) &&
-        row.cy < ChromaSize(image->height))
-        StoreChroma(ChromaAt(image, column.cx, row.cy), plot.colour);
-}
-
-// outward: -1 on the left side, +1 on the right. The chroma sample is the one a pixel further out.
-static BlockColumn MakeBlockColumn(const EllipsePlot &plot, int64_t x2, int32_t outward) {
-    const int64_t x = x2 / 2;
-    if (x2 < -1 || x >= plot.image->width)
-        return {false, 0, 0};
-    return {true, static_cast<int32_t>(x), static_cast<int32_t>((x + outward) / 2)};
-}
-
-// No block is anchored on row 0, although blocks on column 0 are: the rows start where the doubled
-// coordinate reaches 2.
-static BlockRow MakeBlockRow(const EllipsePlot &plot, int64_t y2, int32_t outward) {
-    const int64_t y = y2 / 2;
-    if (y2 < 2 || y > plot.image->height)
-        return {false, 0, 0};
-    return {true, static_cast<int32_t>(y), static_cast<int32_t>((y + outward) / 2)};
-}
-
-// The blocks of all four quadrants, clipped.
-static void PlotClipped(const EllipsePlot &plot, int64_t ox, int64_t oy) {
-    const BlockColumn left = MakeBlockColumn(plot, plot.centreX2 - plot.shiftX - ox, -1);
-    const BlockColumn right = MakeBlockColumn(plot, plot.centreX2 + plot.shiftX + ox, +1);
-    const BlockRow upper = MakeBlockRow(plot, plot.centreY2 - plot.shiftY - oy, -1);
-    const BlockRow lower = MakeBlockRow(plot, plot.centreY2 + plot.shiftY + oy, +1);
-    PlotBlock(plot, left, upper);
-    PlotBlock(plot, right, upper);
-    PlotBlock(plot, left, lower);
-    PlotBlock(plot, right, lower);
-}
-
-// Two blocks side by side, without their chroma.
-static inline void StoreBlocks(uint8_t *row, ptrdiff_t stride, ptrdiff_t left, ptrdiff_t right,
-                               uint8_t luma) {
-    StoreLumaPair(row + left, luma);
-    StoreLumaPair(row + right, luma);
-    StoreLumaPair(row + stride + left, luma);
-    StoreLumaPair(row + stride + right, luma);
-}
-
-// The same as PlotClipped for blocks that lie in the frame, where no coordinate is negative.
-static inline void PlotInside(const EllipsePlot &plot, int64_t ox, int64_t oy) {
-    const OrnMinRenderImage *image = plot.image;
-    const OrnMinRenderColour colour = plot.colour;
-    const auto stride = static_cast<ptrdiff_t>(image->stride);
-    const auto left = static_cast<ptrdiff_t>((plot.centreX2 - plot.shiftX - ox) >> 1);
-    const auto right = static_cast<ptrdiff_t>((plot.centreX2 + plot.shiftX + ox) >> 1);
-    const int64_t upper = (plot.centreY2 - plot.shiftY - oy) >> 1;
-    const int64_t lower = (plot.centreY2 + plot.shiftY + oy) >> 1;
-    if (image->yPlane) {
-        StoreBlocks(LumaAt(image, 0, upper), stride, left, right, colour.y);
-        StoreBlocks(LumaAt(image, 0, lower), stride, left, right, colour.y);
-    }
-    if (image->uvPlane) {
-        uint8_t *upperRow = ChromaAt(image, 0, (upper - 1) >> 1);
-        uint8_t *lowerRow = ChromaAt(image, 0, (lower + 1) >> 1);
-        const ptrdiff_t leftByte = (left - 1) / 2 * kChromaBytes; // left may be 0
-        const ptrdiff_t rightByte = (right + 1) / 2 * kChromaBytes;
-        StoreChroma(upperRow + leftByte, colour);
-        StoreChroma(upperRow + rightByte, colour);
-        StoreChroma(lowerRow + leftByte, colour);
-        StoreChroma(lowerRow + rightByte, colour);
-    }
-}
-
-// Plots a point of the curve in all four quadrants.
-static inline void PlotEllipsePixel(const EllipsePlot &plot, int64_t ox, int64_t oy) {
-    if (plot.inside && ox >= 0 && ox <= plot.width && oy >= 0 && oy <= plot.height)
-        PlotInside(plot, ox, oy);
-    else
-        PlotClipped(plot, ox, oy);
-}
-
-// An ellipse of the given size whose quarters lie in the corners of the box. Blocks reach one pixel
-// beyond the box to the right and downward, and none is anchored on row 0.
-static EllipsePlot MakePlot(const OrnMinRenderImage *image, OrnMinRenderColour colour,
-                            const OrnMinRenderRect &box, int64_t width, int64_t height) {
-    const bool inside = Min(box.left, box.right) >= 0 && Min(box.top, box.bottom) >= 1 &&
-                        Max(box.left, box.right) + 1 < image->width &&
-                        Max(box.top, box.bottom) + 1 < image->height;
-    return {image,
-            colour,
-            int64_t{box.left} + box.right,
-            int64_t{box.top} + box.bottom,
-            Distance(box.left, box.right) - width,
-            Distance(box.top, box.bottom) - height,
-            width,
-            height,
-            inside};
-}
-
-// Plots the steep arc or the flat one, in all four quadrants. The gradient grows with every step
-// while its limit doesn't, so that it passes it; in an ellipse one pixel wide or high, whose
-// gradient stays 0, the arc ends with the ellipse.
-template <bool steep> static void TraceArcs(const EllipsePlot &plot) {
-    const int64_t size = steep ? plot.height : plot.width;
-    Arc arc = steep ? OutlineArc(plot.width, plot.height) : OutlineArc(plot.height, plot.width);
-    int64_t inward = steep ? plot.width : plot.height;
-    int64_t onward = 0;
-    do {
-        PlotEllipsePixel(plot, steep ? inward : onward, steep ? onward : inward);
-        ++onward;
-        if (Step(&arc))
-            --inward;
-    } while (arc.gradient <= arc.limit && onward <= size);
-}
-
-void OrnMinRenderDrawEllipseYUV420SP(OrnMinRenderContext *, const OrnMinRenderImage *image,
-                                     const OrnMinRenderRect *rect, OrnMinRenderColour colour) {
-    if (!image || !rect)
-        return;
-    const int64_t width = Distance(rect->left, rect->right);
-    const int64_t height = Distance(rect->top, rect->bottom);
-    if (width > kMaxEllipseSize || height > kMaxEllipseSize)
-        return;
-    const EllipsePlot plot = MakePlot(image, colour, *rect, width, height);
-    TraceArcs<true>(plot);
-    TraceArcs<false>(plot);
-}
-
-// ---- Listing the rows of fills ----
-
-// Both planes' lists are built in one pass over the rows, side by side in the scratch memory, and
-// painted whenever one may be full: a row pair adds two luma spans and one chroma span.
-constexpr int32_t kLumaSpans = kScratchSpans / 3 * 2;
-constexpr int32_t kChromaSpans = kScratchSpans - kLumaSpans;
-
-struct RowPairLists {
-    const OrnMinRenderImage *image;
-    OrnMinRenderColour colour;
+    OrnMinRenderScanline *spans; // in the context's scratch memory
     int64_t centreX;
     int64_t centreY;
-    OrnMinRenderScanline *luma;
-    OrnMinRenderScanline *chroma;
-    int32_t lumaCount; // spans
-    int32_t chromaCount;
+    int64_t width; // of the ellipse
+    int64_t height;
+    bool isNarrow;
 };
 
-static RowPairLists StartLists(OrnMinRenderContext *context, const OrnMinRenderImage *image,
-                               const OrnMinRenderRect *rect, OrnMinRenderColour colour) {
-    OrnMinRenderScanline *spans = ScratchSpans(context);
+// Rows that are no longer are stored one by one; longer ones are worth a list for the painter of
+// spans, in which a pair has two luma spans and one chroma span. (AMD EPYC 9004; filled ellipses of
+// 24 to 400 columns.)
+constexpr int64_t kShortRow = 128;
+constexpr int32_t kLumaSpans = 2 * RowPairs::kMax;
+static_assert(kLumaSpans + RowPairs::kMax <= kScratchSpans, "the lists of both planes");
+
+static Fill StartFill(OrnMinRenderContext *context, const OrnMinRenderImage *image,
+                      const OrnMinRenderRect *rect, int64_t width, int64_t height,
+                      OrnMinRenderColour colour) {
     return {image,
             colour,
+            ScratchSpans(context),
             (int64_t{rect->left} + rect->right) / 2,
             (int64_t{rect->top} + rect->bottom) / 2,
-            spans,
-            spans + kLumaSpans,
-            0,
-            0};
+            width,
+            height,
+            Distance(rect->left, rect->right) <= kShortRow};
 }
 
-static void PaintLists(RowPairLists *lists) {
-    const OrnMinRenderImage *image = lists->image;
-    if (image->yPlane)
-        OrnMinRenderDrawScanlinesY8(image, lists->luma, 2 * lists->lumaCount, lists->colour.y);
-    if (image->uvPlane)
-        OrnMinRenderDrawScanlinesUV(image, lists->chroma, 2 * lists->chromaCount, lists->colour);
-    lists->lumaCount = 0;
-    lists->chromaCount = 0;
+// Gives luma and chroma the spans of the rows, each as its columns and its row. The chroma row is
+// taken from the lower half at even distances and from the upper half at odd ones, so that each
+// comes once (the centre's, when odd, twice); its columns are rounded inward.
+template <class Luma, class Chroma>
+static inline void ForEachSpan(const Fill &fill, const RowPairs &pairs, Luma luma, Chroma chroma) {
+    const int32_t width = fill.image->width;
+    const int64_t height = fill.image->height;
+    const int64_t lumaHeight = fill.image->yPlane ? height : 0; // a missing plane has no rows
+    const int64_t chromaHeight = fill.image->uvPlane ? height : 0;
+    const int64_t centreX = fill.centreX;
+    const int64_t centreY = fill.centreY;
+    for (int32_t i = 0; i < pairs.count; ++i) {
+        const RowPair pair = pairs.pairs[i];
+        const int32_t first = ClampToSize(centreX - pair.halfWidth, width);
+        const int32_t end = ClampToSize(centreX + pair.halfWidth, width);
+        const int64_t upper = centreY - pair.distance;
+        const int64_t lower = centreY + pair.distance;
+        if (upper >= 0 && upper < lumaHeight)
+            luma(first, end, static_cast<int32_t>(upper));
+        if (lower >= 0 && lower < lumaHeight)
+            luma(first, end, static_cast<int32_t>(lower));
+        const int64_t row = pair.distance % 2 == 0 ? lower : upper;
+        const int32_t chromaFirst = ChromaSize(first);
+        if (row >= 0 && row < chromaHeight)
+            chroma(chromaFirst, static_cast<int32_t>(Max(chromaFirst, end / 2)),
+                   static_cast<int32_t>(row / 2));
+    }
 }
 
-// A row pair's columns in luma pixels, and in chroma samples, rounded inward.
-struct RowExtent {
-    int32_t first;
-    int32_t end;
-    int32_t chromaFirst;
-    int32_t chromaEnd;
-};
-
-static inline void AddRow(RowPairLists *lists, int64_t row, const RowExtent &extent,
-                          bool withChroma) {
-    if (row < 0 || row >= lists->image->height)
-        return;
-    const auto y = static_cast<int32_t>(row);
-    lists->luma[lists->lumaCount++] = MakeSpan(extent.first, extent.end, y);
-    if (withChroma)
-        lists->chroma[lists->chromaCount++] = MakeSpan(extent.chromaFirst, extent.chromaEnd, y / 2);
+static void StoreRows(const Fill &fill, const RowPairs &pairs) {
+    const auto storeIn = [](const Plane &plane, Pattern pattern) {
+        return [=](int32_t first, int32_t end, int32_t row) {
+            FillRun(SampleAt(plane, first, row), (end - first) * plane.sampleBytes, pattern);
+        };
+    };
+    ForEachSpan(fill, pairs, storeIn(LumaPlane(fill.image), LumaPattern(fill.colour.y)),
+                storeIn(ChromaPlane(fill.image), ChromaPattern(fill.colour)));
 }
 
-// Adds the rows distance above and below the centre, each halfWidth to either side. The chroma row
-// is taken from the lower half at even distances and from the upper half at odd ones, so that each
-// comes once (the centre's, when odd, twice).
-static inline void FillEllipseAddLine(RowPairLists *lists, int64_t halfWidth, int64_t distance) {
-    if (lists->lumaCount + 2 > kLumaSpans || lists->chromaCount + 1 > kChromaSpans)
-        PaintLists(lists);
-    const int32_t width = lists->image->width;
-    const int32_t first = ClampToSize(lists->centreX - halfWidth, width);
-    const int32_t end = ClampToSize(lists->centreX + halfWidth, width);
-    const int32_t chromaFirst = ChromaSize(first);
-    const RowExtent extent = {first, end, chromaFirst,
-                              static_cast<int32_t>(Max(chromaFirst, end / 2))};
-    const bool odd = distance % 2 != 0;
-    AddRow(lists, lists->centreY - distance, extent, odd);
-    AddRow(lists, lists->centreY + distance, extent, !odd);
+static void ListRows(const Fill &fill, const RowPairs &pairs) {
+    OrnMinRenderScanline *luma = fill.spans;
+    OrnMinRenderScanline *const chromaSpans = fill.spans + kLumaSpans;
+    OrnMinRenderScanline *chroma = chromaSpans;
+    ForEachSpan(
+        fill, pairs,
+        [&](int32_t first, int32_t end, int32_t row) { *luma++ = MakeSpan(first, end, row); },
+        [&](int32_t first, int32_t end, int32_t row) { *chroma++ = MakeSpan(first, end, row); });
+    const kernels::Set set = kernels::Best();
+    kernels::PaintSpans(LumaPlane(fill.image), fill.spans, static_cast<int32_t>(luma - fill.spans),
+                        LumaPattern(fill.colour.y), set);
+    kernels::PaintSpans(ChromaPlane(fill.image), chromaSpans,
+                        static_cast<int32_t>(chroma - chromaSpans), ChromaPattern(fill.colour),
+                        set);
 }
 
-// Lists the rows of the steep arc outward from the given one; returns the first that is not listed.
-// The gradient grows with every row and its limit doesn't.
-static int64_t ListSteepRows(RowPairLists *lists, Arc arc, int64_t halfWidth, int64_t distance) {
-    while (arc.gradient <= arc.limit) {
-        FillEllipseAddLine(lists, halfWidth, distance);
+static void PaintRowPairs(const Fill &fill, RowPairs *pairs) {
+    if (fill.isNarrow)
+        StoreRows(fill, *pairs);
+    else
+        ListRows(fill, *pairs);
+    pairs->count = 0;
+}
+
+static inline void FillEllipseAddLine(const Fill &fill, RowPairs *pairs, int64_t halfWidth,
+                                      int64_t distance) {
+    pairs->pairs[pairs->count++] = {halfWidth, distance};
+    if (pairs->count == RowPairs::kMax)
+        PaintRowPairs(fill, pairs);
+}
+
+// Adds the rows of the steep arc outward from the given one; returns the first that is not added.
+// The arc may go on for some slack beyond where the curve has turned by half. It ends, since the
+// rise grows with every row and the fall doesn't.
+static int64_t AddSteepRows(const Fill &fill, RowPairs *pairs, int64_t slack, int64_t halfWidth,
+                            int64_t distance) {
+    Arc arc = FillArc(fill.width, fill.height);
+    arc.excess += slack;
+    while (GoesOn(arc)) {
+        FillEllipseAddLine(fill, pairs, halfWidth, distance);
         ++distance;
         if (Step(&arc))
             --halfWidth;
@@ -329,17 +142,31 @@ static int64_t ListSteepRows(RowPairLists *lists, Arc arc, int64_t halfWidth, in
     return distance;
 }
 
-// Lists the rows of the flat arc from the given one inward, each when the curve first reaches it,
+// Adds the rows of the flat arc from the given one inward, each when the curve first reaches it,
 // so that the outermost one never is. Ends with the arc, or with the rows above the last distance.
-static void ListFlatRows(RowPairLists *lists, Arc arc, int64_t halfWidth, int64_t distance,
-                         int64_t last) {
-    while (distance > last && arc.gradient <= arc.limit) {
+static void AddFlatRows(const Fill &fill, RowPairs *pairs, int64_t slack, int64_t halfWidth,
+                        int64_t distance, int64_t last) {
+    Arc arc = FillArc(fill.height, fill.width);
+    arc.excess += slack;
+    while (distance > last && GoesOn(arc)) {
         ++halfWidth;
         if (Step(&arc)) {
             --distance;
-            FillEllipseAddLine(lists, halfWidth, distance);
+            FillEllipseAddLine(fill, pairs, halfWidth, distance);
         }
     }
+}
+
+// ---- Ellipses ----
+
+void OrnMinRenderDrawEllipseYUV420SP(OrnMinRenderContext *, const OrnMinRenderImage *image,
+                                     const OrnMinRenderRect *rect, OrnMinRenderColour colour) {
+    if (!image || !rect)
+        return;
+    const int64_t width = Distance(rect->left, rect->right);
+    const int64_t height = Distance(rect->top, rect->bottom);
+    if (width <= kMaxEllipseSize && height <= kMaxEllipseSize)
+        DrawOutline(image, *rect, width, height, colour);
 }
 
 void OrnMinRenderFillEllipseYUV420SP(OrnMinRenderContext *context, const OrnMinRenderImage *image,
@@ -351,15 +178,14 @@ void OrnMinRenderFillEllipseYUV420SP(OrnMinRenderContext *context, const OrnMinR
     // At width 1 the steps along y are 0 and would not end.
     if (width == 1 || width > kMaxEllipseSize || height > kMaxEllipseSize)
         return;
-    RowPairLists lists = StartLists(context, image, rect, colour);
-    Arc steep = FillArc(width, height);
-    --steep.limit; // ends as soon as the curve has turned by half, which a thin one has from the
-                   // start
-    const int64_t listedRows = ListSteepRows(&lists, steep, width / 2, 0);
-    Arc flat = FillArc(height, width);
-    flat.limit = INT64_MAX; // goes on down to the rows that are listed
-    ListFlatRows(&lists, flat, 0, height / 2, listedRows);
-    PaintLists(&lists);
+    const Fill fill = StartFill(context, image, rect, width, height, colour);
+    RowPairs pairs;
+    pairs.count = 0;
+    // The steep arc ends as soon as the curve has turned by half, which a thin one has from the
+    // start; the flat one goes on down to the rows that are there.
+    const int64_t addedRows = AddSteepRows(fill, &pairs, -2, width / 2, 0);
+    AddFlatRows(fill, &pairs, INT64_MAX / 2, 0, height / 2, addedRows);
+    PaintRowPairs(fill, &pairs);
 }
 
 // ---- Rounded rectangles ----
@@ -388,14 +214,6 @@ static OrnMinRenderRect OrderCorners(const OrnMinRenderRect *rect) {
             static_cast<int32_t>(Min(rect->top, rect->bottom)),
             static_cast<int32_t>(Max(rect->left, rect->right)),
             static_cast<int32_t>(Max(rect->top, rect->bottom))};
-}
-
-// The corners are the quarters of one ellipse, moved apart to the corners of the rectangle.
-static void DrawCorners(const OrnMinRenderImage *image, const OrnMinRenderRect &box,
-                        CornerRadii radii, OrnMinRenderColour colour) {
-    const EllipsePlot plot = MakePlot(image, colour, box, 2 * radii.x, 2 * radii.y);
-    TraceArcs<true>(plot);
-    TraceArcs<false>(plot);
 }
 
 static void DrawSides(OrnMinRenderContext *context, const OrnMinRenderImage *image,
@@ -427,7 +245,7 @@ void OrnMinRenderDrawRoundRectYUV420SP(OrnMinRenderContext *context, const OrnMi
     }
     if (AreTooLarge(corners))
         return;
-    DrawCorners(image, box, corners, colour);
+    DrawOutline(image, box, 2 * corners.x, 2 * corners.y, colour);
     DrawSides(context, image, box, corners, colour);
 }
 
@@ -443,14 +261,15 @@ void OrnMinRenderFillRoundRectYUV420SP(OrnMinRenderContext *context, const OrnMi
     }
     if (AreTooLarge(corners))
         return;
-    RowPairLists lists = StartLists(context, image, rect, colour);
+    const Fill fill = StartFill(context, image, rect, 2 * corners.x, 2 * corners.y, colour);
+    RowPairs pairs;
+    pairs.count = 0;
     const int64_t halfWidth = Distance(rect->left, rect->right) / 2;
     const int64_t halfHeight = Distance(rect->top, rect->bottom) / 2;
-    ListSteepRows(&lists, FillArc(2 * corners.x, 2 * corners.y), halfWidth, halfHeight - corners.y);
-    // Some rows of the flat arc are already listed, and are painted twice.
-    ListFlatRows(&lists, FillArc(2 * corners.y, 2 * corners.x), halfWidth - corners.x, halfHeight,
-                 INT64_MIN);
-    PaintLists(&lists);
+    AddSteepRows(fill, &pairs, 0, halfWidth, halfHeight - corners.y);
+    // Some rows of the flat arc are there already, and are painted twice.
+    AddFlatRows(fill, &pairs, 0, halfWidth - corners.x, halfHeight, INT64_MIN);
+    PaintRowPairs(fill, &pairs);
 
     const OrnMinRenderRect box = OrderCorners(rect);
     const OrnMinRenderRect band = {box.left, static_cast<int32_t>(box.top + corners.y), box.right,

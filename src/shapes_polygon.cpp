@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Polygons, filled by the even-odd rule. Each edge crosses the rows that it passes at one point
-// each; the crossings of a plane are listed in the context's scratch memory, row by row and from
-// left to right, so that every two of them are a span.
+// Polygons, filled by the even-odd rule. Each edge crosses the rows from its upper end up to, but
+// without, its lower end at one point each; the crossings of a plane are listed in the context's
+// scratch memory, row by row and from left to right, so that every two of them are a span.
+//
+// A few edges are walked side by side, from one vertex to the next: as many of them pass each row
+// in between, so that the places of their crossings in the list are known. Of many edges, the
+// crossings of each row are counted first.
 #include "shapes_polygon.h"
 
 #include "min_render.h"
@@ -35,14 +39,15 @@ static inline EdgeWalk StartEdgeWalk(OrnMinRenderPoint upper, OrnMinRenderPoint 
     const auto width = static_cast<uint32_t>(shift >= 0 ? shift : -shift);
     const auto height = static_cast<uint32_t>(int64_t{lower.y} - upper.y);
     const int32_t direction = shift >= 0 ? 1 : -1;
-    const int64_t wholeStep = int64_t{width / height} * direction;
-    const uint32_t rest = width % height;
+    const uint32_t whole = width < height ? 0 : width / height; // spares steep edges a division
+    const int64_t wholeStep = int64_t{whole} * direction;
+    const uint32_t rest = width - whole * height;
 
     const uint64_t rests = rest * static_cast<uint64_t>(rows);
     const uint64_t half = height / 2;
     uint64_t more = 0;
     if (rests > half)
-        more = rows == 1 ? 1 : (rests - half + (height - 1)) / height;
+        more = (rests - half + (height - 1)) / height;
     return {upper.x + wholeStep * rows + direction * static_cast<int64_t>(more),
             static_cast<int64_t>(half + more * height - rests),
             height,
@@ -52,15 +57,15 @@ static inline EdgeWalk StartEdgeWalk(OrnMinRenderPoint upper, OrnMinRenderPoint 
 }
 
 static inline void StepEdgeWalk(EdgeWalk *walk) {
-    walk->x += walk->wholeStep;
-    walk->error -= walk->rest;
-    if (walk->error < 0) {
-        walk->x += walk->direction;
-        walk->error += walk->height;
-    }
+    const int64_t error = walk->error - walk->rest;
+    const int64_t wrapped = error + walk->height;
+    const int64_t step = walk->wholeStep;
+    const int64_t more = step + walk->direction;
+    walk->x += error < 0 ? more : step;
+    walk->error = error < 0 ? wrapped : error;
 }
 
-// ---- Segments ----
+// ---- A polygon in a plane ----
 
 // A polygon as one plane sees it: shift 0 is luma, 1 chroma.
 struct PolygonPlane {
@@ -76,120 +81,88 @@ static inline OrnMinRenderPoint VertexOf(const PolygonPlane &plane, size_t i) {
     return {point.x >> plane.shift, point.y >> plane.shift};
 }
 
-// What one edge adds to a plane: a point in each row from its start up to, but without, its end;
-// and perhaps one at its end.
-struct Segment {
-    OrnMinRenderPoint start;
-    OrnMinRenderPoint end;
+struct Edge {
+    OrnMinRenderPoint upper;
+    OrnMinRenderPoint lower;
     int32_t firstRow; // of those that lie in the plane
-    int32_t endRow;   // not below firstRow
-    bool hasEnd;
+    int32_t endRow;   // not below firstRow; the same for a level edge
 };
 
-// The edge from a to b, which c follows. A vertex counts once as the start of an edge, and as the
-// end of one only where it is a local top or bottom, so that every row gets an even number of
-// points.
-static inline Segment ComputeSegment(int32_t planeHeight, OrnMinRenderPoint a, OrnMinRenderPoint b,
-                                     OrnMinRenderPoint c) {
+// Rows count from the upper end up to the lower one, whichever is the start: so the edges on both
+// sides of a vertex that the outline passes downward or upward share it out, and at a top or bottom
+// both have it or none.
+static inline Edge MakeEdge(const PolygonPlane &plane, OrnMinRenderPoint a, OrnMinRenderPoint b) {
     const bool upward = a.y > b.y;
-    const bool turns = (b.y < c.y) == upward;
-    const int64_t first = upward ? int64_t{b.y} + 1 : a.y;
-    const int64_t end = upward ? int64_t{a.y} + 1 : Max(b.y, int64_t{a.y} + 1);
-    return {a, b, ClampToSize(first, planeHeight), ClampToSize(end, planeHeight),
-            turns && b.y >= 0 && b.y < planeHeight};
+    const OrnMinRenderPoint upper = upward ? b : a;
+    const OrnMinRenderPoint lower = upward ? a : b;
+    return {upper, lower, ClampToSize(upper.y, plane.height), ClampToSize(lower.y, plane.height)};
 }
 
-template <class Use> static void ForEachSegment(const PolygonPlane &plane, Use use) {
+template <class Use> static inline void ForEachEdge(const PolygonPlane &plane, Use use) {
+    OrnMinRenderPoint a = VertexOf(plane, 0);
+    for (size_t i = 1; i <= plane.count; ++i) {
+        const OrnMinRenderPoint b = VertexOf(plane, i);
+        use(MakeEdge(plane, a, b));
+        a = b;
+    }
+}
+
+static inline EdgeWalk StartAtFirstRow(const Edge &edge) {
+    return StartEdgeWalk(edge.upper, edge.lower, int64_t{edge.firstRow} - edge.upper.y);
+}
+
+// ---- The limit ----
+
+// A plane is left alone when its crossings are kScratchPoints or more, counted with both ends of an
+// edge at the outline's tops and bottoms: twice a vertex there, once any other one, and once each
+// row between the ends of an edge.
+static int64_t CountCrossings(const PolygonPlane &plane) {
+    int64_t crossings = 0;
     OrnMinRenderPoint a = VertexOf(plane, 0);
     OrnMinRenderPoint b = VertexOf(plane, 1);
     for (size_t i = 0; i < plane.count; ++i) {
         const OrnMinRenderPoint c = VertexOf(plane, i + 2);
-        use(ComputeSegment(plane.height, a, b, c));
+        const bool upward = a.y > b.y;
+        const bool turns = (b.y < c.y) == upward;
+        const int64_t first = upward ? int64_t{b.y} + 1 : a.y;
+        const int64_t end = upward ? int64_t{a.y} + 1 : Max(b.y, int64_t{a.y} + 1);
+        crossings += ClampToSize(end, plane.height) - ClampToSize(first, plane.height);
+        crossings += turns && b.y >= 0 && b.y < plane.height;
         a = b;
         b = c;
     }
+    return crossings;
 }
 
-// ---- The list of crossings ----
-
-// Fewer than kScratchPoints points, at least two in a row, fill fewer rows than half their number.
-constexpr int32_t kMaxCrossingRows = kScratchPoints / 2;
-
-// The list being made, and where the next point of each row goes.
-struct CrossingList {
-    OrnMinRenderPoint *points;
-    int32_t width; // of the plane
-    int32_t firstRow;
-    int32_t rows;
-    uint16_t next[kMaxCrossingRows + 1];
+// The rows of the plane that the outline passes.
+struct RowRange {
+    int32_t first;
+    int32_t end;
+    bool tooMany; // crossings
 };
 
-// As the outline is closed, none of the rows between its highest and its lowest vertex is without
-// a point.
-static void FindRows(CrossingList *list, const PolygonPlane &plane) {
+// An edge has two crossings more than the rows that it goes down, at most; mostly that is enough to
+// know that there are not too many.
+static RowRange FindRows(const PolygonPlane &plane) {
     int32_t top = INT32_MAX;
     int32_t bottom = INT32_MIN;
+    uint64_t down = 0;
+    int32_t previous = plane.points[plane.count - 1].y;
     for (size_t i = 0; i < plane.count; ++i) {
         const int32_t y = plane.points[i].y;
+        const int64_t step = int64_t{y} - previous;
+        down += static_cast<uint64_t>(step < 0 ? -step : step);
         top = y < top ? y : top;
         bottom = y > bottom ? y : bottom;
+        previous = y;
     }
-    list->firstRow = ClampToSize(top >> plane.shift, plane.height);
-    list->rows = ClampToSize(int64_t{bottom >> plane.shift} + 1, plane.height) - list->firstRow;
-}
-
-static inline void CountRows(CrossingList *list, int32_t first, int32_t end) {
-    ++list->next[first - list->firstRow];
-    --list->next[end - list->firstRow];
-}
-
-// Finds where the share of each row begins: first how the number of points changes from row to row,
-// then the sums of the sums of that. Returns the number of points; where there are too many, the
-// shares are void.
-static int64_t FindShares(CrossingList *list, const PolygonPlane &plane) {
-    memset(list->next, 0, static_cast<size_t>(list->rows + 1) * sizeof *list->next);
-    int64_t points = 0;
-    ForEachSegment(plane, [&](const Segment &segment) {
-        points += segment.endRow - segment.firstRow + segment.hasEnd;
-        if (segment.firstRow < segment.endRow)
-            CountRows(list, segment.firstRow, segment.endRow);
-        if (segment.hasEnd)
-            CountRows(list, segment.end.y, segment.end.y + 1);
-    });
-    uint32_t inRow = 0;
-    uint32_t before = 0;
-    for (int32_t r = 0; r < list->rows; ++r) {
-        inRow = (inRow + list->next[r]) & 0xFFFF; // changes may be negative
-        list->next[r] = static_cast<uint16_t>(before);
-        before += inRow;
-    }
-    return points;
-}
-
-static inline void AddCrossing(CrossingList *list, int64_t x, int32_t y) {
-    const uint16_t place = list->next[y - list->firstRow]++;
-    list->points[place] = {ClampToSize(x, list->width), y};
-}
-
-static void AddSegment(CrossingList *list, const Segment &segment) {
-    const OrnMinRenderPoint a = segment.start;
-    const OrnMinRenderPoint b = segment.end;
-    if (segment.hasEnd)
-        AddCrossing(list, b.x, b.y);
-    if (segment.firstRow == segment.endRow)
-        return;
-    const OrnMinRenderPoint upper = a.y > b.y ? b : a;
-    const OrnMinRenderPoint lower = a.y > b.y ? a : b;
-    const bool oneRow = segment.endRow - segment.firstRow == 1;
-    if (oneRow && (segment.firstRow == upper.y || segment.firstRow == lower.y)) {
-        AddCrossing(list, segment.firstRow == upper.y ? upper.x : lower.x, segment.firstRow);
-        return;
-    }
-    EdgeWalk walk = StartEdgeWalk(upper, lower, int64_t{segment.firstRow} - upper.y);
-    for (int32_t y = segment.firstRow; y < segment.endRow; ++y) {
-        AddCrossing(list, walk.x, y);
-        StepEdgeWalk(&walk);
-    }
+    // Halved coordinates may lie half a row further apart. (Of so many vertices that the sum might
+    // overflow, the number alone is too large.)
+    constexpr size_t kLimit = kScratchPoints;
+    const bool few = plane.count < kLimit && (down >> plane.shift) + 3 * plane.count < kLimit;
+    return {ClampToSize(top >> plane.shift, plane.height),
+            ClampToSize(bottom >> plane.shift, plane.height),
+            !few && CountCrossings(plane) >= int64_t{kLimit}};
 }
 
 // ---- The order of a row ----
@@ -211,16 +184,25 @@ static void SortAtGap(OrnMinRenderPoint *points, size_t count, size_t gap) {
     }
 }
 
-// Sorts the points of one row: nearly always two, whose order is chosen without a branch, or a
-// handful; the gaps keep the worst case short, when a plane's whole share lies in one row.
-static inline void SortColumns(OrnMinRenderPoint *points, size_t count) {
+// Without a branch, which would be taken at random.
+static inline void Order(OrnMinRenderPoint *left, OrnMinRenderPoint *right) {
+    const int32_t a = left->x;
+    const int32_t b = right->x;
+    left->x = a < b ? a : b;
+    right->x = a < b ? b : a;
+}
+
+// Four points, or a handful; the gaps keep the worst case short, when a plane's whole share lies in
+// one row.
+static void SortMore(OrnMinRenderPoint *points, size_t count) {
     static const size_t kGaps[] = {1750, 701, 301, 132, 57, 23, 10, 4}; // M. Ciura, 2001
     constexpr size_t kHandful = 16;
-    if (count == 2) {
-        const int32_t a = points[0].x;
-        const int32_t b = points[1].x;
-        points[0].x = a < b ? a : b;
-        points[1].x = a < b ? b : a;
+    if (count == 4) {
+        Order(points, points + 1);
+        Order(points + 2, points + 3);
+        Order(points, points + 2);
+        Order(points + 1, points + 3);
+        Order(points + 1, points + 2);
         return;
     }
     if (count > kHandful)
@@ -229,29 +211,207 @@ static inline void SortColumns(OrnMinRenderPoint *points, size_t count) {
     SortAtGap(points, count, 1);
 }
 
-// ---- Filling ----
+// Sorts the points of one row, which are nearly always two.
+static inline void SortColumns(OrnMinRenderPoint *points, size_t count) {
+    if (count == 2)
+        Order(points, points + 1);
+    else
+        SortMore(points, count);
+}
+
+// ---- A few edges, side by side ----
+
+// So many that looking through all of them at each vertex takes less time than counting.
+constexpr size_t kFewEdges = 24;
+
+// The edges that pass the same rows, all in step.
+struct Walks {
+    EdgeWalk walks[kFewEdges];
+    int32_t firstRows[kFewEdges];
+    int32_t endRows[kFewEdges];
+    int32_t count;
+};
+
+static void StartWalks(Walks *to, const PolygonPlane &plane) {
+    to->count = 0;
+    ForEachEdge(plane, [&](const Edge &edge) {
+        if (edge.firstRow == edge.endRow)
+            return;
+        to->walks[to->count] = StartAtFirstRow(edge);
+        to->firstRows[to->count] = edge.firstRow;
+        to->endRows[to->count++] = edge.endRow;
+    });
+}
+
+// Rows that the same edges pass.
+struct Slab {
+    EdgeWalk *walks[kFewEdges];
+    int32_t count; // even: the outline is closed
+    int32_t firstRow;
+    int32_t endRow;
+};
+
+// The rows from the given one on up to where the next edge begins or ends, which is below it.
+static void FindSlab(Slab *slab, Walks *from, int32_t firstRow, int32_t endRow) {
+    slab->count = 0;
+    slab->firstRow = firstRow;
+    for (int32_t i = 0; i < from->count; ++i) {
+        if (from->endRows[i] <= firstRow)
+            continue;
+        const bool passes = from->firstRows[i] <= firstRow;
+        const int32_t next = passes ? from->endRows[i] : from->firstRows[i];
+        endRow = next < endRow ? next : endRow;
+        slab->walks[slab->count] = &from->walks[i];
+        slab->count += passes;
+    }
+    slab->endRow = endRow;
+}
+
+static inline void ListRow(OrnMinRenderPoint *points, int64_t x0, int64_t x1, int32_t y,
+                           int32_t width) {
+    points[0] = {ClampToSize(Min(x0, x1), width), y};
+    points[1] = {ClampToSize(Max(x0, x1), width), y};
+}
+
+// Two edges bound each row.
+static void ListPairs(OrnMinRenderPoint *points, const Slab &slab, int32_t width) {
+    EdgeWalk a = *slab.walks[0];
+    EdgeWalk b = *slab.walks[1];
+    for (int32_t y = slab.firstRow; y < slab.endRow; ++y, points += 2) {
+        ListRow(points, a.x, b.x, y, width);
+        StepEdgeWalk(&a);
+        StepEdgeWalk(&b);
+    }
+    *slab.walks[0] = a;
+    *slab.walks[1] = b;
+}
+
+static void ListColumns(OrnMinRenderPoint *points, const Slab &slab, int32_t width) {
+    for (int32_t i = 0; i < slab.count; ++i) {
+        EdgeWalk walk = *slab.walks[i];
+        OrnMinRenderPoint *to = points + i;
+        for (int32_t y = slab.firstRow; y < slab.endRow; ++y, to += slab.count) {
+            *to = {ClampToSize(walk.x, width), y};
+            StepEdgeWalk(&walk);
+        }
+        *slab.walks[i] = walk;
+    }
+    for (int32_t y = slab.firstRow; y < slab.endRow; ++y, points += slab.count)
+        SortColumns(points, static_cast<size_t>(slab.count));
+}
+
+static size_t ListFewEdges(OrnMinRenderPoint *points, const PolygonPlane &plane,
+                           const RowRange &rows) {
+    Walks walks;
+    StartWalks(&walks, plane);
+    size_t count = 0;
+    Slab slab;
+    for (int32_t y = rows.first; y < rows.end; y = slab.endRow) {
+        FindSlab(&slab, &walks, y, rows.end);
+        if (slab.count == 2)
+            ListPairs(points + count, slab, plane.width);
+        else
+            ListColumns(points + count, slab, plane.width);
+        count += static_cast<size_t>(slab.count) * static_cast<size_t>(slab.endRow - y);
+    }
+    return count;
+}
+
+// ---- Many edges ----
+
+// Fewer than kScratchPoints crossings, at least two in a row, fill fewer rows than half their
+// number.
+constexpr int32_t kMaxCrossingRows = kScratchPoints / 2;
+
+// The list being made, and where the next crossing of each row goes.
+struct CrossingList {
+    OrnMinRenderPoint *points;
+    int32_t width; // of the plane
+    int32_t firstRow;
+    uint16_t next[kMaxCrossingRows + 1];
+};
+
+// +1 where an edge goes down, -1 where it goes up.
+static inline int32_t DirectionOf(int32_t row, int32_t nextRow) {
+    return (row < nextRow) - (row > nextRow);
+}
+
+// Finds where the share of each row begins: first how the number of crossings changes from row to
+// row, then the sums of the sums of that. Returns the number of crossings.
+static uint32_t FindShares(CrossingList *list, const PolygonPlane &plane, int32_t rows) {
+    memset(list->next, 0, static_cast<size_t>(rows + 1) * sizeof *list->next);
+    const auto rowOf = [&](size_t i) {
+        return ClampToSize(VertexOf(plane, i).y, plane.height) - list->firstRow;
+    };
+    // At a vertex, one edge more begins where the outline goes on downward, and one more ends where
+    // it came from above.
+    int32_t row = rowOf(0);
+    int32_t came = DirectionOf(rowOf(plane.count - 1), row);
+    for (size_t i = 1; i <= plane.count; ++i) {
+        const int32_t nextRow = rowOf(i);
+        const int32_t goes = DirectionOf(row, nextRow);
+        list->next[row] = static_cast<uint16_t>(list->next[row] + goes - came);
+        came = goes;
+        row = nextRow;
+    }
+    uint32_t inRow = 0;
+    uint32_t before = 0;
+    for (int32_t r = 0; r < rows; ++r) {
+        inRow = (inRow + list->next[r]) & 0xFFFF; // changes may be negative
+        list->next[r] = static_cast<uint16_t>(before);
+        before += inRow;
+    }
+    return before;
+}
+
+static inline void AddCrossing(CrossingList *list, int64_t x, int32_t y) {
+    const uint16_t place = list->next[y - list->firstRow]++;
+    list->points[place] = {ClampToSize(x, list->width), y};
+}
+
+static inline void AddEdge(CrossingList *list, const Edge &edge) {
+    if (edge.firstRow == edge.endRow)
+        return;
+    if (edge.endRow - edge.firstRow == 1 && edge.firstRow == edge.upper.y) {
+        AddCrossing(list, edge.upper.x, edge.firstRow);
+        return;
+    }
+    EdgeWalk walk = StartAtFirstRow(edge);
+    for (int32_t y = edge.firstRow; y < edge.endRow; ++y) {
+        AddCrossing(list, walk.x, y);
+        StepEdgeWalk(&walk);
+    }
+}
 
 // A general sort would dominate the fill and, in common C libraries, allocate; instead each point
 // is put straight into its row's share of the list.
+static size_t ListManyEdges(OrnMinRenderPoint *points, const PolygonPlane &plane,
+                            const RowRange &range) {
+    CrossingList list;
+    list.points = points;
+    list.width = plane.width;
+    list.firstRow = range.first;
+    const int32_t rows = range.end - range.first;
+    const size_t total = FindShares(&list, plane, rows);
+    ForEachEdge(plane, [&](const Edge &edge) { AddEdge(&list, edge); });
+
+    // Each share now ends where its next point would go.
+    for (int32_t r = 0, begin = 0; r < rows; begin = list.next[r++])
+        SortColumns(points + begin, static_cast<size_t>(list.next[r] - begin));
+    return total;
+}
+
+// ---- Filling ----
+
 int32_t orn::FillPolygonPlane(OrnMinRenderPoint *crossings, const OrnMinRenderImage *image,
                               const OrnMinRenderPoint *points, size_t count, int32_t shift) {
     const PolygonPlane plane = {points, count, shift, image->width >> shift,
                                 image->height >> shift};
-    CrossingList list;
-    list.points = crossings;
-    list.width = plane.width;
-    FindRows(&list, plane);
-    if (list.rows <= 0 || list.rows >= kMaxCrossingRows)
+    const RowRange rows = FindRows(plane);
+    if (rows.first >= rows.end || rows.tooMany)
         return 0;
-    const int64_t total = FindShares(&list, plane);
-    if (total >= int64_t{kScratchPoints})
-        return 0;
-    ForEachSegment(plane, [&](const Segment &segment) { AddSegment(&list, segment); });
-
-    // Each share now ends where its next point would go.
-    for (int32_t r = 0, begin = 0; r < list.rows; begin = list.next[r++])
-        SortColumns(crossings + begin, static_cast<size_t>(list.next[r] - begin));
-    return static_cast<int32_t>(total);
+    return static_cast<int32_t>(count <= kFewEdges ? ListFewEdges(crossings, plane, rows)
+                                                   : ListManyEdges(crossings, plane, rows));
 }
 
 static bool IsPolygon(const OrnMinRenderContext *context, const OrnMinRenderImage *image,

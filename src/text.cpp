@@ -147,13 +147,104 @@ struct Bounds {
     int64_t bottom;
 };
 
-static inline void Extend(Bounds *bounds, OrnMinRenderPoint pen, OrnMinRenderGlyphBox box) {
-    const int64_t left = int64_t{pen.x} + box.bearingX;
-    const int64_t top = int64_t{pen.y} - box.bearingY;
+static inline void Extend(Bounds *bounds, int64_t x, int64_t y, OrnMinRenderGlyphBox box) {
+    const int64_t left = x + box.bearingX;
+    const int64_t top = y - box.bearingY;
     bounds->left = Min(bounds->left, left);
     bounds->top = Min(bounds->top, top);
     bounds->right = Max(bounds->right, left + box.width);
     bounds->bottom = Max(bounds->bottom, top + box.height);
+}
+
+// Upright text on its way, with coordinates that no text is long enough to lead out of 64 bits.
+struct UprightMeasure {
+    const OrnMinRenderFont *font;
+    int64_t x; // of the pen
+    int64_t y;
+    Bounds bounds;
+};
+
+// ASCII beyond the line feed, as far as it is in the dense part of the font's index: one lookup and
+// a few sums a glyph, in a loop without calls. Returns where another character comes.
+static inline const char *MeasureAscii(UprightMeasure *to, const char *text) {
+    constexpr uint32_t kFirst = kLineFeed + 1;
+    const auto end = static_cast<uint32_t>(Min(to->font->index.denseSlots, 0x80));
+    const uint32_t codes = end > kFirst ? end - kFirst : 0;
+    const uint32_t *offsets = codes ? to->font->index.words + 1 + kFirst : nullptr;
+    const uint8_t *data = to->font->glyphData;
+    const uint32_t recordEnd = to->font->recordEnd;
+    int64_t x = to->x;
+    int64_t left = to->bounds.left;
+    int64_t right = to->bounds.right;
+    int64_t above = to->y - to->bounds.top;
+    int64_t below = to->bounds.bottom - to->y;
+    for (;; ++text) {
+        const uint32_t code = static_cast<uint8_t>(*text) - kFirst;
+        if (code >= codes)
+            break;
+        const uint32_t offset = offsets[code];
+        if (offset >= recordEnd)
+            continue;
+        const auto *box = reinterpret_cast<const OrnMinRenderGlyphBox *>(data + offset);
+        const int64_t start = x + box->bearingX;
+        left = Min(left, start);
+        right = Max(right, start + box->width);
+        above = Max(above, box->bearingY);
+        below = Max(below, int64_t{box->height} - box->bearingY);
+        x += GlyphAdvance(data + offset);
+    }
+    to->x = x;
+    to->bounds = {left, to->y - above, right, to->y + below};
+    return text;
+}
+
+// Whether the pen has never come near the limits of int32, where it would have stopped. Each place
+// of it lies within the reach of a glyph's box, or is left in the direction in which it was
+// entered, by line feeds.
+static inline bool StayedInside(const UprightMeasure &measure) {
+    constexpr int64_t kLimit = INT32_MAX - 0x400;
+    return Min(Min(measure.bounds.left, measure.bounds.top), Min(measure.x, measure.y)) > -kLimit &&
+           Max(Max(measure.bounds.right, measure.bounds.bottom), Max(measure.x, measure.y)) <
+               kLimit;
+}
+
+// False, and nothing changed, where the pen would come near the limits of int32.
+static bool MeasureUpright(const OrnMinRenderFont *font, const char *text, OrnMinRenderPoint *pen,
+                           int32_t lineStart, OrnMinRenderRect *rect) {
+    UprightMeasure measure = {font, pen->x, pen->y, {pen->x, pen->y, pen->x, pen->y}};
+    for (;;) {
+        text = MeasureAscii(&measure, text);
+        const uint32_t codePoint = NextCodePoint(&text);
+        if (codePoint == 0)
+            break;
+        if (codePoint == kLineFeed) {
+            measure.x = lineStart;
+            measure.y += font->lineHeight;
+        } else if (const uint8_t *record = FindRecord(font, codePoint)) {
+            Extend(&measure.bounds, measure.x, measure.y, UprightBox(record));
+            measure.x += GlyphAdvance(record);
+        }
+    }
+    if (!StayedInside(measure))
+        return false;
+    *pen = {static_cast<int32_t>(measure.x), static_cast<int32_t>(measure.y)};
+    const Bounds &bounds = measure.bounds;
+    *rect = {static_cast<int32_t>(bounds.left), static_cast<int32_t>(bounds.top),
+             static_cast<int32_t>(bounds.right), static_cast<int32_t>(bounds.bottom)};
+    return true;
+}
+
+static void MeasureAny(const OrnMinRenderFont *font, const char *text, OrnMinRenderPoint *pen,
+                       int32_t lineStart, OrnMinRenderRect *rect) {
+    Bounds bounds = {pen->x, pen->y, pen->x, pen->y};
+    *pen = LayOut(font, text, *pen, lineStart, [&](uint32_t codePoint, OrnMinRenderPoint at) {
+        const uint8_t *record = FindRecord(font, codePoint);
+        if (record)
+            Extend(&bounds, at.x, at.y, RotateBoundingBox(record, font->direction));
+        return record;
+    });
+    *rect = {Saturate(bounds.left), Saturate(bounds.top), Saturate(bounds.right),
+             Saturate(bounds.bottom)};
 }
 
 void OrnMinRenderGetTextRect(OrnMinRenderContext *, const OrnMinRenderFont *font, const char *text,
@@ -163,15 +254,8 @@ void OrnMinRenderGetTextRect(OrnMinRenderContext *, const OrnMinRenderFont *font
     *rect = {pen->x, pen->y, pen->x, pen->y};
     if (!text || !font)
         return;
-    Bounds bounds = {pen->x, pen->y, pen->x, pen->y};
-    *pen = LayOut(font, text, *pen, lineStart, [&](uint32_t codePoint, OrnMinRenderPoint at) {
-        const uint8_t *record = FindRecord(font, codePoint);
-        if (record)
-            Extend(&bounds, at, RotateBoundingBox(record, font->direction));
-        return record;
-    });
-    *rect = {Saturate(bounds.left), Saturate(bounds.top), Saturate(bounds.right),
-             Saturate(bounds.bottom)};
+    if (IsTurned(font->direction) || !MeasureUpright(font, text, pen, lineStart, rect))
+        MeasureAny(font, text, pen, lineStart, rect);
 }
 
 // ---- Drawing ----

@@ -16,13 +16,15 @@ uint32_t DecodeSequence(const char **text);
 inline uint32_t NextCodePoint(const char **text) {
     const char *at = *text;
     const auto first = static_cast<uint8_t>(*at);
-    if (first >= 0x80) {
-        const uint32_t codePoint = DecodeSequence(&at);
-        *text = at;
-        return codePoint;
+    if (first == 0)
+        return 0;
+    if (first < 0x80) {
+        *text = at + 1; // not to be reckoned from the byte: the next one can be read meanwhile
+        return first;
     }
-    *text = at + (first != 0);
-    return first;
+    const uint32_t codePoint = DecodeSequence(&at);
+    *text = at;
+    return codePoint;
 }
 
 } // namespace orn

@@ -153,6 +153,86 @@ TEST(EllipsePictures, SquareCorners) {
     }
 }
 
+// ---- Outlines against a naive reference: block by block, sample by sample ----
+
+// The curve of an ellipse of the given size, in the corners of a rectangle.
+struct Curve {
+    OrnMinRenderRect rect;
+    Int width, height;
+};
+
+// Plots the offset (ox, oy), doubled, in all four quadrants.
+void Plot(Frame *frame, const Curve &curve, Int ox, Int oy) {
+    const Int w = frame->image.width, h = frame->image.height;
+    const auto &r = curve.rect;
+    for (const Int sx : {-1, 1})
+        for (const Int sy : {-1, 1}) {
+            const Int x2 = r.left + r.right + sx * (r.right - r.left - curve.width + ox);
+            const Int y2 = r.top + r.bottom + sy * (r.bottom - r.top - curve.height + oy);
+            const Int x = x2 / 2, y = y2 / 2;
+            if (x2 < -1 || x >= w || y2 < 2 || y > h)
+                continue;
+            for (Int i = 0; i < 4; ++i)
+                if (x + i % 2 < w && y + i / 2 < h)
+                    frame->Y(x + i % 2, y + i / 2) = kInk.y;
+            if ((x + sx) / 2 < ChromaSide(int(w)) && (y + sy) / 2 < ChromaSide(int(h)))
+                frame->SetUV((x + sx) / 2, (y + sy) / 2);
+        }
+}
+
+// The arc from the end of the axis of length across; plot(k, inward) is called for each step.
+template <class Call> void Trace(Int across, Int along, Call plot) {
+    const Int step = across * across / 2, fall = along * along / 2;
+    Int inward = across, sum = 0, error = along * along * (1 - across) / 2;
+    for (Int k = 0; k <= along; ++k) {
+        plot(k, inward);
+        sum += (k + 1) * step;
+        if (error + 2 * sum > 0) {
+            sum += error;
+            error += fall;
+            --inward;
+        }
+        if ((k + 1) * step > fall * inward)
+            return;
+    }
+}
+
+void PlotCurve(Frame *frame, const Curve &curve) {
+    Trace(curve.width, curve.height, [&](Int k, Int in) { Plot(frame, curve, in, k); });
+    Trace(curve.height, curve.width, [&](Int k, Int in) { Plot(frame, curve, k, in); });
+}
+
+void PlotSides(const OrnMinRenderImage *image, const OrnMinRenderRect &r, int rx, int ry) {
+    for (const int y : {r.top, r.bottom})
+        OrnMinRenderDrawHLineYUV420SP(nullptr, image, r.left + rx, r.right - rx, y, kInk, 0);
+    for (const int x : {r.left, r.right})
+        OrnMinRenderDrawVLineYUV420SP(nullptr, image, x, r.top + ry, r.bottom - ry, kInk, 0);
+}
+
+TEST(Outlines, MatchTheReferenceWhereverTheyLie) {
+    std::mt19937 random(9);
+    const auto pick = [&](int limit) { return static_cast<int>(random() % unsigned(limit)); };
+    for (int i = 0; i < 6000; ++i) {
+        const int limit = i % 3 ? 60 : 700; // the largest are stepped in several bands
+        const int left = pick(160) - 80 - limit / 4, top = pick(160) - 80 - limit / 4;
+        const int width = pick(limit), height = pick(limit), w = 60 + i % 31, h = 50 + i % 37;
+        const int rx = std::min(1 + pick(40), width / 2), ry = std::min(1 + pick(40), height / 2);
+        const OrnMinRenderRect rect = {left, top, left + width, top + height};
+        Frame ring(w, h), plottedRing(w, h), box(w, h), plottedBox(w, h);
+        Ellipse(&ring.image, rect);
+        PlotCurve(&plottedRing, {rect, width, height});
+        SCOPED_TRACE(testing::Message() << "case " << i << ": " << left << ' ' << top << ' '
+                                        << width << ' ' << height << ", " << rx << ' ' << ry);
+        ASSERT_TRUE(ring == plottedRing) << ring.Picture() << plottedRing.Picture();
+        if (rx == 0 || ry == 0)
+            continue; // square corners
+        RoundBox(&box.image, rect, {rx, ry});
+        PlotCurve(&plottedBox, {rect, 2 * rx, 2 * ry});
+        PlotSides(&plottedBox.image, rect, rx, ry);
+        ASSERT_TRUE(box == plottedBox) << box.Picture() << plottedBox.Picture();
+    }
+}
+
 // ---- Properties ----
 
 struct Shape {

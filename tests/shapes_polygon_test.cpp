@@ -71,7 +71,8 @@ TEST(Polygons, MatchTheReferenceForRandomOutlines) {
     std::mt19937 random(11);
     const Int far[] = {INT_MIN, INT_MAX, 1 << 30, -(1 << 30), 65536, -40000};
     for (int i = 0; i < 4000; ++i) {
-        std::vector<OrnMinRenderPoint> points(3 + random() % 9);
+        // Few edges are walked in another way than many.
+        std::vector<OrnMinRenderPoint> points(3 + random() % (i % 8 ? 9 : 90));
         for (auto &p : points) {
             p = {static_cast<int>(random() % 50) - 8, static_cast<int>(random() % 44) - 8};
             if (random() % 8 == 0)

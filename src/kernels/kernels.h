@@ -22,10 +22,9 @@ inline Pattern LumaPattern(uint8_t luma) {
 }
 
 inline Pattern ChromaPattern(OrnMinRenderColour colour) {
-    Pattern pattern;
-    for (size_t i = 0; i < sizeof pattern; i += kChromaBytes)
-        StoreChroma(reinterpret_cast<uint8_t *>(&pattern) + i, colour);
-    return pattern;
+    uint16_t sample;
+    StoreChroma(reinterpret_cast<uint8_t *>(&sample), colour);
+    return {sample * 0x0001000100010001u};
 }
 
 // Stores the first count bytes of the pattern, 16 at most; count is a constant, so that this is one

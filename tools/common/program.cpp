@@ -7,7 +7,6 @@
 
 #include <cerrno> // for the program's name
 #include <csignal>
-#include <cstdlib>
 #include <exception>
 #include <new>
 
