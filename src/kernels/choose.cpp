@@ -12,28 +12,40 @@ using namespace orn;
 #endif
 
 #if defined(__x86_64__) && defined(__GNUC__)
-#define ORN_HAS_AVX512 (__builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl"))
-#define ORN_AVX512_CASE(call)                                                                      \
-    case kernels::Set::Avx512:                                                                     \
-        return kernels::avx512::call;
+#define ORN_X86_SETS(SET)                                                                          \
+    SET(Avx2, avx2,                                                                                \
+        __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") &&                         \
+            __builtin_cpu_supports("bmi2"))                                                        \
+    SET(Avx512, avx512,                                                                            \
+        __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&                \
+            __builtin_cpu_supports("bmi2"))
+#else
+#define ORN_X86_SETS(SET)
+#endif
+
+// The sets of this kind of processor beside the plain one: enumerator, namespace, whether it is
+// there.
+#define ORN_SETS(SET) ORN_X86_SETS(SET)
+
+#define ORN_DECLARE(Name, name, has)                                                               \
+    namespace name {                                                                               \
+    ORN_KERNEL_LOOPS()                                                                             \
+    }
 namespace orn {
 namespace kernels {
-namespace avx512 {
-ORN_KERNEL_LOOPS()
-}
+ORN_SETS(ORN_DECLARE)
 } // namespace kernels
 } // namespace orn
-#else
-#define ORN_HAS_AVX512 false
-#define ORN_AVX512_CASE(call)
-#endif
+
+#define ORN_HAS(Name, name, has)                                                                   \
+    case kernels::Set::Name:                                                                       \
+        return has;
 
 static inline bool ProcessorHas(kernels::Set set) {
     switch (set) {
-    case kernels::Set::Avx512:
-        return ORN_HAS_AVX512;
+        ORN_SETS(ORN_HAS)
     default:
-        return true;
+        return set == kernels::Set::Plain;
     }
 }
 
@@ -42,12 +54,26 @@ bool kernels::Has(Set set) {
 }
 
 kernels::Set kernels::Best() {
-    return Has(Set::Avx512) ? Set::Avx512 : Set::Plain;
+    for (int set = static_cast<int>(Set::ORN_BEST_SET); set > 0; --set)
+        if (ProcessorHas(static_cast<Set>(set)))
+            return static_cast<Set>(set);
+    return Set::Plain;
 }
 
+#if defined(__x86_64__) && defined(__GNUC__)
+#define ORN_CASES(call)                                                                            \
+    case Set::Avx2:                                                                                \
+        return avx2::call;                                                                         \
+    case Set::Avx512:                                                                              \
+        return avx512::call;
+#else
+#define ORN_CASES(call)
+#endif
+
+// The one switch.
 #define ORN_CHOOSE(call)                                                                           \
     switch (set) {                                                                                 \
-        ORN_AVX512_CASE(call)                                                                      \
+        ORN_CASES(call)                                                                            \
     default:                                                                                       \
         return plain::call;                                                                        \
     }
@@ -62,8 +88,11 @@ void kernels::PaintSpans(const Plane &plane, const OrnMinRenderScanline *spans, 
     ORN_CHOOSE(PaintSpans(plane, spans, count, pattern))
 }
 
-void kernels::PaintMask(const Plane &plane, const Mask &mask, const Ink &ink, Set set) {
-    ORN_CHOOSE(PaintMask(plane, mask, ink))
+void kernels::PaintMask(const Plane &plane, const Mask &mask, const Ink &ink,
+                        Set set){ORN_CHOOSE(PaintMask(plane, mask, ink))}
+
+int32_t kernels::PrepareNarrowMask(uint32_t *words, int32_t rows, Set set) {
+    ORN_CHOOSE(PrepareNarrowMask(words, rows))
 }
 
 void kernels::PaintNarrowMask(uint8_t *first, ptrdiff_t stride, const uint32_t *words, int32_t rows,
