@@ -191,8 +191,8 @@ constexpr int64_t kMaxGatherStep = 2 * kSameSize;
 namespace kernels {
 
 // In order of preference, the best last. A processor has those of its own kind.
-enum class Set { Plain, Avx2, Avx512 };
-constexpr Set kLastSet = Set::Avx512;
+enum class Set { Plain, Avx2, Avx512, Neon, Sve };
+constexpr Set kLastSet = Set::Sve;
 
 // Whether the processor has a set, and the build does not leave it out.
 bool Has(Set set);
