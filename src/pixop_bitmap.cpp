@@ -21,8 +21,9 @@ struct Sampling {
 
 constexpr int32_t kMaxBitmapSide = 32767; // times kSameSize stays below 2^31
 
-static bool MakeSampling(int64_t from, int64_t to, int32_t bitmapSide, int32_t planeSide,
-                         Sampling *sampling) {
+// Not inline: four copies would take as much room as the drawing.
+__attribute__((noinline)) static bool MakeSampling(int64_t from, int64_t to, int32_t bitmapSide,
+                                                   int32_t planeSide, Sampling *sampling) {
     if (to <= from || bitmapSide < 1 || bitmapSide > kMaxBitmapSide)
         return false;
     const int64_t size = to - from;
@@ -36,32 +37,48 @@ struct BitmapView {
     int32_t height;
 };
 
-// Some rows of the bitmap, and for each the end of the samples that show it.
-constexpr int32_t kPieceRows = 16;
+// The rows shown from some sample on, as many as a piece holds, and how many rows of the plane show
+// each.
+constexpr int32_t kPieceRows = 32;
 
 struct SourceRows {
     int32_t count;
+    int64_t end; // of the samples that show them
     const uint32_t *bits[kPieceRows];
-    int64_t ends[kPieceRows];
+    int32_t repeats[kPieceRows];
 };
 
-// Whether several rows of the plane show one of the bitmap.
-static bool Repeats(const Sampling &rows) {
-    return rows.step < kSameSize;
+static const uint32_t *RowShownBy(int64_t sample, const BitmapView &bitmap, const Sampling &rows) {
+    return bitmap.words + (sample * rows.step >> kFractionBits) * WordsPerRow(bitmap.width);
 }
 
-// The rows shown from the given sample on, as many as a piece holds.
-static void FindSourceRows(SourceRows *source, const BitmapView &bitmap, const Sampling &rows,
-                           int64_t begin) {
-    const int64_t pitch = WordsPerRow(bitmap.width);
+// Of a bitmap that is not enlarged: every sample shows another row.
+static void FindRows(SourceRows *source, const BitmapView &bitmap, const Sampling &rows,
+                     int64_t begin) {
+    source->count = static_cast<int32_t>(Min(kPieceRows, rows.end - begin));
+    source->end = begin + source->count;
+    for (int32_t i = 0; i < source->count; ++i)
+        source->bits[i] = RowShownBy(begin + i, bitmap, rows);
+}
+
+// Of one that is enlarged: each row is shown by kSameSize / step samples, rounded down or up. Only
+// the first one may have begun before, and needs the division.
+static void FindRepeatedRows(SourceRows *source, const BitmapView &bitmap, const Sampling &rows,
+                             int64_t begin) {
+    const int64_t least = rows.step > 0 ? kSameSize / rows.step : 0;
+    const auto row = static_cast<uint32_t>(begin * rows.step >> kFractionBits);
+    int64_t end = FirstSampleOf(row + 1, rows.step);
+    int64_t nextColumn = (int64_t{row} + 2) * kSameSize;
     source->count = 0;
-    for (int64_t end = begin; end < rows.end && source->count < kPieceRows; ++source->count) {
-        const int64_t row = end * rows.step >> kFractionBits;
-        end = Repeats(rows)
-                  ? Min(rows.end, FirstSampleOf(static_cast<uint32_t>(row + 1), rows.step))
-                  : end + 1;
-        source->bits[source->count] = bitmap.words + row * pitch;
-        source->ends[source->count] = end;
+    source->end = begin;
+    while (source->end < rows.end && source->count < kPieceRows) {
+        const int64_t inside = Min(rows.end, end);
+        source->bits[source->count] = RowShownBy(source->end, bitmap, rows);
+        source->repeats[source->count++] = static_cast<int32_t>(inside - source->end);
+        source->end = inside;
+        end += least;
+        end += end * rows.step < nextColumn;
+        nextColumn += kSameSize;
     }
 }
 
@@ -77,34 +94,27 @@ struct PieceColumn {
     uint32_t words[kPieceRows * kPieceWords];
 };
 
-// Paints the rows of the plane that show the source rows, from sample begin on. Where each of them
-// shows another row, the masks of all are painted as one.
-static void PaintPiece(const PieceColumn &column, const SourceRows &source, int64_t begin,
-                       const Sampling &rows, const Ink &ink) {
-    const bool repeats = Repeats(rows);
-    const int32_t samples = column.plan.scaling.samples;
-    Mask mask = {column.words,
-                 repeats ? 0 : kPieceWords,
-                 0,
-                 WordsPerRow(samples),
-                 0xFFFFFFFFu,
-                 BitRange(0, (samples - 1) % kWordBits + 1)};
-    for (int32_t i = repeats ? 0 : source.count - 1; i < source.count; ++i) {
-        mask.words = column.words + (repeats ? i * kPieceWords : 0);
-        mask.rows = static_cast<int32_t>(source.ends[i] - begin);
-        kernels::PaintMask(PlaneFrom(column.plane, 0, rows.origin + begin), mask, ink, column.set);
-        begin = source.ends[i];
-    }
-}
-
 static void PaintColumn(PieceColumn *column, const BitmapView &bitmap, const Sampling &rows,
                         const Ink &ink) {
+    const int32_t samples = column->plan.scaling.samples;
+    const bool repeated = rows.step < kSameSize;
     SourceRows source;
-    for (int64_t begin = rows.first; begin < rows.end; begin = source.ends[source.count - 1]) {
-        FindSourceRows(&source, bitmap, rows, begin);
+    for (int64_t begin = rows.first; begin < rows.end; begin = source.end) {
+        if (repeated)
+            FindRepeatedRows(&source, bitmap, rows, begin);
+        else
+            FindRows(&source, bitmap, rows, begin);
         kernels::ExpandBits(column->words, kPieceWords, source.bits, source.count, column->plan,
                             column->set);
-        PaintPiece(*column, source, begin, rows, ink);
+        const Mask mask = {column->words,
+                           kPieceWords,
+                           source.count,
+                           WordsPerRow(samples),
+                           0xFFFFFFFFu,
+                           BitRange(0, (samples - 1) % kWordBits + 1),
+                           repeated ? source.repeats : nullptr};
+        kernels::PaintMask(PlaneFrom(column->plane, 0, rows.origin + begin), mask, ink,
+                           column->set);
     }
 }
 

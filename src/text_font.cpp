@@ -89,7 +89,8 @@ static bool IsInGlyphData(const OrnMinRenderFont *font, const uint8_t *record) {
 
 // A record in the glyph data is bounded by it.
 static GlyphCoding CodingOf(const OrnMinRenderFont *font) {
-    return {font->huffLuts, font->direction, font->glyphData + font->glyphDataSize};
+    return {font->huffLuts, font->direction, font->glyphData + font->glyphDataSize,
+            kernels::Best()};
 }
 
 // One of the caller's own is trusted: it has all the bytes that it speaks of.

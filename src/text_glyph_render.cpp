@@ -146,21 +146,52 @@ static uint32_t OutlineWord(const GlyphBitmap &fill, int32_t j, int32_t w) {
     return static_cast<uint32_t>((grown & ~own) >> 32);
 }
 
-// Without the memory for it the glyph stays without outline.
-static void RenderGlyphOutline(const GlyphBitmap &fill, OrnMinRenderGlyph *glyph) {
+// The outline, in the given words.
+static GlyphBitmap RenderGlyphOutline(const GlyphBitmap &fill, uint32_t *words) {
     const int32_t rows = fill.rows + cbf::kOutlineGrowth;
-    const int32_t pitch = WordsPerRow(fill.columns + cbf::kOutlineGrowth);
-    const auto words = static_cast<uint32_t>(rows * pitch);
-    glyph->outline = static_cast<uint32_t *>(malloc(words * sizeof(uint32_t)));
-    if (!glyph->outline)
-        return;
-    glyph->outlineWords = words;
+    const int32_t columns = fill.columns + cbf::kOutlineGrowth;
+    const int32_t pitch = WordsPerRow(columns);
     for (int32_t j = 0; j < rows; ++j)
         for (int32_t w = 0; w < pitch; ++w)
-            glyph->outline[j * pitch + w] = OutlineWord(fill, j, w);
+            words[j * pitch + w] = OutlineWord(fill, j, w);
+    return {words, columns, rows, pitch};
 }
 
 // ---- Glyphs ----
+
+// Bitmaps are made on the stack, and kept once it is known how much memory stamping adds to them.
+constexpr int32_t kMaxSide = cbf::kMaxGlyphSide + cbf::kOutlineGrowth;
+constexpr int32_t kMaxBitmapWords = kMaxSide + NarrowRoom(kMaxSide);
+static_assert(kMaxSide <= kMaxNarrowRows, "");
+static_assert(kMaxSide * ((kMaxSide + kWordBits - 1) / kWordBits) <= kMaxBitmapWords, "");
+
+static uint32_t CountWords(const GlyphBitmap &bitmap) {
+    return static_cast<uint32_t>(bitmap.rows * bitmap.pitch);
+}
+
+// The fill of a record with neither side negative, in the given words.
+static GlyphBitmap RenderFill(const GlyphCoding &coding, const uint8_t *record, uint32_t *words) {
+    const OrnMinRenderGlyphBox box = UprightBox(record);
+    const bool vertical = IsVertical(coding.direction);
+    const int32_t columns = vertical ? box.height : box.width;
+    const int32_t rows = vertical ? box.width : box.height;
+    const GlyphBitmap fill = {words, columns, rows, WordsPerRow(columns)};
+    memset(words, 0, CountWords(fill) * sizeof *words);
+    if (CountWords(fill) > 0)
+        DecodeRuns(coding, record, fill);
+    return fill;
+}
+
+// A copy in memory of its own; null when that was short.
+static uint32_t *Keep(const GlyphBitmap &bitmap, kernels::Set set) {
+    size_t words = CountWords(bitmap);
+    if (bitmap.pitch == 1)
+        words += static_cast<size_t>(kernels::PrepareNarrowMask(bitmap.words, bitmap.rows, set));
+    auto *kept = static_cast<uint32_t *>(malloc(words * sizeof(uint32_t)));
+    if (kept)
+        memcpy(kept, bitmap.words, words * sizeof(uint32_t));
+    return kept;
+}
 
 bool orn::RenderGlyph(const GlyphCoding &coding, OrnMinRenderGlyph *glyph) {
     glyph->bitmap = nullptr;
@@ -173,21 +204,18 @@ bool orn::RenderGlyph(const GlyphCoding &coding, OrnMinRenderGlyph *glyph) {
     if (box.width < 0 || box.height < 0)
         return true;
 
-    const bool vertical = IsVertical(coding.direction);
-    const int32_t columns = vertical ? box.height : box.width;
-    const int32_t rows = vertical ? box.width : box.height;
-    const int32_t pitch = WordsPerRow(columns);
-    const auto words = static_cast<uint32_t>(rows * pitch);
-    GlyphBitmap fill = {nullptr, columns, rows, pitch};
-    if (words > 0) {
-        fill.words = static_cast<uint32_t *>(calloc(words, sizeof(uint32_t)));
-        if (!fill.words)
+    uint32_t words[2][kMaxBitmapWords];
+    const GlyphBitmap fill = RenderFill(coding, glyph->record, words[0]);
+    if (CountWords(fill) > 0) {
+        glyph->bitmap = Keep(fill, coding.set);
+        if (!glyph->bitmap)
             return false;
-        DecodeRuns(coding, glyph->record, fill);
-        glyph->bitmap = fill.words;
-        glyph->bitmapWords = words;
+        glyph->bitmapWords = CountWords(fill);
     }
-    RenderGlyphOutline(fill, glyph);
+    const GlyphBitmap outline = RenderGlyphOutline(fill, words[1]);
+    glyph->outline = Keep(outline, coding.set);
+    if (glyph->outline)
+        glyph->outlineWords = CountWords(outline);
     return true;
 }
 
@@ -230,10 +258,13 @@ void orn::StampClipped(const PlacedBitmap &placed, const OrnMinRenderImage *imag
     const int32_t firstWord = firstColumn / kWordBits;
     const auto lastColumn = static_cast<int32_t>(endColumn - 1);
     const int32_t pitch = WordsPerRow(box.width);
-    const Mask mask = {
-        placed.bitmap + firstRow * pitch + firstWord, pitch,
-        static_cast<int32_t>(endRow) - firstRow,      lastColumn / kWordBits - firstWord + 1,
-        BitRange(firstColumn % kWordBits, kWordBits), BitRange(0, lastColumn % kWordBits + 1)};
+    const Mask mask = {placed.bitmap + firstRow * pitch + firstWord,
+                       pitch,
+                       static_cast<int32_t>(endRow) - firstRow,
+                       lastColumn / kWordBits - firstWord + 1,
+                       BitRange(firstColumn % kWordBits, kWordBits),
+                       BitRange(0, lastColumn % kWordBits + 1),
+                       nullptr};
     const Ink ink = {LumaPattern(luma), false};
     const Plane plane = PlaneFrom(LumaPlane(image), x0 + firstWord * kWordBits, y0 + firstRow);
     const int64_t wordsLeft = int64_t{placed.words} - firstRow * pitch - firstWord;

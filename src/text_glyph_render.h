@@ -40,12 +40,14 @@ struct GlyphCoding {
     const HuffLut *const *huffLuts; // background runs, ink runs; null where a table is missing
     int32_t direction;
     const uint8_t *end; // of what may be read, not before the record: coded runs beyond it are 0
+    kernels::Set set;   // that stamps the bitmaps
 };
 
 // Decodes the glyph whose record is set into new bitmaps, without looking at its other fields: its
-// fill, whose memory is the caller's, and its outline. False, with neither, when the memory for the
-// fill was short; without memory for the outline there is none. A record with a negative width or
-// height has neither, nor has one whose head reaches past the coding's end.
+// fill, whose memory is the caller's, and its outline. A bitmap of one word a row is prepared for
+// stamping: what the set needs stands behind its words. False, with neither, when the memory for
+// the fill was short; without memory for the outline there is none. A record with a negative width
+// or height has neither, nor has one whose head reaches past the coding's end.
 bool RenderGlyph(const GlyphCoding &coding, OrnMinRenderGlyph *glyph);
 
 // ---- Stamping ----
@@ -62,7 +64,8 @@ struct PlacedBitmap {
 void StampClipped(const PlacedBitmap &placed, const OrnMinRenderImage *image, uint8_t luma,
                   kernels::Set set);
 
-// Most glyphs are at most a word wide and lie wholly inside the frame: those need no clipping.
+// Most glyphs are at most a word wide and lie wholly inside the frame: those need no clipping. Only
+// for bitmaps that RenderGlyph has made.
 inline bool StampInside(const PlacedBitmap &placed, const OrnMinRenderImage *image, uint8_t luma,
                         kernels::Set set) {
     const int32_t width = placed.box.width;
@@ -71,7 +74,7 @@ inline bool StampInside(const PlacedBitmap &placed, const OrnMinRenderImage *ima
     const int64_t y0 = int64_t{placed.pen.y} - placed.box.bearingY;
     const bool inside = x0 >= 0 && y0 >= 0 && x0 + width <= image->width &&
                         y0 + height <= image->height && image->yPlane;
-    const bool narrow = width > 0 && width <= kWordBits && height <= int64_t{placed.words};
+    const bool narrow = width > 0 && width <= kWordBits && height == int64_t{placed.words};
     if (!inside || !narrow)
         return false;
     kernels::PaintNarrowMask(LumaAt(image, x0, y0), static_cast<ptrdiff_t>(image->stride),

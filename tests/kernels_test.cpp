@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
-// The innermost loops of every set of instructions that the machine has, over all alignments and
-// lengths, in memory between pages without access: those that store must store what the plain ones
-// do, and those that collect bits what a loop over the samples collects.
+// The innermost loops of every set of instructions that the machine has, the plain one too, over
+// all alignments and lengths, in memory between pages without access, beside loops over single
+// samples.
 #include "fence.h"
 #include "kernels/kernels.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <numeric>
 #include <random>
 #include <vector>
 
@@ -17,41 +18,62 @@ namespace {
 constexpr size_t kRoom = 8192;
 constexpr ptrdiff_t kAlignments = 64;
 
-std::vector<kernels::Set> BetterSets() {
+std::vector<kernels::Set> Sets() {
     std::vector<kernels::Set> sets;
-    for (int set = 1; set <= int(kernels::kLastSet); ++set)
+    for (int set = 0; set <= int(kernels::kLastSet); ++set)
         if (kernels::Has(kernels::Set(set)))
             sets.push_back(kernels::Set(set));
     return sets;
 }
 
-// Runs test(set) for every set but the plain one.
-template <class Test> void ForBetterSets(Test test) {
-    if (BetterSets().empty())
-        GTEST_SKIP() << "this processor, or this build, has the plain loops alone";
-    for (const kernels::Set set : BetterSets()) {
+template <class Test> void ForSets(Test test) {
+    for (const kernels::Set set : Sets()) {
         SCOPED_TRACE("set " + std::to_string(int(set)));
         test(set);
     }
 }
 
-// The same noise twice. A drawing of so many bytes is made in both, at a distance from the lower or
-// from the upper end; both must then hold the same bytes.
+// The same noise twice. A drawing of so many bytes is made in one, at a distance from the lower or
+// from the upper end, and what it should be in the other; both must then hold the same bytes.
 class Rooms {
   public:
-    template <class Draw>
-    void Compare(ptrdiff_t distance, ptrdiff_t bytes, bool atEnd, kernels::Set set, Draw draw) {
-        for (auto *room : {&better, &plain}) {
-            uint8_t *first = atEnd ? room->end - distance - bytes : room->first + distance;
-            draw(first, room == &better ? set : kernels::Set::Plain);
-        }
-        ASSERT_EQ(memcmp(better.first, plain.first, kRoom), 0)
+    template <class Draw, class Expect>
+    void Compare(ptrdiff_t distance, ptrdiff_t bytes, bool atEnd, Draw draw, Expect expect) {
+        const auto start = [&](const Fenced &room) {
+            return atEnd ? room.end - distance - bytes : room.first + distance;
+        };
+        draw(start(drawn));
+        expect(start(expected));
+        ASSERT_EQ(memcmp(drawn.first, expected.first, drawn.end - drawn.first), 0)
             << bytes << " bytes, " << distance << " from the " << (atEnd ? "end" : "start");
+    }
+    explicit Rooms(size_t size = kRoom) : drawn(size), expected(size) {
     }
 
   private:
-    Fenced better{kRoom}, plain{kRoom};
+    Fenced drawn, expected;
 };
+
+void FillSlowly(uint8_t *first, ptrdiff_t bytes, const Pattern &pattern) {
+    for (ptrdiff_t i = 0; i < bytes; ++i)
+        first[i] = uint8_t(pattern.bytes >> i % 2 * 8);
+}
+
+void PaintSample(uint8_t *sample, ptrdiff_t sampleBytes, const Ink &ink) {
+    for (ptrdiff_t i = 0; i < sampleBytes; ++i) {
+        const int colour = uint8_t(ink.pattern.bytes >> i * 8);
+        sample[i] = uint8_t(ink.half ? (sample[i] + colour) / 2 : colour);
+    }
+}
+
+void PaintSlowly(const Plane &plane, const Mask &mask, const Ink &ink) {
+    int64_t y = 0;
+    for (int row = 0; row < mask.rows; ++row)
+        for (int n = Repeats(mask, row); n > 0; --n, ++y)
+            for (int x = 0; x < 32 * mask.wordsPerRow; ++x)
+                if ((mask.words[row * mask.pitch + x / 32] & EdgeBits(mask, x / 32)) >> x % 32 & 1)
+                    PaintSample(SampleAt(plane, x, y), plane.sampleBytes, ink);
+}
 
 class Kernels : public testing::Test {
   protected:
@@ -74,7 +96,7 @@ class Kernels : public testing::Test {
 };
 
 TEST_F(Kernels, FillRows) {
-    ForBetterSets([&](kernels::Set set) {
+    ForSets([&](kernels::Set set) {
         for (const bool luma : {true, false})
             for (ptrdiff_t distance = 0; distance < kAlignments; distance += luma ? 1 : 2)
                 for (ptrdiff_t length = 0; length < 300 && !HasFatalFailure();
@@ -82,33 +104,38 @@ TEST_F(Kernels, FillRows) {
                     const Pattern pattern = RandomPattern(luma);
                     const int rows = Pick(1, 3);
                     const ptrdiff_t stride = 2 * Pick(int(length) / 2, 400) + luma;
-                    rooms.Compare(distance, (rows - 1) * stride + length, length % 4 < 2, set,
-                                  [&](uint8_t *first, kernels::Set s) {
-                                      kernels::FillRows(first, stride, rows, length, pattern, s);
-                                  });
+                    rooms.Compare(
+                        distance, (rows - 1) * stride + length, length % 4 < 2,
+                        [&](uint8_t *first) {
+                            kernels::FillRows(first, stride, rows, length, pattern, set);
+                        },
+                        [&](uint8_t *first) {
+                            for (int row = 0; row < rows; ++row)
+                                FillSlowly(first + row * stride, length, pattern);
+                        });
                 }
     });
 }
 
 // Around the lengths from which other ways of filling are chosen.
 TEST_F(Kernels, FillLongRows) {
-    constexpr size_t kLong = 17000;
-    const Fenced better(kLong), plain(kLong);
-    ForBetterSets([&](kernels::Set set) {
+    Rooms longRooms(17000);
+    ForSets([&](kernels::Set set) {
         for (const ptrdiff_t length : {16382, 16383, 16384, 16386, 16999})
             for (const bool luma : {true, false}) {
                 const ptrdiff_t bytes = luma ? length : length & ~1;
                 const Pattern pattern = RandomPattern(luma);
-                kernels::FillRows(better.first, 0, 1, bytes, pattern, set);
-                kernels::FillRows(plain.first, 0, 1, bytes, pattern, kernels::Set::Plain);
-                ASSERT_EQ(memcmp(better.first, plain.first, kLong), 0) << length;
+                longRooms.Compare(
+                    0, bytes, luma,
+                    [&](uint8_t *first) { kernels::FillRows(first, 0, 1, bytes, pattern, set); },
+                    [&](uint8_t *first) { FillSlowly(first, bytes, pattern); });
             }
     });
 }
 
 TEST_F(Kernels, PaintSpans) {
     constexpr int kRows = 16;
-    ForBetterSets([&](kernels::Set set) {
+    ForSets([&](kernels::Set set) {
         for (int i = 0; i < 6000 && !HasFatalFailure(); ++i) {
             const bool luma = i % 2;
             const ptrdiff_t sampleBytes = luma ? kLumaBytes : kChromaBytes;
@@ -120,12 +147,18 @@ TEST_F(Kernels, PaintSpans) {
                 spans.push_back({{Pick(0, columns), y}, {Pick(0, columns), y}}); // some reversed
             }
             const Pattern pattern = RandomPattern(luma);
-            rooms.Compare(Pick(0, kAlignments / 2) * 2 + luma,
-                          (kRows - 1) * stride + columns * sampleBytes, i % 4 < 2, set,
-                          [&](uint8_t *first, kernels::Set s) {
-                              kernels::PaintSpans({first, stride, sampleBytes}, spans.data(),
-                                                  int(spans.size()), pattern, s);
-                          });
+            rooms.Compare(
+                Pick(0, kAlignments / 2) * 2 + luma, (kRows - 1) * stride + columns * sampleBytes,
+                i % 4 < 2,
+                [&](uint8_t *first) {
+                    kernels::PaintSpans({first, stride, sampleBytes}, spans.data(),
+                                        int(spans.size()), pattern, set);
+                },
+                [&](uint8_t *first) {
+                    for (const auto &span : spans)
+                        FillSlowly(SpanStart({first, stride, sampleBytes}, span),
+                                   (span.end.x - span.start.x) * sampleBytes, pattern);
+                });
         }
     });
 }
@@ -133,42 +166,69 @@ TEST_F(Kernels, PaintSpans) {
 // Every first and every last bit, with the sample of the first one that counts at the lower fence
 // or that of the last one at the upper fence.
 TEST_F(Kernels, PaintMask) {
-    ForBetterSets([&](kernels::Set set) {
+    ForSets([&](kernels::Set set) {
         for (int i = 0; i < 32 * 32 * 4 * 2 && !HasFatalFailure(); ++i) {
             const int firstBit = i % 32, endBit = i / 32 % 32 + 1;
             const bool luma = i & 1024, half = i & 2048, atEnd = i & 4096;
-            const int words = firstBit < endBit ? Pick(1, 4) : Pick(2, 4), rows = Pick(1, 6);
+            const int words = firstBit < endBit ? Pick(1, 4) : Pick(2, 4);
             const ptrdiff_t sampleBytes = luma ? kLumaBytes : kChromaBytes;
             const ptrdiff_t bytes = (32 * (words - 1) + endBit - firstBit) * sampleBytes;
             const int64_t stride = bytes + 2 * Pick(0, 20) + luma;
-            const int pitch = i % 5 ? Pick(words, words + 1) : 0;
-            const auto bits = RandomWords(size_t(pitch * rows + words));
-            const Mask mask = {bits.data(),        pitch, rows, words, BitRange(firstBit, 32),
-                               BitRange(0, endBit)};
+            std::vector<int> repeats(size_t(Pick(1, 6)));
+            for (int &n : repeats)
+                n = Pick(1, 3);
+            const int rows = int(repeats.size()), pitch = Pick(words, words + 1);
+            const auto bits = RandomWords(size_t(pitch * (rows - 1) + words));
+            const bool repeated = Pick(0, 1);
+            const Mask mask = {bits.data(),
+                               pitch,
+                               rows,
+                               words,
+                               BitRange(firstBit, 32),
+                               BitRange(0, endBit),
+                               repeated ? repeats.data() : nullptr};
+            const int planeRows =
+                repeated ? std::accumulate(repeats.begin(), repeats.end(), 0) : rows;
             const Ink ink = {RandomPattern(luma), half};
-            rooms.Compare(0, (rows - 1) * stride + bytes, atEnd, set,
-                          [&](uint8_t *first, kernels::Set s) {
-                              uint8_t *bitZero = first - firstBit * sampleBytes;
-                              kernels::PaintMask({bitZero, stride, sampleBytes}, mask, ink, s);
-                          });
+            const auto plane = [&](uint8_t *first) {
+                return Plane{first - firstBit * sampleBytes, stride, sampleBytes};
+            };
+            rooms.Compare(
+                0, (planeRows - 1) * stride + bytes, atEnd,
+                [&](uint8_t *first) { kernels::PaintMask(plane(first), mask, ink, set); },
+                [&](uint8_t *first) { PaintSlowly(plane(first), mask, ink); });
         }
     });
 }
 
 TEST_F(Kernels, PaintNarrowMask) {
-    ForBetterSets([&](kernels::Set set) {
+    ForSets([&](kernels::Set set) {
         for (int columns = 1; columns <= 32; ++columns)
             for (ptrdiff_t distance = 0; distance < kAlignments && !HasFatalFailure(); ++distance)
                 for (const bool atEnd : {false, true}) {
-                    const int rows = Pick(1, 20);
-                    const ptrdiff_t stride = Pick(columns, 100);
-                    const auto words = RandomWords(size_t(rows));
-                    const Pattern pattern = RandomPattern(true);
-                    rooms.Compare(distance, (rows - 1) * stride + columns, atEnd, set,
-                                  [&](uint8_t *first, kernels::Set s) {
-                                      kernels::PaintNarrowMask(first, stride, words.data(), rows,
-                                                               BitRange(0, columns), pattern, s);
-                                  });
+                    const int rows = distance ? Pick(1, 20) : kMaxNarrowRows;
+                    const int stride = distance ? Pick(columns, 100) : columns;
+                    const uint32_t inside = BitRange(0, columns);
+                    auto words = RandomWords(size_t(rows));
+                    for (auto &word : words) // some with as many runs as there can be
+                        word = inside & (random() % 16  ? word
+                                         : random() % 2 ? 0x77777777
+                                                        : 0x55555555);
+                    words.resize(size_t(rows + NarrowRoom(rows)), 0xA5A5A5A5);
+                    const int32_t taken = kernels::PrepareNarrowMask(words.data(), rows, set);
+                    ASSERT_LE(taken, NarrowRoom(rows));
+                    const std::vector<uint32_t> kept(words.data(), words.data() + rows + taken);
+                    const Ink ink = {RandomPattern(true), false};
+                    rooms.Compare(
+                        distance, (rows - 1) * ptrdiff_t(stride) + columns, atEnd,
+                        [&](uint8_t *first) {
+                            kernels::PaintNarrowMask(first, stride, kept.data(), rows, inside,
+                                                     ink.pattern, set);
+                        },
+                        [&](uint8_t *first) {
+                            PaintSlowly({first, stride, kLumaBytes},
+                                        {kept.data(), 1, rows, 1, ~0u, ~0u, nullptr}, ink);
+                        });
                 }
     });
 }
@@ -199,10 +259,8 @@ void CheckExpansion(kernels::Set set, int width, int size, const BitScaling &sca
 }
 
 TEST_F(Kernels, ExpandBits) {
-    std::vector<kernels::Set> sets = BetterSets();
-    sets.push_back(kernels::Set::Plain);
     const int sizes[] = {1, 2, 31, 32, 33, 64, 65, 100, 511, 512, 513, 1100, 70000};
-    for (const kernels::Set set : sets)
+    for (const kernels::Set set : Sets())
         for (int i = 0; i < 4000 && !HasFatalFailure(); ++i) {
             const int width = i % 3 ? Pick(1, 140) : sizes[random() % 12];
             const int multiples[] = {width, 2 * width, (width + 1) / 2, (width + 3) / 4, 3 * width};

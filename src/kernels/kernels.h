@@ -73,17 +73,45 @@ struct Ink {
 // Rows of words whose set bits paint samples, the least significant bit leftmost.
 struct Mask {
     const uint32_t *words;
-    int32_t pitch; // words from one row to the next; 0 repeats a row
+    int32_t pitch; // words from one row to the next
     int32_t rows;
     int32_t wordsPerRow;
     uint32_t firstWordBits; // which bits of the first and of the last word count
     uint32_t lastWordBits;
+    const int32_t *repeats; // for each row, how many of the plane's it paints; null: one
 };
 
 // The bits of word i of a row that count.
 inline uint32_t EdgeBits(const Mask &mask, int32_t i) {
     return (i == 0 ? mask.firstWordBits : 0xFFFFFFFFu) &
            (i == mask.wordsPerRow - 1 ? mask.lastWordBits : 0xFFFFFFFFu);
+}
+
+inline int32_t Repeats(const Mask &mask, int32_t row) {
+    return mask.repeats ? mask.repeats[row] : 1;
+}
+
+struct BitRun {
+    int32_t start;
+    int32_t length;
+};
+
+// Takes the lowest run of set bits out of some bits that are not 0.
+inline BitRun TakeRun(uint64_t *bits) {
+    const int32_t start = __builtin_ctzll(*bits);
+    const uint64_t above = ~(*bits >> start);
+    const int32_t length = above ? __builtin_ctzll(above) : 64;
+    *bits &= *bits + (*bits & -*bits); // the carry clears the run
+    return {start, length};
+}
+
+// A narrow mask has one word a row. What a set prepares for painting it stands behind those words:
+// at most so many words more.
+constexpr int32_t kMaxNarrowRows = 132;
+constexpr int32_t kMaxNarrowStores = 16; // of a row: every other bit, or three of every four
+
+constexpr int32_t NarrowRoom(int32_t rows) {
+    return (rows * kMaxNarrowStores + 16) / 2;
 }
 
 // ---- Bitmaps on their way to a mask ----
@@ -115,7 +143,7 @@ struct BitSource {
     uint16_t places[kWordBits]; // of the samples in the 64 columns, the last of which is 0
     int32_t words[3];           // of the row; the columns begin in the first
     int32_t shift;              // columns of the first word to the left of them
-    int32_t spacing;            // 1: neighbouring columns, 2: every other one, 0: any
+    bool sameSize;              // neighbouring columns
 };
 
 inline uint64_t SourceColumns(const uint32_t *row, const BitSource &source) {
@@ -124,16 +152,26 @@ inline uint64_t SourceColumns(const uint32_t *row, const BitSource &source) {
     return two << source.shift | third >> (32 - source.shift);
 }
 
+// Where a word of samples, or two words, come from: out of 64 columns, as of a BitSource, and a bit
+// for each that matters of them or of the samples.
+struct BitGroup {
+    uint64_t places;
+    int32_t words[3];
+    int32_t shift;
+};
+
 // What the rows of a bitmap have in common on their way; made by a set's PlanBits for its
 // ExpandBits.
 struct BitPlan {
     enum Way {
         Spread, // a range of bits for each run of set columns: for enlarged bitmaps
         Gather, // 32 samples out of 64 columns: up to a reduction by two
-        Sample  // one sample after the other
+        Sample, // one sample after the other
+        Deposit // a word or two at once, where there are instructions for it
     } way;
     BitScaling scaling;
     BitSource sources[kMaxScaledBits / kWordBits]; // of Gather
+    BitGroup groups[kMaxScaledBits / kWordBits];   // of Deposit
 
     // Of Spread: where columns firstColumn..endColumn begin, in samples from the first on.
     int32_t firstColumn;
@@ -152,8 +190,8 @@ constexpr int64_t kMaxGatherStep = 2 * kSameSize;
 namespace kernels {
 
 // In order of preference, the best last. A processor has those of its own kind.
-enum class Set { Plain, Avx512 };
-constexpr Set kLastSet = Set::Avx512;
+enum class Set { Plain, Avx2, Avx512, Neon, Sve };
+constexpr Set kLastSet = Set::Sve;
 
 // Whether the processor has a set, and the build does not leave it out.
 bool Has(Set set);
@@ -171,8 +209,11 @@ Set Best();
 // Where the first word does not count in full, that may lie outside the frame: only samples of set
 // bits are touched, read or written.
 //
-// PaintNarrowMask: paints luma through a mask of one word a row, without gaps, of which the bits of
-// columns count: the shape of most glyphs.
+// PrepareNarrowMask: makes what the set wants to know of a mask of one word a row, without gaps,
+// and puts it behind the words. Returns how many words that takes.
+//
+// PaintNarrowMask: paints luma through a mask so prepared, all of whose bits lie in columns: the
+// shape of most glyphs.
 //
 // PlanBits, ExpandBits: turn rows of a bitmap into rows of a mask, pitch words apart; what lies
 // past the last sample in a row's last word is undefined.
@@ -182,6 +223,7 @@ Set Best();
     void PaintSpans(const Plane &plane, const OrnMinRenderScanline *spans, int32_t count,          \
                     Pattern pattern SET);                                                          \
     void PaintMask(const Plane &plane, const Mask &mask, const Ink &ink SET);                      \
+    int32_t PrepareNarrowMask(uint32_t *words, int32_t rows SET);                                  \
     void PaintNarrowMask(uint8_t *first, ptrdiff_t stride, const uint32_t *words, int32_t rows,    \
                          uint32_t columns, Pattern pattern SET);                                   \
     void PlanBits(BitPlan *plan, const BitScaling &scaling SET);                                   \

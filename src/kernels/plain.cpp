@@ -5,6 +5,31 @@
 
 using namespace orn;
 
+namespace {
+
+#define ORN_SET static inline
+using Block = uint64_t __attribute__((vector_size(16)));
+using Wide = Block;
+constexpr bool kSingleRowsApart = false;
+constexpr ptrdiff_t kBlockBytes = sizeof(Block);
+constexpr ptrdiff_t kWideBytes = sizeof(Wide);
+
+ORN_SET Block FirstBlock(Wide wide) {
+    return wide;
+}
+
+ORN_SET uint64_t FirstBytes(Wide wide) {
+    return wide[0];
+}
+ORN_SET Block Average(Block a, Block b) {
+    const Block upperBits = {0xFEFEFEFEFEFEFEFE, 0xFEFEFEFEFEFEFEFE};
+    return (a & b) + (((a ^ b) & upperBits) >> 1);
+}
+
+} // namespace
+
+#include "kernels/mask_runs.h"
+
 // ---- Rows and spans ----
 
 // Chroma from this many bytes on is stored by string instructions: they need not read what they
@@ -66,90 +91,13 @@ void kernels::plain::PaintSpans(const Plane &plane, const OrnMinRenderScanline *
 
 // ---- Masks ----
 
-// A run of equal bytes, 1 at least. Short ones are most of what text consists of; three stores,
-// which may coincide, need no branch for each length.
-static inline void FillLumaRun(uint8_t *first, int length, Pattern pattern) {
-    if (length > 3) {
-        FillRun(first, length, pattern);
-        return;
-    }
-    StorePattern<1>(first, pattern);
-    StorePattern<1>(first + length / 2, pattern);
-    StorePattern<1>(first + length - 1, pattern);
-}
-
-static void BlendRun(uint8_t *first, ptrdiff_t bytes, Pattern pattern) {
-    constexpr uint64_t kUpperBits = 0xFEFEFEFEFEFEFEFE;
-    ptrdiff_t i = 0;
-    for (; i + 8 <= bytes; i += 8) {
-        uint64_t old;
-        memcpy(&old, first + i, sizeof old);
-        // a + b = 2 (a & b) + (a ^ b), halved in each byte on its own
-        const uint64_t average = (old & pattern.bytes) + ((old ^ pattern.bytes) & kUpperBits) / 2;
-        memcpy(first + i, &average, sizeof average);
-    }
-    const auto *ink = reinterpret_cast<const uint8_t *>(&pattern);
-    for (; i < bytes; ++i)
-        first[i] = static_cast<uint8_t>((first[i] + ink[i % 8]) / 2);
-}
-
-struct BitRun {
-    int start;
-    int length;
-};
-
-// Takes the lowest run of set bits out of a word that is not 0.
-static inline BitRun TakeRun(uint32_t *word) {
-    const int start = __builtin_ctz(*word);
-    const uint32_t above = ~(*word >> start);
-    const int length = above ? __builtin_ctz(above) : kWordBits;
-    *word &= *word + (*word & -*word); // the carry clears the run
-    return {start, length};
-}
-
-static inline void PaintLumaWord(uint8_t *first, uint32_t word, Pattern pattern) {
-    while (word) {
-        const BitRun run = TakeRun(&word);
-        FillLumaRun(first + run.start, run.length, pattern);
-    }
-}
-
-static void PaintWord(uint8_t *first, ptrdiff_t sampleBytes, uint32_t word, const Ink &ink) {
-    while (word) {
-        const BitRun run = TakeRun(&word);
-        uint8_t *bytes = first + run.start * sampleBytes;
-        if (ink.half)
-            BlendRun(bytes, run.length * sampleBytes, ink.pattern);
-        else
-            FillRun(bytes, run.length * sampleBytes, ink.pattern);
-    }
-}
-
 void kernels::plain::PaintMask(const Plane &plane, const Mask &mask, const Ink &ink) {
-    const bool opaqueLuma = plane.sampleBytes == kLumaBytes && !ink.half;
-    const ptrdiff_t wordBytes = kWordBits * plane.sampleBytes;
-    for (int32_t row = 0; row < mask.rows; ++row) {
-        const uint32_t *words = mask.words + row * ptrdiff_t{mask.pitch};
-        uint8_t *samples = SampleAt(plane, 0, row);
-        for (int32_t i = 0; i < mask.wordsPerRow; ++i, samples += wordBytes) {
-            const uint32_t word = words[i] & EdgeBits(mask, i);
-            if (opaqueLuma)
-                PaintLumaWord(samples, word, ink.pattern);
-            else
-                PaintWord(samples, plane.sampleBytes, word, ink);
-        }
-    }
-}
-
-void kernels::plain::PaintNarrowMask(uint8_t *first, ptrdiff_t stride, const uint32_t *words,
-                                     int32_t rows, uint32_t columns, Pattern pattern) {
-    for (int32_t row = 0; row < rows; ++row, first += stride)
-        PaintLumaWord(first, words[row] & columns, pattern);
+    PaintMaskRuns(plane, mask, ink);
 }
 
 // ---- Bits of bitmaps: an enlarged row by its runs ----
 
-static void FindEdges(BitPlan *plan) {
+__attribute__((cold)) static void FindEdges(BitPlan *plan) {
     const BitScaling &scaling = plan->scaling;
     const int64_t last = scaling.first + scaling.samples - 1;
     plan->firstColumn = static_cast<int32_t>(scaling.first * scaling.step >> kFractionBits);
@@ -184,7 +132,7 @@ static void SpreadRow(uint32_t *to, const uint32_t *row, const BitPlan &plan) {
 // ---- 32 samples at a time ----
 
 // Samples that the row has no more may come from anywhere.
-static BitSource MakeBitSource(const BitScaling &scaling, int64_t sample) {
+__attribute__((cold)) static BitSource MakeBitSource(const BitScaling &scaling, int64_t sample) {
     const int64_t position = sample * scaling.step;
     const auto column = static_cast<int32_t>(position >> kFractionBits);
     const auto start = static_cast<uint32_t>(position % kSameSize);
@@ -193,7 +141,7 @@ static BitSource MakeBitSource(const BitScaling &scaling, int64_t sample) {
     for (uint32_t k = 0; k < kWordBits; ++k)
         source.places[k] = static_cast<uint16_t>(63 - ((start + k * step) >> kFractionBits));
     source.shift = column % kWordBits;
-    source.spacing = step % kSameSize == 0 ? static_cast<int32_t>(step / kSameSize) : 0;
+    source.sameSize = step == kSameSize;
     for (int32_t i = 0; i < 3; ++i)
         source.words[i] = static_cast<int32_t>(Min(column / kWordBits + i, scaling.rowWords - 1));
     return source;
@@ -206,22 +154,10 @@ static uint32_t ReverseBits(uint32_t word) {
     return __builtin_bswap32(word);
 }
 
-// The odd bits, closed up.
-static uint32_t EveryOtherBit(uint64_t bits) {
-    bits = bits >> 1 & 0x5555555555555555;
-    bits = (bits | bits >> 1) & 0x3333333333333333;
-    bits = (bits | bits >> 2) & 0x0F0F0F0F0F0F0F0F;
-    bits = (bits | bits >> 4) & 0x00FF00FF00FF00FF;
-    bits = (bits | bits >> 8) & 0x0000FFFF0000FFFF;
-    return static_cast<uint32_t>(bits | bits >> 16);
-}
-
 static uint32_t GatherWord(const uint32_t *row, const BitSource &source) {
     const uint64_t columns = SourceColumns(row, source);
-    if (source.spacing == 1)
+    if (source.sameSize)
         return ReverseBits(static_cast<uint32_t>(columns >> 32));
-    if (source.spacing == 2)
-        return ReverseBits(EveryOtherBit(columns));
     uint32_t word = 0;
     for (int32_t k = 0; k < kWordBits; ++k)
         word |= static_cast<uint32_t>(columns >> source.places[k] & 1) << k;
@@ -250,7 +186,8 @@ static void SampleRow(uint32_t *to, const uint32_t *row, const BitScaling &scali
 
 // ---- The way for a step ----
 
-void orn::MakePlan(BitPlan *plan, BitPlan::Way way, const BitScaling &scaling) {
+__attribute__((cold)) void orn::MakePlan(BitPlan *plan, BitPlan::Way way,
+                                         const BitScaling &scaling) {
     plan->way = way;
     plan->scaling = scaling;
     if (way == BitPlan::Spread)
@@ -260,7 +197,7 @@ void orn::MakePlan(BitPlan *plan, BitPlan::Way way, const BitScaling &scaling) {
             plan->sources[i] = MakeBitSource(scaling, scaling.first + kWordBits * i);
 }
 
-void kernels::plain::PlanBits(BitPlan *plan, const BitScaling &scaling) {
+__attribute__((cold)) void kernels::plain::PlanBits(BitPlan *plan, const BitScaling &scaling) {
     const BitPlan::Way reduced = scaling.step <= kMaxGatherStep ? BitPlan::Gather : BitPlan::Sample;
     MakePlan(plan, scaling.step < kSameSize ? BitPlan::Spread : reduced, scaling);
 }

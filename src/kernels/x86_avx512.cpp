@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The innermost loops for AVX-512 (F, BW and VL), whose masked stores write the bytes of a run, or
 // the set bits of a mask, and nothing else.
-#include "kernels/kernels.h"
+#include "kernels/x86_bmi2.h"
 
 #if defined(__x86_64__) && defined(__GNUC__)
 #include <immintrin.h>
@@ -140,6 +140,9 @@ ORN_AVX512 ORN_INLINE void PaintStrips(const Plane plane, const Mask &mask, Patt
     const auto stride = static_cast<ptrdiff_t>(plane.stride);
     const ptrdiff_t pitch = mask.pitch;
     const int32_t rows = mask.rows;
+    const int32_t once = 1;
+    const int32_t *const counts = mask.repeats ? mask.repeats : &once;
+    const int32_t everyRow = mask.repeats ? -1 : 0;
     const int32_t last = (mask.wordsPerRow - 1) / kWords;
     const bool lastIsWhole = mask.wordsPerRow % kWords == 0;
     const uint64_t firstBits = uint64_t{0xFFFFFFFF} << 32 | mask.firstWordBits;
@@ -153,8 +156,15 @@ ORN_AVX512 ORN_INLINE void PaintStrips(const Plane plane, const Mask &mask, Patt
             (i == 0 ? firstBits : ~uint64_t{0}) & (i == last ? lastBits : ~uint64_t{0});
         const uint32_t *from = words;
         uint8_t *to = first;
-        for (int32_t row = 0; row < rows; ++row, from += pitch, to += stride)
-            PaintBits<luma, half>(to, (two ? TwoWords(from) : *from) & edge, colour);
+        for (int32_t row = 0; row < rows; ++row, from += pitch) {
+            const uint64_t bits = (two ? TwoWords(from) : *from) & edge;
+            const int32_t count = counts[row & everyRow];
+            uint8_t *const end = to + count * stride;
+            if (bits)
+                for (; to != end; to += stride)
+                    PaintBits<luma, half>(to, bits, colour);
+            to = end;
+        }
     }
 }
 
@@ -174,6 +184,10 @@ void kernels::avx512::PaintMask(const Plane &plane, const Mask &mask, const Ink 
     PaintWideMask(plane, mask, ink);
 }
 
+int32_t kernels::avx512::PrepareNarrowMask(uint32_t *, int32_t) {
+    return 0;
+}
+
 // Stores of 16 bytes cross fewer borders of cache lines than wider ones do.
 ORN_AVX512 void PaintNarrowRows(uint8_t *first, ptrdiff_t stride, const uint32_t *words,
                                 int32_t rows, uint32_t columns, Pattern pattern) {
@@ -181,11 +195,11 @@ ORN_AVX512 void PaintNarrowRows(uint8_t *first, ptrdiff_t stride, const uint32_t
     if (columns <= 0xFFFF) {
         const __m128i half = _mm256_castsi256_si128(colour);
         for (int32_t row = 0; row < rows; ++row, first += stride)
-            _mm_mask_storeu_epi8(first, static_cast<__mmask16>(words[row] & columns), half);
+            _mm_mask_storeu_epi8(first, static_cast<__mmask16>(words[row]), half);
         return;
     }
     for (int32_t row = 0; row < rows; ++row, first += stride)
-        _mm256_mask_storeu_epi8(first, words[row] & columns, colour);
+        _mm256_mask_storeu_epi8(first, words[row], colour);
 }
 
 void kernels::avx512::PaintNarrowMask(uint8_t *first, ptrdiff_t stride, const uint32_t *words,
@@ -195,54 +209,13 @@ void kernels::avx512::PaintNarrowMask(uint8_t *first, ptrdiff_t stride, const ui
 
 // ---- Bits of bitmaps ----
 
-// The bits become lanes, which are put in order and become bits again.
-ORN_AVX512 ORN_INLINE uint32_t GatherWord(const uint32_t *row, const BitSource &source) {
-    const uint64_t columns = SourceColumns(row, source);
-    const __m512i right = _mm512_movm_epi16(static_cast<uint32_t>(columns));
-    const __m512i left = _mm512_movm_epi16(static_cast<uint32_t>(columns >> 32));
-    const __m512i places = _mm512_loadu_si512(source.places);
-    return _mm512_movepi16_mask(_mm512_permutex2var_epi16(right, places, left));
-}
-
-// 64 neighbouring columns, in the order of a mask.
-ORN_AVX512 ORN_INLINE uint64_t ReverseColumns(uint64_t columns) {
-    const __m128i backwards = _mm_set_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
-    const __m512i lanes =
-        _mm512_shuffle_epi8(_mm512_movm_epi8(columns), _mm512_broadcast_i32x4(backwards));
-    return _mm512_movepi8_mask(_mm512_shuffle_i64x2(lanes, lanes, _MM_SHUFFLE(0, 1, 2, 3)));
-}
-
-// Word by word, or by two words where the bitmap keeps its width.
-ORN_AVX512 void GatherRows(uint32_t *to, int32_t pitch, const uint32_t *const *rows,
-                           int32_t rowCount, const BitPlan &plan) {
-    const int32_t count = WordsPerRow(plan.scaling.samples);
-    for (int32_t i = 0; i < count;) {
-        const BitSource source = plan.sources[i];
-        const bool two = source.spacing == 1 && i + 1 < count;
-        uint32_t *word = to + i;
-        for (int32_t row = 0; row < rowCount; ++row, word += pitch) {
-            if (two) {
-                const uint64_t both = ReverseColumns(SourceColumns(rows[row], source));
-                memcpy(word, &both, sizeof both);
-            } else {
-                *word = GatherWord(rows[row], source);
-            }
-        }
-        i += two ? 2 : 1;
-    }
-}
-
-// Gathering takes all samples of a word in one go, so that spreading runs doesn't pay.
 void kernels::avx512::PlanBits(BitPlan *plan, const BitScaling &scaling) {
-    MakePlan(plan, scaling.step <= kMaxGatherStep ? BitPlan::Gather : BitPlan::Sample, scaling);
+    bmi2::PlanBits(plan, scaling);
 }
 
 void kernels::avx512::ExpandBits(uint32_t *to, int32_t pitch, const uint32_t *const *rows,
                                  int32_t rowCount, const BitPlan &plan) {
-    if (plan.way == BitPlan::Gather)
-        GatherRows(to, pitch, rows, rowCount, plan);
-    else
-        plain::ExpandBits(to, pitch, rows, rowCount, plan);
+    bmi2::ExpandBits(to, pitch, rows, rowCount, plan);
 }
 
 #endif
