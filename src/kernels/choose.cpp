@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Which set of innermost loops a processor has, and the one switch over the sets. A set is a value
-// that is passed along: nothing is kept, so nothing can change while threads draw.
+// that is passed along, and what the processor has is a constant from the library's start on:
+// nothing can change while threads draw.
 #include "kernels/kernels.h"
 
 using namespace orn;
@@ -14,10 +15,35 @@ using namespace orn;
 // The sets of this kind of processor beside the plain one, a line each: enumerator, namespace,
 // whether it is there.
 #if defined(__x86_64__) && defined(__GNUC__)
-#define ORN_HAS(feature) __builtin_cpu_supports(feature)
-#define ORN_SETS(SET)                                                                              \
-    SET(Avx2, avx2, ORN_HAS("avx2") && ORN_HAS("bmi") && ORN_HAS("bmi2") && ORN_HAS("popcnt"))     \
-    SET(Avx512, avx512, ORN_HAS("avx512bw") && ORN_HAS("avx512vl") && ORN_HAS("bmi2"))
+#include <cpuid.h>
+
+struct Features {
+    bool avx2; // and both sets of bit manipulation
+    bool avx512;
+};
+
+// __builtin_cpu_supports would bring 4.5 KiB along that tell all processors apart.
+static Features FindFeatures() {
+    uint32_t a, b, c, d;
+    constexpr uint32_t kStateAndPopcnt = bit_OSXSAVE | bit_POPCNT;
+    if (!__get_cpuid(1, &a, &b, &c, &d) || (c & kStateAndPopcnt) != kStateAndPopcnt)
+        return {false, false};
+    // Which registers the system keeps for a program: XMM and YMM, then the masks and ZMM, too.
+    uint32_t kept, unused;
+    __asm__("xgetbv" : "=a"(kept), "=d"(unused) : "c"(0));
+    constexpr uint32_t kYmm = 0x06, kZmm = 0xE6;
+    constexpr uint32_t kAvx2 = bit_AVX2 | bit_BMI | bit_BMI2;
+    constexpr uint32_t kAvx512 = kAvx2 | bit_AVX512F | bit_AVX512BW | bit_AVX512VL;
+    if (!__get_cpuid_count(7, 0, &a, &b, &c, &d))
+        return {false, false};
+    return {(kept & kYmm) == kYmm && (b & kAvx2) == kAvx2,
+            (kept & kZmm) == kZmm && (b & kAvx512) == kAvx512};
+}
+
+// Before it is set, for whoever draws while the program's own constants are made: none.
+static const Features kFeatures = FindFeatures();
+
+#define ORN_SETS(SET) SET(Avx2, avx2, kFeatures.avx2) SET(Avx512, avx512, kFeatures.avx512)
 #elif defined(__aarch64__) && defined(__GNUC__) && defined(__clang__) &&                           \
     !defined(__ARM_FEATURE_SVE) // clang's arm_sve.h wants SVE everywhere
 #define ORN_SETS(SET) SET(Neon, neon, true)
