@@ -1,13 +1,24 @@
 // SPDX-License-Identifier: MIT
-// Runs a fixed set of calls under callgrind, which counts the instructions of each: a number that a
-// busy machine does not change. Called by scripts/instructions: instructions FONT.cbf
+// Runs a fixed set of calls under callgrind, or in an emulator that lists every instruction:
+// numbers that a busy machine does not change. Called by scripts/instructions: instructions
+// FONT.cbf
 #include "orn_min_render.h"
 
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <valgrind/callgrind.h>
 #include <vector>
+#ifdef __x86_64__
+#include <valgrind/callgrind.h>
+#endif
+
+// In an emulator's list, what lies between these two belongs to the job whose name is printed.
+extern "C" __attribute__((noinline)) void CountingBegins() {
+    __asm__ volatile("");
+}
+extern "C" __attribute__((noinline)) void CountingEnds() {
+    __asm__ volatile("");
+}
 
 namespace {
 
@@ -31,6 +42,7 @@ struct Bench {
 };
 
 // The first call of a job warms what it needs; the others are counted.
+#ifdef __x86_64__
 template <class Job> void Count(const char *name, Job job) {
     constexpr int kCalls = 100;
     job();
@@ -39,6 +51,15 @@ template <class Job> void Count(const char *name, Job job) {
         job();
     CALLGRIND_DUMP_STATS_AT(name);
 }
+#else
+template <class Job> void Count(const char *name, Job job) {
+    job();
+    CountingBegins();
+    job();
+    CountingEnds();
+    std::puts(name);
+}
+#endif
 
 std::vector<OrnMinRenderPoint> Blob() {
     std::vector<OrnMinRenderPoint> points;

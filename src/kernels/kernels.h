@@ -143,7 +143,7 @@ struct BitSource {
     uint16_t places[kWordBits]; // of the samples in the 64 columns, the last of which is 0
     int32_t words[3];           // of the row; the columns begin in the first
     int32_t shift;              // columns of the first word to the left of them
-    bool sameSize;              // neighbouring columns
+    int32_t spacing;            // 1: neighbouring columns, 2: every other one, 0: any
 };
 
 inline uint64_t SourceColumns(const uint32_t *row, const BitSource &source) {

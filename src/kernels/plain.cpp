@@ -141,7 +141,7 @@ __attribute__((cold)) static BitSource MakeBitSource(const BitScaling &scaling, 
     for (uint32_t k = 0; k < kWordBits; ++k)
         source.places[k] = static_cast<uint16_t>(63 - ((start + k * step) >> kFractionBits));
     source.shift = column % kWordBits;
-    source.sameSize = step == kSameSize;
+    source.spacing = step % kSameSize == 0 ? static_cast<int32_t>(step / kSameSize) : 0;
     for (int32_t i = 0; i < 3; ++i)
         source.words[i] = static_cast<int32_t>(Min(column / kWordBits + i, scaling.rowWords - 1));
     return source;
@@ -154,10 +154,21 @@ static uint32_t ReverseBits(uint32_t word) {
     return __builtin_bswap32(word);
 }
 
+// The odd bits, closed up.
+__attribute__((noinline)) static uint32_t EveryOtherBit(uint64_t bits) {
+    bits = bits >> 1 & 0x5555555555555555;
+    bits = (bits | bits >> 1) & 0x3333333333333333;
+    bits = (bits | bits >> 2) & 0x0F0F0F0F0F0F0F0F;
+    bits = (bits | bits >> 4) & 0x00FF00FF00FF00FF;
+    bits = (bits | bits >> 8) & 0x0000FFFF0000FFFF;
+    return static_cast<uint32_t>(bits | bits >> 16);
+}
+
 static uint32_t GatherWord(const uint32_t *row, const BitSource &source) {
     const uint64_t columns = SourceColumns(row, source);
-    if (source.sameSize)
-        return ReverseBits(static_cast<uint32_t>(columns >> 32));
+    if (source.spacing > 0)
+        return ReverseBits(source.spacing == 1 ? static_cast<uint32_t>(columns >> 32)
+                                               : EveryOtherBit(columns));
     uint32_t word = 0;
     for (int32_t k = 0; k < kWordBits; ++k)
         word |= static_cast<uint32_t>(columns >> source.places[k] & 1) << k;

@@ -4,16 +4,25 @@
 #include "kernels/x86_bmi2.h"
 
 #if defined(__x86_64__) && defined(__GNUC__)
+#include <cpuid.h>
 #include <immintrin.h>
 
 #define ORN_BMI2 __attribute__((target("avx2,bmi2"))) static
 
 using namespace orn;
 
-// Before family 25, AMD's processors take a pdep or pext apart: bit by bit.
-static bool SpreadsSlowly() {
-    return __builtin_cpu_is("amdfam17h") || __builtin_cpu_is("amdfam15h");
+// Before family 25, AMD's processors take a pdep or pext apart: bit by bit. (Of those that have
+// both and AVX2: families 21 and 23.)
+static bool FindSlowSpreading() {
+    uint32_t a, b, c, d;
+    if (!__get_cpuid(0, &a, &b, &c, &d) || b != signature_AMD_ebx ||
+        !__get_cpuid(1, &a, &b, &c, &d))
+        return false;
+    const uint32_t family = (a >> 8 & 15) + (a >> 20 & 255);
+    return family == 21 || family == 23;
 }
+
+static const bool kSpreadsSlowly = FindSlowSpreading();
 
 // ---- Plans ----
 
@@ -68,7 +77,7 @@ static int32_t SamplesOfGroup(const BitScaling &scaling) {
 }
 
 void kernels::bmi2::PlanBits(BitPlan *plan, const BitScaling &scaling) {
-    if (scaling.step > kMaxGatherStep || SpreadsSlowly()) {
+    if (scaling.step > kMaxGatherStep || kSpreadsSlowly) {
         plain::PlanBits(plan, scaling);
         return;
     }
