@@ -463,8 +463,11 @@ ORN_MIN_RENDER_API void OrnMinRenderDestroyFont(OrnMinRenderFont *font);
 /*
  * Decodes the glyph whose record is set into new bitmaps, turned for the font's direction, without
  * looking at what the entry held: for a fresh entry. The text calls do this on first use of a code
- * point. The caller releases bitmap and outline with free. A null record is left alone; a record
- * outside the font's glyph data gives an empty glyph.
+ * point. The caller releases bitmap and outline with free. A null record is left alone.
+ *
+ * A record inside the font's glyph data is bounded by it: coded runs beyond its end read as 0, and
+ * a record whose head of 8 bytes reaches past it gives an empty glyph. A record anywhere else is
+ * the caller's own, and trusted: its head and (bit count + 7) / 8 bytes of coded runs are read.
  */
 ORN_MIN_RENDER_API void OrnMinRenderTextRenderCacheGlyph(const OrnMinRenderFont *font,
                                                          OrnMinRenderGlyph *glyph);

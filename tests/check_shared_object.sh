@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # The shared object exports what exports.txt lists and nothing else, needs libc alone, and is small.
 set -eu
 library=$1

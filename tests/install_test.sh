@@ -1,4 +1,5 @@
 #!/bin/sh
+# SPDX-License-Identifier: MIT
 # The installed tree, moved from where it was installed, as its users find it:
 # install_test.sh BUILD SOURCE VERSION
 set -eu

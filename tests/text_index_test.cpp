@@ -111,4 +111,14 @@ TEST(FontIndex, HostileCountsCostNeitherMemoryNorTime) {
     EXPECT_LT(after.ru_utime.tv_sec - before.ru_utime.tv_sec, 3);
 }
 
+// Slots beyond Unicode go back in the glyph data, as all others do.
+TEST(FontIndex, FarSlotsGoBack) {
+    const uint32_t far = 0x110004;
+    const FontPtr font =
+        FontWithIndex(Index(far + 9, kDeltas, {{9, "10 10 10 110"}, {far, "111 01 110"}}));
+    ASSERT_NE(GetGlyph(font.get(), far), nullptr);
+    EXPECT_EQ(GetGlyph(font.get(), far)->record, font->glyphData + 5); // 21 - 16
+    EXPECT_EQ(GetGlyph(font.get(), far + 1)->record, font->glyphData + 10);
+}
+
 } // namespace

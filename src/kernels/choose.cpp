@@ -40,7 +40,6 @@ static Features FindFeatures() {
             (kept & kZmm) == kZmm && (b & kAvx512) == kAvx512};
 }
 
-// Before it is set, for whoever draws while the program's own constants are made: none.
 static const Features kFeatures = FindFeatures();
 
 #define ORN_SETS(SET) SET(Avx2, avx2, kFeatures.avx2) SET(Avx512, avx512, kFeatures.avx512)
@@ -83,11 +82,18 @@ bool kernels::Has(Set set) {
     return set <= Set::ORN_BEST_SET && ProcessorHas(set);
 }
 
-kernels::Set kernels::Best() {
-    auto set = static_cast<int32_t>(Set::ORN_BEST_SET);
-    while (!ProcessorHas(static_cast<Set>(set)))
+static kernels::Set FindBest() {
+    auto set = static_cast<int32_t>(kernels::Set::ORN_BEST_SET);
+    while (!ProcessorHas(static_cast<kernels::Set>(set)))
         --set;
-    return static_cast<Set>(set);
+    return static_cast<kernels::Set>(set);
+}
+
+// Until it is set, for whoever draws while a program's own constants are made: the plain one.
+static const kernels::Set kBest = FindBest();
+
+kernels::Set kernels::Best() {
+    return kBest;
 }
 
 // The one switch. A set's case names the loop by ORN_LOOP, which each of the functions below
