@@ -19,6 +19,16 @@ bool ResolvePlaces(Canvas &canvas, const Overlay &overlay) {
     return true;
 }
 
+void DrawForBoxes(Canvas &canvas, const Overlay &overlay, const Tracks &tracks) {
+    canvas.boxTracks = &tracks;
+    for (const TrackedBox &box : tracks.At(canvas.frameNumber)) {
+        canvas.box = &box;
+        canvas.surroundings.box = RectOf(box);
+        if (ResolvePlaces(canvas, overlay))
+            overlay.draw(canvas, overlay);
+    }
+}
+
 } // namespace
 
 OrnMinRenderColour ColourFor(const Canvas &canvas, const Paint &paint) {
@@ -36,12 +46,8 @@ void DrawOverlay(Canvas &canvas, const Overlay &overlay) {
             overlay.draw(canvas, overlay);
         return;
     }
-    for (const TrackedBox &box : canvas.tracks.At(canvas.frameNumber)) {
-        canvas.box = &box;
-        canvas.surroundings.box = RectOf(box);
-        if (ResolvePlaces(canvas, overlay))
-            overlay.draw(canvas, overlay);
-    }
+    DrawForBoxes(canvas, overlay, canvas.tracks);
+    DrawForBoxes(canvas, overlay, canvas.given);
 }
 
 } // namespace overlay

@@ -15,12 +15,14 @@ struct Canvas {
     OrnMinRenderContext *context = nullptr;
     FrameShape shape; // without chroma, the Y8 calls draw
     Palette palette;  // of the tracked boxes
-    Tracks tracks;
+    Tracks tracks;    // that were there before the frames
+    Tracks given;     // that came with the frames
 
     OrnMinRenderImage image{};
     int64_t frameNumber = 0;
     FrameTime time;
-    const TrackedBox *box = nullptr; // that a command of tracks draws now
+    const TrackedBox *box = nullptr;   // that a command of tracks draws now
+    const Tracks *boxTracks = nullptr; // among which it is
     Surroundings surroundings{};
     std::vector<int32_t> coordinates; // the places of the overlay being drawn, as pixels
     std::optional<FrameMemory> spare; // another frame of the shape, once something was copied

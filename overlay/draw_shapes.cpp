@@ -128,7 +128,7 @@ void DrawRoundFill(Canvas &canvas, const Overlay &overlay) {
 }
 
 void DrawTrail(Canvas &canvas, const Overlay &overlay) {
-    DrawSegments(canvas, overlay, canvas.tracks.Trail(*canvas.box, canvas.coordinates[0]));
+    DrawSegments(canvas, overlay, canvas.boxTracks->Trail(*canvas.box, canvas.coordinates[0]));
 }
 
 } // namespace overlay

@@ -15,6 +15,7 @@ enum class Matrix { Bt601, Bt709 };
 struct ColourSpace {
     Range range = Range::Full;
     Matrix matrix = Matrix::Bt601;
+    bool vFirst = false; // V,U pairs instead of U,V
 };
 
 struct FrameShape {
@@ -23,6 +24,9 @@ struct FrameShape {
     bool hasChroma = true; // U,V pairs of half the resolution, or luma alone
     ColourSpace colours;
 };
+
+// Which planes of a frame: each value has those of the ones before it.
+enum class Planes { None, Luma, LumaAndChroma };
 
 // A moment since the first frame, exact in the clock of whoever counts: frames at a frame rate, or
 // time stamps in parts of a second. ticksPerSecond is positive.

@@ -69,6 +69,22 @@ Tracks::Tracks(std::vector<TrackedBox> all, int64_t maxGap) : boxes(std::move(al
     std::stable_sort(boxes.begin(), boxes.end(), ComesFirst);
 }
 
+// Boxes are forgotten many frames at a time, since the others have to move.
+void Tracks::Append(int64_t frame, const std::vector<TrackedBox> &ofFrame) {
+    if (!boxes.empty() && boxes.back().frame >= frame)
+        boxes.clear();
+    if (!boxes.empty() && boxes.front().frame < frame - 2 * kKeptFrames)
+        boxes.erase(boxes.begin(), boxes.begin() + (At(frame - kKeptFrames).first - boxes.data()));
+    const auto oldCount = static_cast<ptrdiff_t>(boxes.size());
+    for (TrackedBox box : ofFrame) {
+        box.frame = frame;
+        boxes.push_back(box);
+    }
+    const auto added = boxes.begin() + oldCount;
+    if (!std::is_sorted(added, boxes.end(), ComesFirst)) // sorting stably takes memory
+        std::stable_sort(added, boxes.end(), ComesFirst);
+}
+
 Tracks::Boxes Tracks::At(int64_t frame) const {
     const auto isBefore = [](const TrackedBox &box, int64_t number) { return box.frame < number; };
     const TrackedBox *end = boxes.data() + boxes.size();

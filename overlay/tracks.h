@@ -2,6 +2,7 @@
 // Tracked boxes, looked up by frame.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <orn_min_render.h>
 #include <vector>
@@ -33,6 +34,9 @@ class Tracks {
         const TrackedBox *end() const {
             return last;
         }
+        bool Empty() const {
+            return first == last;
+        }
     };
 
     Tracks() = default;
@@ -40,6 +44,11 @@ class Tracks {
     // Boxes in any order. Where two of one id lie at most maxGap frames apart, there is one in
     // every frame between them, too; not with 0 or 1.
     explicit Tracks(std::vector<TrackedBox> boxes, int64_t maxGap = 0);
+
+    // Takes the boxes of one more frame, whatever frames they name. All others are forgotten unless
+    // it comes after them, and in time those that lie more than kKeptFrames before it.
+    static constexpr int64_t kKeptFrames = 1000;
+    void Append(int64_t frame, const std::vector<TrackedBox> &ofFrame);
 
     // The boxes of a frame, by id.
     Boxes At(int64_t frame) const;
