@@ -4,9 +4,17 @@
 // describes them, so that the order of the planes is of no account.
 #include "frame_images.h"
 
-#include <algorithm>
-
 namespace {
+
+enum class Way { AsItIs, Exchanged, Copied };
+
+Way WayOf(const GstVideoFrame &frame) {
+    if (GST_VIDEO_FRAME_COMP_PSTRIDE(&frame, 1) != 2 ||
+        GST_VIDEO_FRAME_COMP_STRIDE(&frame, 1) % 2 != 0)
+        return Way::Copied;
+    const bool vFirst = GST_VIDEO_FRAME_FORMAT(&frame) == GST_VIDEO_FORMAT_NV21;
+    return vFirst ? Way::Exchanged : Way::AsItIs;
+}
 
 size_t RowsOf(const GstVideoFrame &frame) {
     return static_cast<size_t>(GST_VIDEO_FRAME_COMP_HEIGHT(&frame, 1));
@@ -21,30 +29,71 @@ uint8_t *SamplesOf(const GstVideoFrame &frame, guint component, size_t row) {
            static_cast<int64_t>(row) * GST_VIDEO_FRAME_COMP_STRIDE(&frame, component);
 }
 
-// In the order of the frame's own pairs, if it has some.
-guint FirstOf(const GstVideoFrame &frame) {
-    return GST_VIDEO_FRAME_FORMAT(&frame) == GST_VIDEO_FORMAT_NV21 ? 2 : 1;
+// The first byte of a frame that has pairs.
+uint8_t *PairsOf(const GstVideoFrame &frame) {
+    return static_cast<uint8_t *>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 1));
 }
 
 // With a step that is known here, these loops become vector instructions.
 template <size_t step>
-void Join(const uint8_t *first, const uint8_t *second, uint8_t *__restrict pairs, size_t count) {
+void Join(const uint8_t *u, const uint8_t *v, uint8_t *__restrict pairs, size_t count) {
     for (size_t i = 0; i < count; ++i) {
-        pairs[2 * i] = first[step * i];
-        pairs[2 * i + 1] = second[step * i];
+        pairs[2 * i] = u[step * i];
+        pairs[2 * i + 1] = v[step * i];
     }
 }
 
 template <size_t step>
-void Part(const uint8_t *pairs, uint8_t *__restrict first, uint8_t *__restrict second,
-          size_t count) {
+void Part(const uint8_t *pairs, uint8_t *__restrict u, uint8_t *__restrict v, size_t count) {
     for (size_t i = 0; i < count; ++i) {
-        first[step * i] = pairs[2 * i];
-        second[step * i] = pairs[2 * i + 1];
+        u[step * i] = pairs[2 * i];
+        v[step * i] = pairs[2 * i + 1];
+    }
+}
+
+void Exchange(const GstVideoFrame &frame) {
+    for (size_t row = 0; row < RowsOf(frame); ++row) {
+        uint8_t *pairs =
+            PairsOf(frame) + static_cast<int64_t>(row) * GST_VIDEO_FRAME_COMP_STRIDE(&frame, 1);
+        for (size_t i = 0; i < ColumnsOf(frame); ++i) {
+            const uint8_t first = pairs[2 * i];
+            pairs[2 * i] = pairs[2 * i + 1];
+            pairs[2 * i + 1] = first;
+        }
     }
 }
 
 } // namespace
+
+// A copy has the stride of luma, where that is possible, so that both are drawn at once.
+FrameImages::Plane FrameImages::TakePairs(GstVideoFrame &frame, int64_t lumaStride) {
+    const Way way = WayOf(frame);
+    if (way == Way::Exchanged)
+        Exchange(frame);
+    if (way != Way::Copied)
+        return {PairsOf(frame), GST_VIDEO_FRAME_COMP_STRIDE(&frame, 1)};
+    const size_t columns = ColumnsOf(frame);
+    const auto least = static_cast<int64_t>(2 * columns);
+    const int64_t stride = lumaStride >= least && lumaStride % 2 == 0 ? lumaStride : least;
+    pairs.resize(RowsOf(frame) * static_cast<size_t>(stride));
+    const auto join = GST_VIDEO_FRAME_COMP_PSTRIDE(&frame, 1) == 1 ? Join<1> : Join<2>;
+    for (size_t row = 0; row < RowsOf(frame); ++row)
+        join(SamplesOf(frame, 1, row), SamplesOf(frame, 2, row),
+             pairs.data() + row * static_cast<size_t>(stride), columns);
+    return {pairs.data(), stride};
+}
+
+void FrameImages::GivePairs(GstVideoFrame &frame, const Plane &chroma) const {
+    const Way way = WayOf(frame);
+    if (way == Way::Exchanged)
+        Exchange(frame);
+    if (way != Way::Copied)
+        return;
+    const auto part = GST_VIDEO_FRAME_COMP_PSTRIDE(&frame, 1) == 1 ? Part<1> : Part<2>;
+    for (size_t row = 0; row < RowsOf(frame); ++row)
+        part(chroma.bytes + static_cast<int64_t>(row) * chroma.stride, SamplesOf(frame, 1, row),
+             SamplesOf(frame, 2, row), ColumnsOf(frame));
+}
 
 OrnMinRenderImage FrameImages::ImageOf(GstVideoFrame &frame, uint8_t *luma, const Plane &chroma) {
     OrnMinRenderImage image{};
@@ -54,35 +103,4 @@ OrnMinRenderImage FrameImages::ImageOf(GstVideoFrame &frame, uint8_t *luma, cons
     image.yPlane = luma;
     image.uvPlane = chroma.bytes;
     return image;
-}
-
-bool FrameImages::HasPairs(const GstVideoFrame &frame) {
-    return GST_VIDEO_FRAME_COMP_PSTRIDE(&frame, 1) == 2 &&
-           GST_VIDEO_FRAME_COMP_STRIDE(&frame, 1) % 2 == 0;
-}
-
-FrameImages::Plane FrameImages::PairsOf(GstVideoFrame &frame) {
-    return {SamplesOf(frame, FirstOf(frame), 0), GST_VIDEO_FRAME_COMP_STRIDE(&frame, 1)};
-}
-
-// With the stride of luma, where that is possible, so that both are drawn at once.
-FrameImages::Plane FrameImages::CopyOfPairs(GstVideoFrame &frame, int64_t lumaStride) {
-    const size_t columns = ColumnsOf(frame);
-    const auto least = static_cast<int64_t>(2 * columns);
-    const int64_t stride = lumaStride >= least && lumaStride % 2 == 0 ? lumaStride : least;
-    pairs.resize(RowsOf(frame) * static_cast<size_t>(stride));
-    const auto join = GST_VIDEO_FRAME_COMP_PSTRIDE(&frame, 1) == 1 ? Join<1> : Join<2>;
-    const guint first = FirstOf(frame);
-    for (size_t row = 0; row < RowsOf(frame); ++row)
-        join(SamplesOf(frame, first, row), SamplesOf(frame, 3 - first, row),
-             pairs.data() + row * static_cast<size_t>(stride), columns);
-    return {pairs.data(), stride};
-}
-
-void FrameImages::CopyBack(GstVideoFrame &frame, const Plane &copy) const {
-    const auto part = GST_VIDEO_FRAME_COMP_PSTRIDE(&frame, 1) == 1 ? Part<1> : Part<2>;
-    const guint first = FirstOf(frame);
-    for (size_t row = 0; row < RowsOf(frame); ++row)
-        part(copy.bytes + static_cast<int64_t>(row) * copy.stride, SamplesOf(frame, first, row),
-             SamplesOf(frame, 3 - first, row), ColumnsOf(frame));
 }

@@ -27,6 +27,5 @@ overlay::FrameShape ShapeOf(const GstVideoInfo &info) {
                               ? overlay::Range::Full
                               : overlay::Range::Limited;
     shape.colours.matrix = MatrixOf(info.colorimetry.matrix);
-    shape.colours.vFirst = GST_VIDEO_INFO_FORMAT(&info) == GST_VIDEO_FORMAT_NV21;
     return shape;
 }

@@ -8,7 +8,6 @@
 #include <charconv>
 #include <cmath>
 #include <system_error>
-#include <utility>
 
 namespace overlay {
 
@@ -42,8 +41,21 @@ uint8_t Rounded(double value) {
     return static_cast<uint8_t>(std::clamp(std::lround(value), 0L, 255L));
 }
 
+} // namespace
+
+uint32_t ParseColour(std::string_view word) {
+    if (word.empty() || word[0] == '"')
+        throw Failure("expected a colour, found " + Found(word));
+    if (word[0] == '#')
+        return ParseHexColour(word);
+    for (const NamedColour &colour : kColours)
+        if (colour.name == word)
+            return colour.rgb;
+    throw Failure("bad colour " + Quoted(word) + ": expected #rrggbb or a name such as red");
+}
+
 // ITU-R BT.601 and BT.709. Limited range: luma 16..235, chroma 16..240.
-OrnMinRenderColour UFirst(uint32_t rgb, const ColourSpace &space) {
+OrnMinRenderColour ColourOf(uint32_t rgb, const ColourSpace &space) {
     const uint8_t bytes[] = {static_cast<uint8_t>(rgb >> 16), static_cast<uint8_t>(rgb >> 8),
                              static_cast<uint8_t>(rgb)};
     if (space.range == Range::Full && space.matrix == Matrix::Bt601) {
@@ -63,26 +75,6 @@ OrnMinRenderColour UFirst(uint32_t rgb, const ColourSpace &space) {
     return {Rounded((limited ? 16 : 0) + lumaSpan * luma),
             Rounded(128 + chromaSpan * (blue - luma) / (2 - 2 * blueShare)),
             Rounded(128 + chromaSpan * (red - luma) / (2 - 2 * redShare))};
-}
-
-} // namespace
-
-uint32_t ParseColour(std::string_view word) {
-    if (word.empty() || word[0] == '"')
-        throw Failure("expected a colour, found " + Found(word));
-    if (word[0] == '#')
-        return ParseHexColour(word);
-    for (const NamedColour &colour : kColours)
-        if (colour.name == word)
-            return colour.rgb;
-    throw Failure("bad colour " + Quoted(word) + ": expected #rrggbb or a name such as red");
-}
-
-OrnMinRenderColour ColourOf(uint32_t rgb, const ColourSpace &space) {
-    OrnMinRenderColour colour = UFirst(rgb, space);
-    if (space.vFirst)
-        std::swap(colour.u, colour.v);
-    return colour;
 }
 
 Palette MakePalette(const ColourSpace &space) {

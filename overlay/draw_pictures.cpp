@@ -15,8 +15,8 @@ void DrawBitmap(Canvas &canvas, const Overlay &overlay) {
 
 // The first frame of its line shows the first of the file.
 void DrawPicture(Canvas &canvas, const Overlay &overlay) {
-    const OrnMinRenderImage *source = overlay.picture->FrameAt(
-        canvas.frameNumber - overlay.frames.first, canvas.shape.colours.vFirst);
+    const OrnMinRenderImage *source =
+        overlay.picture->FrameAt(canvas.frameNumber - overlay.frames.first);
     const auto &[left, top, width, height] = Corners(canvas);
     const OrnMinRenderRect rect{left, top, Saturated(int64_t{left} + width),
                                 Saturated(int64_t{top} + height)};

@@ -15,7 +15,6 @@ enum class Matrix { Bt601, Bt709 };
 struct ColourSpace {
     Range range = Range::Full;
     Matrix matrix = Matrix::Bt601;
-    bool vFirst = false; // V,U pairs instead of U,V
 };
 
 struct FrameShape {

@@ -98,25 +98,14 @@ void Picture::Read(int64_t index) {
         throw FileFailure(path, errno != 0 ? std::strerror(errno) : "it has become shorter");
     next = index + 1;
     shown = index;
-    shownVFirst = false;
 }
 
-void Picture::ExchangeChroma() {
-    for (int64_t y = 0; image.uvPlane && y < (int64_t{image.height} + 1) / 2; ++y)
-        for (uint8_t *u = image.uvPlane + y * image.stride, *end = u + (image.width + 1) / 2 * 2;
-             u != end; u += 2)
-            std::swap(u[0], u[1]);
-    shownVFirst = !shownVFirst;
-}
-
-const OrnMinRenderImage *Picture::FrameAt(int64_t index, bool vFirst) {
+const OrnMinRenderImage *Picture::FrameAt(int64_t index) {
     if (!frame)
         return nullptr;
     index %= count;
     if (index != shown)
         Read(index);
-    if (shownVFirst != vFirst)
-        ExchangeChroma();
     return &image;
 }
 

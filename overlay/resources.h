@@ -49,16 +49,14 @@ class Picture {
     // are whole ones, and one at least; FrameAt then gives nothing.
     void Open(bool hasChroma);
 
-    // Frame index modulo their number, with V,U pairs in place of the file's U,V if asked to, until
-    // the next call; null unless the file is open. Throws FileFailure when it can't be read any
-    // more.
-    const OrnMinRenderImage *FrameAt(int64_t index, bool vFirst = false);
+    // Frame index modulo their number, until the next call; null unless the file is open. Throws
+    // FileFailure when it can't be read any more.
+    const OrnMinRenderImage *FrameAt(int64_t index);
 
   private:
     using File = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
 
     void Read(int64_t index);
-    void ExchangeChroma();
 
     std::string path;
     FrameShape shape;
@@ -67,8 +65,7 @@ class Picture {
     std::optional<FrameMemory> frame; // there as long as the file is open
     OrnMinRenderImage image{};
     int64_t shown = -1; // the frame in memory; -1: none
-    bool shownVFirst = false;
-    int64_t next = 0; // the frame at which the file stands; -1: not known
+    int64_t next = 0;   // the frame at which the file stands; -1: not known
 };
 
 // What a script's files need to be found and understood.

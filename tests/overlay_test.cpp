@@ -178,21 +178,3 @@ TEST(Overlay, BoxesOfFrames) {
         give(number, {9});
     EXPECT_FALSE(Drawn(engine, 2099)[2 * kWidth + 5]); // forgotten, or the trail would reach there
 }
-
-TEST(Overlay, VBeforeU) {
-    const Folder folder;
-    std::ofstream(folder.path + "/two.raw") << "abcdef"
-                                            << "ghijkl";
-    Engine engine({});
-    engine.SetScript("1- picture 0 0 2 2 \"two.raw\"\n* fill 2 0 4 2 red", folder.path + "/script");
-    for (const bool vFirst : {false, true, false}) {
-        engine.SetFrames({kWidth, kHeight, true, {{}, {}, vFirst}});
-        for (const int64_t number : {1, 1, 2}) {
-            const auto bytes = Drawn(engine, number, true);
-            const uint8_t *chroma = bytes.data() + kWidth * kHeight;
-            EXPECT_EQ(chroma[vFirst], number == 1 ? 'e' : 'k');
-            EXPECT_EQ(chroma[!vFirst], number == 1 ? 'f' : 'l');
-            EXPECT_GT(chroma[2 + !vFirst], chroma[2 + vFirst]); // red has more V
-        }
-    }
-}
