@@ -4,6 +4,8 @@
 // describes them, so that the order of the planes is of no account.
 #include "frame_images.h"
 
+#include <cstring>
+
 namespace {
 
 enum class Way { AsItIs, Exchanged, Copied };
@@ -51,16 +53,19 @@ void Part(const uint8_t *pairs, uint8_t *__restrict u, uint8_t *__restrict v, si
     }
 }
 
-void Exchange(const GstVideoFrame &frame) {
-    for (size_t row = 0; row < RowsOf(frame); ++row) {
-        uint8_t *pairs =
-            PairsOf(frame) + static_cast<int64_t>(row) * GST_VIDEO_FRAME_COMP_STRIDE(&frame, 1);
-        for (size_t i = 0; i < ColumnsOf(frame); ++i) {
-            const uint8_t first = pairs[2 * i];
-            pairs[2 * i] = pairs[2 * i + 1];
-            pairs[2 * i + 1] = first;
-        }
+void Exchange(uint8_t *pairs, size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+        uint16_t pair;
+        std::memcpy(&pair, pairs + 2 * i, 2);
+        pair = static_cast<uint16_t>(pair << 8 | pair >> 8);
+        std::memcpy(pairs + 2 * i, &pair, 2);
     }
+}
+
+void ExchangeAll(const GstVideoFrame &frame) {
+    const int64_t stride = GST_VIDEO_FRAME_COMP_STRIDE(&frame, 1);
+    for (size_t row = 0; row < RowsOf(frame); ++row)
+        Exchange(PairsOf(frame) + static_cast<int64_t>(row) * stride, ColumnsOf(frame));
 }
 
 } // namespace
@@ -69,7 +74,7 @@ void Exchange(const GstVideoFrame &frame) {
 FrameImages::Plane FrameImages::TakePairs(GstVideoFrame &frame, int64_t lumaStride) {
     const Way way = WayOf(frame);
     if (way == Way::Exchanged)
-        Exchange(frame);
+        ExchangeAll(frame);
     if (way != Way::Copied)
         return {PairsOf(frame), GST_VIDEO_FRAME_COMP_STRIDE(&frame, 1)};
     const size_t columns = ColumnsOf(frame);
@@ -86,7 +91,7 @@ FrameImages::Plane FrameImages::TakePairs(GstVideoFrame &frame, int64_t lumaStri
 void FrameImages::GivePairs(GstVideoFrame &frame, const Plane &chroma) const {
     const Way way = WayOf(frame);
     if (way == Way::Exchanged)
-        Exchange(frame);
+        ExchangeAll(frame);
     if (way != Way::Copied)
         return;
     const auto part = GST_VIDEO_FRAME_COMP_PSTRIDE(&frame, 1) == 1 ? Part<1> : Part<2>;

@@ -10,8 +10,8 @@ import tempfile
 
 import gi
 
-gi.require_version("GstVideo", "1.0")
-from gi.repository import Gst, GstVideo  # noqa: E402 (needs the version)
+gi.require_versions({"Gst": "1.0", "GstVideo": "1.0"})
+from gi.repository import Gst, GstVideo  # pylint: disable=wrong-import-position
 
 CBFCONV, ORN_OVERLAY = (os.path.abspath(argument) for argument in sys.argv[1:3])
 FRAMES, RATE = 6, 25
@@ -50,8 +50,7 @@ def laid_out(planes, padding):
 def make_buffer(layout, size, number, planes, strides, in_blocks):
     buffer = Gst.Buffer.new()
     for block in planes if in_blocks else [b"".join(planes)]:
-        buffer.append_memory(Gst.Memory.new_wrapped(0, block, len(block), 0, None, None)
-                             if False else Gst.Buffer.new_wrapped(block).get_all_memory())
+        buffer.append_memory(Gst.Buffer.new_wrapped(block).get_all_memory())
     offsets = [sum(map(len, planes[:i])) for i in range(len(planes))]
     GstVideo.buffer_add_video_meta_full(
         buffer, 0, GstVideo.VideoFormat.from_string(layout), *size, len(planes),
