@@ -100,7 +100,7 @@ void PostShortMemory(OrnOverlay *self) {
     GST_ELEMENT_ERROR(self, RESOURCE, NO_SPACE_LEFT, ("not enough memory"), (nullptr));
 }
 
-// What was set, and as far as it was loaded, with nothing left to load.
+// What the user has set. None of it counts as changed from then on.
 Wishes TakeWishes(OrnOverlay *self) {
     const ObjectLock lock(self);
     Wishes taken = self->state->wishes;
