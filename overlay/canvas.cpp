@@ -19,6 +19,16 @@ bool ResolvePlaces(Canvas &canvas, const Overlay &overlay) {
     return true;
 }
 
+template <typename Boxes>
+void DrawForBoxes(Canvas &canvas, const Overlay &overlay, const Boxes &boxes) {
+    for (const TrackedBox &box : boxes) {
+        canvas.box = &box;
+        canvas.surroundings.box = RectOf(box);
+        if (ResolvePlaces(canvas, overlay))
+            overlay.draw(canvas, overlay);
+    }
+}
+
 } // namespace
 
 OrnMinRenderColour ColourFor(const Canvas &canvas, const Paint &paint) {
@@ -36,12 +46,10 @@ void DrawOverlay(Canvas &canvas, const Overlay &overlay) {
             overlay.draw(canvas, overlay);
         return;
     }
-    for (const TrackedBox &box : canvas.tracks.At(canvas.frameNumber)) {
-        canvas.box = &box;
-        canvas.surroundings.box = RectOf(box);
-        if (ResolvePlaces(canvas, overlay))
-            overlay.draw(canvas, overlay);
-    }
+    canvas.boxIsLive = false;
+    DrawForBoxes(canvas, overlay, canvas.tracks.At(canvas.frameNumber));
+    canvas.boxIsLive = true;
+    DrawForBoxes(canvas, overlay, canvas.live.At(canvas.frameNumber));
 }
 
 } // namespace overlay

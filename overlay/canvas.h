@@ -5,6 +5,7 @@
 #include "colour.h"
 #include "frame.h"
 #include "frame_memory.h"
+#include "live_boxes.h"
 #include "overlay.h"
 #include "place.h"
 #include "tracks.h"
@@ -18,11 +19,13 @@ struct Canvas {
     FrameShape shape; // without chroma, the Y8 calls draw
     Palette palette;  // of the tracked boxes
     Tracks tracks;
+    LiveBoxes live;
 
     OrnMinRenderImage image{};
     int64_t frameNumber = 0;
     FrameTime time;
     const TrackedBox *box = nullptr; // that a command of tracks draws now
+    bool boxIsLive = false;          // and not one of tracks
     Surroundings surroundings{};
     std::vector<int32_t> coordinates; // the places of the overlay being drawn, as pixels
     std::optional<FrameMemory> spare; // another frame of the shape, once something was copied

@@ -58,15 +58,15 @@ constexpr Command kCommands[] = {
     {"picture", "X Y WIDTH HEIGHT \"file.raw\"", "xynn", 0, 0, DrawPicture, Last::Picture},
     {"copy", "L T R B FROM_X FROM_Y", "xyxyxy", 0, 0, DrawCopy},
     {"text", "X Y COLOUR [ALIGN] [inside] [TURN] \"string\"", "xy", 1, kPlainText, DrawText,
-     Last::String},
+     Last::String, kLumaAlone},
     {"outlined", "X Y COLOUR OUTLINE [ALIGN] [inside] [TURN] \"string\"", "xy", 2, kPlainText,
-     DrawOutlined, Last::String},
+     DrawOutlined, Last::String, kLumaAlone},
     {"label", "X Y COLOUR BACKGROUND [ALIGN] [TURN] \"string\"", "xy", 2, kAlign | kTurn, DrawLabel,
      Last::String, kKeptInside},
     {"paragraph", "X Y WIDTH COLOUR BACKGROUND [ALIGN] \"string\"", "xyw", 2, kAlign, DrawParagraph,
      Last::String, kKeptInside},
     {"measure", "X Y [ALIGN] [inside] [TURN] \"string\"", "xy", 0, kPlainText, DrawMeasure,
-     Last::String},
+     Last::String, kLumaAlone},
     {"trail", "FRAMES COLOUR [dashed]", "n", 1, kDash, DrawTrail, Last::Nothing, kTracksOnly},
 };
 

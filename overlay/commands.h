@@ -17,6 +17,7 @@ enum class Last { Nothing, Points, String, Bitmap, Picture };
 using Traits = unsigned;
 constexpr Traits kTracksOnly = 1; // has a meaning in lines of tracks only
 constexpr Traits kKeptInside = 2; // its text is moved into the frame without being asked to
+constexpr Traits kLumaAlone = 4;  // chroma stays as it is
 
 // Arguments come in the order coordinates, colours, options, the last one.
 struct Command {

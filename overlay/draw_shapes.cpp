@@ -140,7 +140,10 @@ void DrawRoundFill(Canvas &canvas, const Overlay &overlay) {
 }
 
 void DrawTrail(Canvas &canvas, const Overlay &overlay) {
-    DrawSegments(canvas, overlay, canvas.tracks.Trail(*canvas.box, canvas.coordinates[0]));
+    const int32_t frames = canvas.coordinates[0];
+    DrawSegments(canvas, overlay,
+                 canvas.boxIsLive ? canvas.live.Trail(*canvas.box, frames)
+                                  : canvas.tracks.Trail(*canvas.box, frames));
 }
 
 } // namespace overlay

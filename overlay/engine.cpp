@@ -8,6 +8,7 @@
 #include "script.h"
 #include "timeline.h"
 
+#include <algorithm>
 #include <new>
 
 namespace overlay {
@@ -115,12 +116,30 @@ Errors Engine::SetTracks(std::string_view content, const std::string &file,
     return errors;
 }
 
+void Engine::SetBoxes(int64_t number, const std::vector<TrackedBox> &boxes) {
+    state->canvas.live.Append(number, boxes);
+}
+
 Errors Engine::SetFrames(const FrameShape &shape) {
     state->canvas.shape = shape;
     state->canvas.palette = MakePalette(shape.colours);
     state->canvas.spare.reset();
     state->MixColours();
     return state->OpenPictures();
+}
+
+Planes Engine::Touches(int64_t number) {
+    Canvas &canvas = state->canvas;
+    const bool hasBoxes = !canvas.tracks.At(number).empty() || !canvas.live.At(number).empty();
+    Planes planes = Planes::None;
+    if (!state->KnowsFrames())
+        return planes;
+    for (const size_t i : state->timeline.At(number)) {
+        const Overlay &overlay = state->overlays[i];
+        if (!overlay.perBox || hasBoxes)
+            planes = std::max(planes, overlay.planes);
+    }
+    return planes;
 }
 
 void Engine::Draw(const OrnMinRenderImage &image, int64_t number, const FrameTime &time) {

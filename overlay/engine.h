@@ -12,6 +12,7 @@
 #pragma once
 
 #include "frame.h"
+#include "live_boxes.h"
 #include "messages.h"
 #include "tracks_csv.h"
 
@@ -56,9 +57,17 @@ class Engine {
     Errors SetTracks(std::string_view content, const std::string &file,
                      const TrackSettings &settings);
 
+    // Takes the tracked boxes that come with frame number, besides those of SetTracks. Trails find
+    // those of earlier frames, up to LiveBoxes::kKeptFrames back; those of later ones are
+    // forgotten.
+    void SetBoxes(int64_t number, const std::vector<TrackedBox> &boxes);
+
     // Takes the shape of the frames that follow. Errors tell of pictures that hold no frames with
     // or without chroma as these; such a picture is left out, and all else is drawn.
     Errors SetFrames(const FrameShape &shape);
+
+    // What Draw may change in frame number.
+    Planes Touches(int64_t number);
 
     // Draws the overlays of frame number (from 0; any order, but one after the other is fastest)
     // into the caller's image, which has the shape that SetFrames was told; a missing plane is

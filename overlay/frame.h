@@ -24,6 +24,9 @@ struct FrameShape {
     ColourSpace colours;
 };
 
+// Which planes of a frame: each value has those of the ones before it.
+enum class Planes { None, Luma, LumaAndChroma };
+
 // A moment since the first frame, exact in the clock of whoever counts: frames at a frame rate, or
 // time stamps in parts of a second. ticksPerSecond is positive.
 struct FrameTime {

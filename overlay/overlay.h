@@ -2,6 +2,7 @@
 // What one line of a script asks for.
 #pragma once
 
+#include "frame.h"
 #include "place.h"
 #include "resources.h"
 #include "timeline.h"
@@ -36,6 +37,7 @@ struct Overlay {
     FrameRange frames;
     bool perBox = false; // drawn for each tracked box of the frame
     DrawFunction draw = nullptr;
+    Planes planes = Planes::None;  // that it may change
     std::vector<Place> places;     // in the order of the script
     std::array<Paint, 2> paints{}; // the second: outline or background
     int32_t style = OrnMinRenderLineSolid;

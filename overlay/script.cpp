@@ -102,6 +102,7 @@ Overlay ScriptReader::TakeOverlayLine(std::string_view line) {
         throw Failure("expected a command after the frames");
     const Command &command = FindCommand(name);
     overlay.draw = command.draw;
+    overlay.planes = (command.traits & kLumaAlone) != 0 ? Planes::Luma : Planes::LumaAndChroma;
     overlay.textStyle.inside = (command.traits & kKeptInside) != 0;
     TakeArguments(line, command, inputs.files, overlay);
     RequireInputs(command, inputs, overlay);

@@ -3,10 +3,7 @@
 // that memory doesn't grow with the gaps.
 #include "tracks.h"
 
-#include "place.h"
-
 #include <algorithm>
-#include <cmath>
 #include <tuple>
 #include <utility>
 
@@ -35,20 +32,7 @@ TrackedBox BoxBetween(const TrackedBox &from, const TrackedBox &to, int64_t fram
             Between(from.confidence, to.confidence, share)};
 }
 
-int32_t Pixel(double edge) {
-    constexpr double kFar = 1e12; // keeps the int64 whole; Saturated does the rest
-    return Saturated(static_cast<int64_t>(std::floor(std::clamp(edge, -kFar, kFar) + 0.5)));
-}
-
-OrnMinRenderPoint FeetOf(const TrackedBox &box) {
-    return {Pixel((box.left + box.right) / 2), Pixel(box.bottom)};
-}
-
 } // namespace
-
-OrnMinRenderRect RectOf(const TrackedBox &box) {
-    return {Pixel(box.left), Pixel(box.top), Pixel(box.right), Pixel(box.bottom)};
-}
 
 Tracks::Tracks(std::vector<TrackedBox> boxes, int64_t gap) : rows(std::move(boxes)), maxGap(gap) {
     std::stable_sort(rows.begin(), rows.end(), ComesFirst);

@@ -1,29 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Tracked boxes, looked up by frame.
+// Tracked boxes that are known before the frames, looked up by frame.
 #pragma once
 
 #include "timeline.h"
+#include "tracked_box.h"
 
-#include <cstdint>
 #include <optional>
-#include <orn_min_render.h>
 #include <vector>
 
 namespace overlay {
-
-// Edges in pixels, right and bottom being the first outside.
-struct TrackedBox {
-    int64_t frame; // from 0; below, before the first
-    int64_t id;    // negative: not tracked, just detected
-    double left;
-    double top;
-    double right;
-    double bottom;
-    double confidence;
-};
-
-// Rounded to whole pixels.
-OrnMinRenderRect RectOf(const TrackedBox &box);
 
 class Tracks {
   public:

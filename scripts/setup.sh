@@ -48,6 +48,8 @@ need_packages() {
 }
 
 build_packages="g++ cmake ninja-build libfreetype-dev libcli11-dev"
+gstreamer_packages="libgstreamer-plugins-base1.0-dev gstreamer1.0-plugins-base
+    gir1.2-gst-plugins-base-1.0 python3-gst-1.0"
 
 # build FOLDER [--target TARGET] [CMAKE ARGUMENTS]: configures once (and again when the arguments
 # change) and builds all, or the target alone.

@@ -187,3 +187,29 @@ TEST(Overlay, ErrorsAreValuesAndChangeNothing) {
     ASSERT_EQ(errors.size(), 21u);
     EXPECT_EQ(errors.back().Message(), "many: too many errors, the rest is not checked");
 }
+
+// Boxes that come with their frames are drawn beside those of a table; a trail follows them.
+TEST(Overlay, BoxesOfFrames) {
+    Engine engine({{}, true, {}});
+    engine.SetScript("tracks trail 5000 white\ntracks fill box.left 0 +1 1 white", "script");
+    engine.SetTracks("1,1,15,0,1,1", "tracks", {});
+    engine.SetFrames(kY8);
+    const auto give = [&engine](int64_t number, std::vector<double> lefts) {
+        std::vector<overlay::TrackedBox> boxes;
+        for (const double left : lefts)
+            boxes.push_back({0, 7 - static_cast<int64_t>(boxes.size()), left, 0, left + 1, 2, 1});
+        engine.SetBoxes(number, boxes);
+        return engine.Touches(number);
+    };
+    EXPECT_EQ(give(5, {}), overlay::Planes::None);
+    EXPECT_EQ(give(0, {1, 3}), overlay::Planes::LumaAndChroma);
+    auto bytes = Drawn(engine, 0);
+    EXPECT_TRUE(bytes[1] && !bytes[2] && bytes[3] && bytes[15]);
+    EXPECT_FALSE(bytes[2 * kWidth + 3]); // no trail yet
+    give(1, {9, 3});
+    bytes = Drawn(engine, 1);
+    EXPECT_TRUE(!bytes[1] && bytes[9] && bytes[2 * kWidth + 3] && bytes[2 * kWidth + 8]);
+    for (int64_t number = 2; number < 2100; ++number)
+        give(number, {9});
+    EXPECT_FALSE(Drawn(engine, 2099)[2 * kWidth + 5]); // forgotten, or the trail would reach there
+}
