@@ -41,7 +41,8 @@ need_packages() {
         apt-get install -y --no-install-recommends $missing
 }
 
-build_packages="g++ cmake ninja-build libfreetype-dev libcli11-dev"
+build_packages="g++ cmake ninja-build libfreetype-dev libcli11-dev pkgconf libavformat-dev \
+libavcodec-dev libavfilter-dev libswscale-dev libavutil-dev"
 
 # build FOLDER [--target TARGET] [CMAKE ARGUMENTS]: configures once (and again when the arguments
 # change) and builds all, or the target alone.
