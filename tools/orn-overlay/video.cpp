@@ -70,7 +70,7 @@ class FilmMaker {
             while (std::optional<ClipItem> item = clip.Read()) {
                 FramePtr &frame = item->picture.frame;
                 if (frame)
-                    frame = fitting.Fit(std::move(frame), film.Layout());
+                    frame = fitting.Fit(std::move(frame));
                 if (!painter.Push(std::move(*item)))
                     break;
             }

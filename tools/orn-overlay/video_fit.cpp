@@ -140,13 +140,13 @@ bool Fitting::NeedsNothing(const AVFrame &frame) const {
            (frame.format == AV_PIX_FMT_YUV420P || frame.format == AV_PIX_FMT_NV12);
 }
 
-FramePtr Fitting::Fit(FramePtr frame, AVPixelFormat layout) {
+FramePtr Fitting::Fit(FramePtr frame) {
     if (frame->format == AV_PIX_FMT_YUVJ420P) // the same bytes; the range is known
         frame->format = AV_PIX_FMT_YUV420P;
     if (NeedsNothing(*frame))
         return frame;
     if (!graph || frame->width != width || frame->height != height || frame->format != format)
-        BuildGraph(*frame, layout);
+        BuildGraph(*frame);
     const std::string subject = clip.Name() + ": can't convert its frames";
     AvChecked(
         av_buffersrc_add_frame(avfilter_graph_get_filter(graph.get(), "buffer@in"), frame.get()),
@@ -158,7 +158,7 @@ FramePtr Fitting::Fit(FramePtr frame, AVPixelFormat layout) {
     return fitted;
 }
 
-void Fitting::BuildGraph(const AVFrame &frame, AVPixelFormat layout) {
+void Fitting::BuildGraph(const AVFrame &frame) {
     if (graph)
         tool::Say(kProgram,
                   "note: " + clip.Name() +
@@ -168,7 +168,7 @@ void Fitting::BuildGraph(const AVFrame &frame, AVPixelFormat layout) {
     AVFilterInOut *inputs = nullptr;
     AVFilterInOut *outputs = nullptr;
     const int parsed =
-        avfilter_graph_parse2(graph.get(), Filters(frame, layout).c_str(), &inputs, &outputs);
+        avfilter_graph_parse2(graph.get(), Filters(frame).c_str(), &inputs, &outputs);
     avfilter_inout_free(&inputs);
     avfilter_inout_free(&outputs);
     AvChecked(parsed, subject);
@@ -179,7 +179,7 @@ void Fitting::BuildGraph(const AVFrame &frame, AVPixelFormat layout) {
 }
 
 // With equal ranges on both sides, YUV keeps its values; RGB has none yet.
-std::string Fitting::Filters(const AVFrame &frame, AVPixelFormat layout) const {
+std::string Fitting::Filters(const AVFrame &frame) const {
     const overlay::FrameShape &frames = shape.frames;
     const char *range = frames.colours.range == overlay::Range::Full ? "full" : "limited";
     const char *matrix = frames.colours.matrix == overlay::Matrix::Bt709 ? "bt709" : "bt601";
@@ -187,7 +187,7 @@ std::string Fitting::Filters(const AVFrame &frame, AVPixelFormat layout) const {
         IsRgb(frame.format) ? tool::Format("out_range=%s:out_color_matrix=%s", range, matrix)
                             : tool::Format("in_range=%s:out_range=%s", range, range);
     return tool::Format("buffer@in=video_size=%dx%d:pix_fmt=%d:time_base=1/1,%s"
-                        "scale=%d:%d:flags=bicubic:interl=-1:%s,format=%s,buffersink@out",
+                        "scale=%d:%d:flags=bicubic:interl=-1:%s,format=nv12,buffersink@out",
                         frame.width, frame.height, frame.format, turning.c_str(), frames.width,
-                        frames.height, colours.c_str(), av_get_pix_fmt_name(layout));
+                        frames.height, colours.c_str());
 }

@@ -33,16 +33,15 @@ class Fitting {
         return shape;
     }
 
-    // The frame in the film's shape, as layout (NV12 or planar 4:2:0), unless it is in the other
-    // one of these by now. Throws tool::Failure.
-    FramePtr Fit(FramePtr frame, AVPixelFormat layout);
+    // The frame in the film's shape, NV12 or planar 4:2:0. Throws tool::Failure.
+    FramePtr Fit(FramePtr frame);
 
   private:
     void ChooseColours(const Options &options, bool isRgb);
     void TellLosses() const;
     bool NeedsNothing(const AVFrame &frame) const;
-    void BuildGraph(const AVFrame &frame, AVPixelFormat layout);
-    std::string Filters(const AVFrame &frame, AVPixelFormat layout) const;
+    void BuildGraph(const AVFrame &frame);
+    std::string Filters(const AVFrame &frame) const;
 
     const Clip &clip;
     std::string turning; // filters, each with a comma after it

@@ -29,8 +29,8 @@ std::string AddressOf(const std::string &name) {
     return std::filesystem::exists(name) ? "file:" + name : name; // "a:b.mp4" is no protocol
 }
 
-bool IsOneOf(const AVFormatContext &format, const std::string &names) {
-    return av_match_name(format.iformat->name, names.c_str()) != 0;
+bool IsA(const AVFormatContext &format, const char *name) {
+    return av_match_name(name, format.iformat->name) != 0;
 }
 
 int64_t Clamped(int64_t value, int64_t most) {
@@ -53,7 +53,7 @@ Clip::Clip(const Options &options)
         rate = av_d2q(*options.framesPerSecond, 1000000);
         timeBase = av_inv_q(rate);
     }
-    if (IsOneOf(*format, "mov"))
+    if (IsA(*format, "mov"))
         promised = avformat_index_get_entries_count(video);
 }
 
@@ -167,11 +167,11 @@ PacketPtr Clip::ReadPacket() {
             reason = ReasonOfEnd(result);
         return nullptr;
     }
-    const AVRational base = format->streams[packet->stream_index]->time_base;
-    if (packet->pts != AV_NOPTS_VALUE)
-        packetsEnd = std::max(
-            packetsEnd, (static_cast<double>(packet->pts) + static_cast<double>(packet->duration)) *
-                            av_q2d(base));
+    const AVStream &stream = *format->streams[packet->stream_index];
+    const bool isLasting = stream.codecpar->codec_type == AVMEDIA_TYPE_SUBTITLE; // for a while
+    if (packet->pts != AV_NOPTS_VALUE && !isLasting)
+        packetsTime =
+            std::max(packetsTime, static_cast<double>(packet->pts) * av_q2d(stream.time_base));
     packets += packet->stream_index == video->index;
     return packet;
 }
@@ -190,9 +190,9 @@ std::string Clip::ReasonOfEnd(int result) const {
 
 // Only where the container says for certain how much there is: a good clip mustn't be refused.
 bool Clip::EndsEarly() const {
-    constexpr double kInexact = 0.5; // seconds
-    const bool tellsLength = IsOneOf(*format, "matroska") || IsOneOf(*format, "avi");
-    return packets < promised || (tellsLength && packetsEnd + kInexact < Length());
+    constexpr double kInexact = 0.5; // seconds; the last packet is that long at most
+    const bool tellsLength = IsA(*format, "matroska") || IsA(*format, "avi");
+    return packets < promised || (tellsLength && packetsTime + kInexact < Length());
 }
 
 // What can't be decoded is counted, and what follows it is tried: cameras lose packets.

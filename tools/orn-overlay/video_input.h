@@ -94,9 +94,9 @@ class Clip {
 
     int64_t promised = 0; // packets of the video, where the clip lists them all
     int64_t packets = 0;
-    double packetsEnd = 0; // seconds
-    std::string reason;    // why the clip can't be read to its end
-    bool drained = false;  // the decoder has nothing left
+    double packetsTime = 0; // of the furthest, in seconds
+    std::string reason;     // why the clip can't be read to its end
+    bool drained = false;   // the decoder has nothing left
     int64_t damaged = 0;
 
     int64_t frames = 0;

@@ -106,6 +106,7 @@ Film::Film(Clip &clip, const FilmShape &shape, const FilmTarget &to) : target(to
     format.reset(NotNull(opened));
     ChooseEncoder(target.encoder);
     ChooseLayout(shape);
+    CheckSize(shape.frames.width, shape.frames.height);
     ChooseTimeBase(clip);
     AvOptions options;
     if (av_dict_parse_string(options.Address(), target.options.c_str(), "=", ":", 0) < 0)
@@ -171,6 +172,16 @@ void Film::ChooseTimeBase(const Clip &clip) {
         shift = start;
 }
 
+// These two count in steps of two pixels, and some encoders would just cut the film.
+void Film::CheckSize(int width, int height) const {
+    const bool isEven = (width | height) % 2 == 0;
+    if (!isEven && (encoder->id == AV_CODEC_ID_H264 || encoder->id == AV_CODEC_ID_HEVC))
+        throw tool::Failure(tool::kBadData,
+                            target.name + tool::Format(": %s takes no odd size such as %d x %d; "
+                                                       "--encoder ffv1 does, and --size changes it",
+                                                       encoder->name, width, height));
+}
+
 void Film::OpenEncoder(const FilmShape &shape, AvOptions &options) {
     codec = NotNull(CodecPtr(avcodec_alloc_context3(encoder)));
     codec->width = shape.frames.width;
@@ -189,13 +200,8 @@ void Film::OpenEncoder(const FilmShape &shape, AvOptions &options) {
         codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     if (counts) // packets come in the order of the frames, so that time stamps can be put back
         options.Set("bf", "0");
-    const int result = avcodec_open2(codec.get(), encoder, options.Address());
-    if (result < 0 && ((codec->width | codec->height) & 1))
-        throw tool::Failure(tool::kBadData,
-                            target.name + tool::Format(": %s takes no odd sizes as %d x %d; "
-                                                       "--encoder ffv1 does, --size changes them",
-                                                       encoder->name, codec->width, codec->height));
-    AvChecked(result, target.name + ": " + encoder->name);
+    AvChecked(avcodec_open2(codec.get(), encoder, options.Address()),
+              target.name + ": " + encoder->name);
 }
 
 void Film::AddStreams(Clip &clip) {

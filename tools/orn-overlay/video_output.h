@@ -52,6 +52,7 @@ class Film {
 
     void ChooseEncoder(const std::string &name);
     void ChooseLayout(const FilmShape &shape);
+    void CheckSize(int width, int height) const;
     void ChooseTimeBase(const Clip &clip);
     void OpenEncoder(const FilmShape &shape, AvOptions &options);
     void AddStreams(Clip &clip);

@@ -75,8 +75,7 @@ class PictureMaker {
     void Add(ClipFrame &shown, size_t times) {
         if (times == 0)
             return;
-        const OrnMinRenderImage image =
-            canvas.Place(fitting.Fit(std::move(shown.frame), AV_PIX_FMT_NV12));
+        const OrnMinRenderImage image = canvas.Place(fitting.Fit(std::move(shown.frame)));
         engine.Draw(image, shown.number, shown.time);
         for (; times > 0; --times)
             picture.Add(image);
