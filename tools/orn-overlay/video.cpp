@@ -95,10 +95,8 @@ class FilmMaker {
     void TellEnd() {
         if (StopRequested())
             tool::Say(kProgram, "note: interrupted: the film is as long as what was done");
-        if (clip.Damaged() > 0)
-            tool::Say(kProgram, "note: " + clip.Name() + ": damaged in " +
-                                    std::to_string(clip.Damaged()) +
-                                    " places: frames are missing or wrong there");
+        if (!clip.Damages().empty())
+            tool::Say(kProgram, "note: " + clip.Damages());
         report.Finish(clip.Name());
     }
 

@@ -167,6 +167,7 @@ PacketPtr Clip::ReadPacket() {
             reason = ReasonOfEnd(result);
         return nullptr;
     }
+    MendClock(*packet);
     const AVStream &stream = *format->streams[packet->stream_index];
     const bool isLasting = stream.codecpar->codec_type == AVMEDIA_TYPE_SUBTITLE; // for a while
     if (packet->pts != AV_NOPTS_VALUE && !isLasting)
@@ -174,6 +175,22 @@ PacketPtr Clip::ReadPacket() {
             std::max(packetsTime, static_cast<double>(packet->pts) * av_q2d(stream.time_base));
     packets += packet->stream_index == video->index;
     return packet;
+}
+
+// A clock that jumps back, as where broadcasts were joined, goes on instead.
+void Clip::MendClock(AVPacket &packet) {
+    clocks.resize(format->nb_streams);
+    Clock &clock = clocks[static_cast<size_t>(packet.stream_index)];
+    if (packet.dts == AV_NOPTS_VALUE)
+        return;
+    const int64_t told = Clamped(packet.dts, kMaxPts);
+    const int64_t second = av_rescale_q(1, {1, 1}, format->streams[packet.stream_index]->time_base);
+    if (told + clock.late < clock.next - second)
+        clock.late = Clamped(clock.next - told, kMaxPts);
+    packet.dts = told + clock.late;
+    if (packet.pts != AV_NOPTS_VALUE)
+        packet.pts = Clamped(packet.pts, kMaxPts) + clock.late;
+    clock.next = Clamped(packet.dts, kMaxPts) + Clamped(packet.duration, kMaxDuration);
 }
 
 std::string Clip::ReasonOfEnd(int result) const {
@@ -200,7 +217,21 @@ void Clip::Decode(const AVPacket *packet) {
     const int result = avcodec_send_packet(codec.get(), packet);
     if (result == AVERROR(ENOMEM))
         throw std::bad_alloc();
-    damaged += result < 0 && result != AVERROR_EOF;
+    if (result < 0 && result != AVERROR_EOF)
+        NoteDamage();
+}
+
+void Clip::NoteDamage() {
+    if (damaged++ == 0)
+        firstDamage = last.EndSeconds();
+}
+
+std::string Clip::Damages() const {
+    return damaged == 0 ? ""
+                        : name +
+                              tool::Format(": is damaged in %lld places, first at ",
+                                           static_cast<long long>(damaged)) +
+                              ClockText(firstDamage) + ": frames are missing or wrong";
 }
 
 std::optional<ClipFrame> Clip::ReceiveFrame() {
@@ -210,7 +241,7 @@ std::optional<ClipFrame> Clip::ReceiveFrame() {
     while (result < 0 && result != AVERROR(EAGAIN) && result != AVERROR_EOF) {
         if (result == AVERROR(ENOMEM))
             throw std::bad_alloc();
-        ++damaged;
+        NoteDamage();
         result = avcodec_receive_frame(codec.get(), picture.frame.get());
     }
     drained = result == AVERROR_EOF;
@@ -240,6 +271,7 @@ void Clip::Stamp(ClipFrame &picture) {
     picture.time = TimeOf(picture.pts);
     last.pts = picture.pts;
     last.duration = picture.duration;
+    last.seconds = picture.seconds;
     last.time = picture.time;
 }
 

@@ -6,6 +6,7 @@
 #include "options.h"
 
 #include <optional>
+#include <vector>
 
 // Larger frames aren't decoded, whatever a clip claims: a decoder keeps more than a dozen of them.
 constexpr int64_t kMaxFramePixels = int64_t{8192} * 4320;
@@ -64,17 +65,22 @@ class Clip {
     const std::string &Name() const { // for messages
         return name;
     }
-    double Length() const;    // in seconds; 0 where the clip doesn't tell
-    int64_t Damaged() const { // packets and frames so far
-        return damaged;
-    }
+    double Length() const;       // in seconds; 0 where the clip doesn't tell
+    std::string Damages() const; // a message; empty where nothing was damaged so far
 
   private:
+    struct Clock {        // of a stream, in its time base
+        int64_t late = 0; // by so much we are later than what the clip tells
+        int64_t next = INT64_MIN / 2;
+    };
+
     static int Interrupted(void *clip);
     void Open();
     void FindVideo();
     void OpenDecoder(const AVCodec *decoder);
     PacketPtr ReadPacket();
+    void MendClock(AVPacket &packet);
+    void NoteDamage();
     void Decode(const AVPacket *packet);
     std::optional<ClipFrame> ReceiveFrame();
     void Stamp(ClipFrame &picture);
@@ -92,12 +98,14 @@ class Clip {
     AVRational rate{0, 1};
     bool evenly = false; // frames follow each other at the rate of the options
 
+    std::vector<Clock> clocks;
     int64_t promised = 0; // packets of the video, where the clip lists them all
     int64_t packets = 0;
     double packetsTime = 0; // of the furthest, in seconds
     std::string reason;     // why the clip can't be read to its end
     bool drained = false;   // the decoder has nothing left
     int64_t damaged = 0;
+    double firstDamage = 0; // seconds
 
     int64_t frames = 0;
     int64_t firstPts = 0;
