@@ -73,10 +73,5 @@ tool::Failure AvFailure(const std::string &subject, int error);
 // The value, unless it is an error: then throws AvFailure.
 int AvChecked(int value, const std::string &subject);
 
-// What a codec, a layout of pixels and the like is called, where the library may know no name.
-inline std::string AvName(const char *name) {
-    return name ? name : "unknown";
-}
-
 // As messages give a moment of a film: 00:01:02.3.
 std::string ClockText(double seconds);

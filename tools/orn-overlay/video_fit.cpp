@@ -178,7 +178,8 @@ void Fitting::BuildGraph(const AVFrame &frame) {
     format = frame.format;
 }
 
-// With equal ranges on both sides, YUV keeps its values; RGB has none yet.
+// With equal ranges on both sides, YUV keeps its values; RGB has none yet. Grey becomes planar,
+// since the scaler leaves the chroma of NV12 unset then.
 std::string Fitting::Filters(const AVFrame &frame) const {
     const overlay::FrameShape &frames = shape.frames;
     const char *range = frames.colours.range == overlay::Range::Full ? "full" : "limited";
@@ -186,8 +187,9 @@ std::string Fitting::Filters(const AVFrame &frame) const {
     const std::string colours =
         IsRgb(frame.format) ? tool::Format("out_range=%s:out_color_matrix=%s", range, matrix)
                             : tool::Format("in_range=%s:out_range=%s", range, range);
+    const char *layout = Describe(frame.format).nb_components < 3 ? "yuv420p" : "nv12";
     return tool::Format("buffer@in=video_size=%dx%d:pix_fmt=%d:time_base=1/1,%s"
-                        "scale=%d:%d:flags=bicubic:interl=-1:%s,format=nv12,buffersink@out",
+                        "scale=%d:%d:flags=bicubic:interl=-1:%s,format=%s,buffersink@out",
                         frame.width, frame.height, frame.format, turning.c_str(), frames.width,
-                        frames.height, colours.c_str());
+                        frames.height, colours.c_str(), layout);
 }

@@ -56,6 +56,8 @@ bool Takes(const AVCodec &encoder, AVPixelFormat wanted) {
 // Of what hardly tells, the kinds of streams that it has a usual codec for.
 bool CanHold(const AVFormatContext &film, const AVCodecParameters &stream) {
     const int answer = avformat_query_codec(film.oformat, stream.codec_id, 0);
+    if (stream.codec_type == AVMEDIA_TYPE_ATTACHMENT)
+        return std::strcmp(film.oformat->name, "matroska") == 0;
     if (answer >= 0)
         return answer > 0;
     switch (stream.codec_type) {
@@ -66,6 +68,11 @@ bool CanHold(const AVFormatContext &film, const AVCodecParameters &stream) {
     default:
         return IsA(film, "mpegts");
     }
+}
+
+const char *KindOf(const AVCodecParameters &stream) {
+    const char *kind = av_get_media_type_string(stream.codec_type);
+    return kind ? kind : "unknown";
 }
 
 // The old tag, where the new container gives it the same meaning.
@@ -237,11 +244,11 @@ bool Film::AddCopy(const AVStream &source) {
     const AVCodecParameters &known = *source.codecpar;
     if (!CanHold(*format, known)) {
         if (!IsA(*format, "null"))
-            tool::Say(kProgram,
-                      tool::Format(
-                          "note: stream %d of the clip (%s, %s) is left out: %s can't hold it",
-                          source.index, AvName(av_get_media_type_string(known.codec_type)).c_str(),
-                          avcodec_get_name(known.codec_id), format->oformat->name));
+            tool::Say(
+                kProgram,
+                tool::Format("note: stream %d of the clip (%s, %s) is left out: %s can't hold it",
+                             source.index, KindOf(known), avcodec_get_name(known.codec_id),
+                             format->oformat->name));
         return false;
     }
     AVStream &stream = *NotNull(avformat_new_stream(format.get(), nullptr));
