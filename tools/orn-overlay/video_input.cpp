@@ -74,7 +74,8 @@ void Clip::Open() {
     format.reset(opened);
     if (result < 0)
         throw tool::Failure(tool::kBadData,
-                            name + ": can't be opened as a video: " + ReasonOfEnd(result));
+                            name + ": can't be opened as a video: " + ReasonOfEnd(result) +
+                                (address == "pipe:0" ? " (raw frames come without -i)" : ""));
 }
 
 void Clip::FindVideo() {

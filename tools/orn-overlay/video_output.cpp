@@ -70,6 +70,11 @@ bool CanHold(const AVFormatContext &film, const AVCodecParameters &stream) {
     }
 }
 
+int64_t Bounded(int64_t time) {
+    constexpr int64_t kMost = int64_t{1} << 60;
+    return std::clamp(time, -kMost, kMost);
+}
+
 const char *KindOf(const AVCodecParameters &stream) {
     const char *kind = av_get_media_type_string(stream.codec_type);
     return kind ? kind : "unknown";
@@ -125,8 +130,6 @@ Film::Film(Clip &clip, const FilmShape &shape, const FilmTarget &to) : target(to
     AddStreams(clip);
     Begin(options);
 }
-
-Film::~Film() = default;
 
 void Film::ChooseEncoder(const std::string &name) {
     const AVCodecDescriptor *codecOfName = avcodec_descriptor_get_by_name(name.c_str());
@@ -346,20 +349,23 @@ void Film::WritePacket(PacketPtr packet) {
         Mux(*packet, static_cast<size_t>(places[stream]));
 }
 
-// Containers refuse time stamps that are missing or don't grow, as in clips that are damaged.
+// Containers refuse time stamps that are missing or don't grow, as in clips that are damaged. What
+// such a clip says is kept where sums of it can't overflow.
 void Film::Mux(AVPacket &packet, size_t track) {
     Track &own = tracks[track];
     const AVStream &stream = *format->streams[track];
-    av_packet_rescale_ts(&packet, own.from, stream.time_base);
-    const int64_t early = av_rescale_q(shift, kMicroseconds, stream.time_base);
     const bool mayRepeat = (format->oformat->flags & AVFMT_TS_NONSTRICT) != 0;
+    const int64_t early = Bounded(av_rescale_q(shift, kMicroseconds, stream.time_base));
+    av_packet_rescale_ts(&packet, own.from, stream.time_base);
+    const auto moved = [early](int64_t time, int64_t least) {
+        return std::max(least, Bounded(time) - early);
+    };
     const int64_t least = own.lastDts + !mayRepeat;
     if (packet.dts == AV_NOPTS_VALUE)
         packet.dts =
-            packet.pts == AV_NOPTS_VALUE ? std::max<int64_t>(least, 0) + early : packet.pts;
-    packet.dts = std::clamp(packet.dts - early, least, kFarDts);
-    packet.pts = packet.pts == AV_NOPTS_VALUE ? packet.dts
-                                              : std::clamp(packet.pts - early, packet.dts, kFarDts);
+            packet.pts == AV_NOPTS_VALUE ? std::max<int64_t>(0, least) + early : packet.pts;
+    packet.dts = moved(packet.dts, least);
+    packet.pts = packet.pts == AV_NOPTS_VALUE ? packet.dts : moved(packet.pts, packet.dts);
     own.lastDts = packet.dts;
     packet.stream_index = static_cast<int>(track);
     packet.pos = -1;

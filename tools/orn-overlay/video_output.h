@@ -24,7 +24,6 @@ class Film {
     // Drops the streams of the clip that the film can't hold, and tells of it. Throws
     // tool::Failure.
     Film(Clip &clip, const FilmShape &shape, const FilmTarget &to);
-    ~Film();
     Film(const Film &) = delete;
     Film &operator=(const Film &) = delete;
 
@@ -40,15 +39,16 @@ class Film {
     void Finish();
 
   private:
+    static constexpr int64_t kBeforeAll = INT64_MIN / 2;
+
     struct Stamp {
         int64_t pts;
         int64_t duration;
     };
     struct Track {       // a stream of the film
         AVRational from; // time base of its packets
-        int64_t lastDts = -kFarDts;
+        int64_t lastDts = kBeforeAll;
     };
-    static constexpr int64_t kFarDts = int64_t{1} << 60;
 
     void ChooseEncoder(const std::string &name);
     void ChooseLayout(const FilmShape &shape);
@@ -76,7 +76,7 @@ class Film {
     int64_t shift = 0;   // of time stamps, in microseconds: the film begins that much earlier
     bool counts = false; // the encoder is given numbers of frames for time stamps
     int64_t frames = 0;
-    int64_t lastPts = -kFarDts;
+    int64_t lastPts = kBeforeAll;
     std::map<int64_t, Stamp> inside; // the encoder: by the time stamps it was given
     std::vector<int> places;         // the clip's streams in the film; -1: not there
     std::vector<Track> tracks;
