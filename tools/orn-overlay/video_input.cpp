@@ -123,6 +123,8 @@ void Clip::Drop(unsigned stream) {
 }
 
 double Clip::Length() const {
+    if (video->duration > 0)
+        return static_cast<double>(video->duration) * av_q2d(video->time_base);
     return format->duration > 0 ? static_cast<double>(format->duration) / AV_TIME_BASE : 0;
 }
 
