@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Time stamps pass in the clip's own time base, which encoders carry through; the few that count
-// frames at a fixed rate get numbers instead, and their packets get the time stamps back.
+// Everything but the video passes as it is, as far as the container can hold it.
 #include "video_output.h"
 
 #include "common/streams.h"
@@ -16,7 +15,6 @@ extern "C" {
 
 namespace {
 
-constexpr AVRational kUsualRate = {25, 1};
 constexpr AVRational kMicroseconds = {1, AV_TIME_BASE};
 
 bool IsA(const AVFormatContext &film, const char *names) {
@@ -38,19 +36,6 @@ const AVOutputFormat *ContainerOf(const FilmTarget &target) {
                             target.name + ": isn't a video by its name; pictures need --frame or "
                                           "--sheet, and a name that ends in .png");
     return container;
-}
-
-AVCodecID CodecFor(const AVOutputFormat &container) {
-    const bool takesH264 = avformat_query_codec(&container, AV_CODEC_ID_H264, 0) == 1 ||
-                           std::strcmp(container.name, "mpegts") == 0; // which doesn't tell
-    return takesH264 ? AV_CODEC_ID_H264 : container.video_codec;
-}
-
-bool Takes(const AVCodec &encoder, AVPixelFormat wanted) {
-    for (const AVPixelFormat *one = encoder.pix_fmts; one && *one != AV_PIX_FMT_NONE; ++one)
-        if (*one == wanted)
-            return true;
-    return !encoder.pix_fmts;
 }
 
 // Of what hardly tells, the kinds of streams that it has a usual codec for.
@@ -116,102 +101,24 @@ Film::Film(Clip &clip, const FilmShape &shape, const FilmTarget &to) : target(to
     AVFormatContext *opened = nullptr;
     avformat_alloc_output_context2(&opened, ContainerOf(target), nullptr, target.address.c_str());
     format.reset(NotNull(opened));
-    ChooseEncoder(target.encoder);
-    ChooseLayout(shape);
-    CheckSize(shape.frames.width, shape.frames.height);
-    ChooseTimeBase(clip);
     AvOptions options;
     if (av_dict_parse_string(options.Address(), target.options.c_str(), "=", ":", 0) < 0)
         throw tool::Failure(tool::kBadUsage,
-                            "--encoder-options: expected NAME=VALUE:NAME=VALUE..., "
-                            "not '" +
+                            "--encoder-options: expected NAME=VALUE:NAME=VALUE..., not '" +
                                 target.options + "'");
-    OpenEncoder(shape, options);
+    encoder = std::make_unique<Encoder>(*format->oformat, target.name, target.encoder, options,
+                                        clip, shape);
+    ChooseShift(clip.Format());
     AddStreams(clip);
     Begin(options);
 }
 
-void Film::ChooseEncoder(const std::string &name) {
-    const AVCodecDescriptor *codecOfName = avcodec_descriptor_get_by_name(name.c_str());
-    if (name.empty()) {
-        const AVCodecID id = CodecFor(*format->oformat);
-        const AVCodec *usual = avcodec_find_encoder_by_name("libx264");
-        encoder = id == AV_CODEC_ID_H264 && usual ? usual : avcodec_find_encoder(id);
-    } else {
-        encoder = avcodec_find_encoder_by_name(name.c_str());
-        if (!encoder && codecOfName)
-            encoder = avcodec_find_encoder(codecOfName->id);
-    }
-    if (!encoder || encoder->type != AVMEDIA_TYPE_VIDEO)
-        throw tool::Failure(tool::kBadUsage,
-                            name.empty() ? target.name + ": FFmpeg has no encoder for its container"
-                                         : "--encoder: FFmpeg has no video encoder '" + name + "'");
-    if (!name.empty() && avformat_query_codec(format->oformat, encoder->id, 0) == 0)
-        throw tool::Failure(tool::kBadUsage,
-                            target.name + ": its container can't hold what " + name + " makes");
-}
-
-// Full range has a name of its own with some encoders.
-void Film::ChooseLayout(const FilmShape &shape) {
-    layout = AV_PIX_FMT_YUV420P;
-    marked = layout;
-    if (!IsA(*format, "yuv4mpegpipe") && Takes(*encoder, AV_PIX_FMT_NV12))
-        layout = marked = AV_PIX_FMT_NV12;
-    else if (Takes(*encoder, AV_PIX_FMT_YUVJ420P) && shape.range == AVCOL_RANGE_JPEG)
-        marked = AV_PIX_FMT_YUVJ420P;
-    else if (!Takes(*encoder, AV_PIX_FMT_YUV420P))
-        throw tool::Failure(tool::kBadUsage,
-                            encoder->name + std::string(": takes no frames of 8-bit YUV 4:2:0; "
-                                                        "another --encoder does"));
-}
-
-// Even: containers and codecs that know a rate and no time stamps.
-void Film::ChooseTimeBase(const Clip &clip) {
-    clipBase = clip.TimeBase();
-    rate = clip.Rate().num > 0 ? clip.Rate() : kUsualRate;
-    const bool isEven =
-        (format->oformat->flags & AVFMT_NOTIMESTAMPS) || IsA(*format, "avi,yuv4mpegpipe");
-    const bool countsFrames = encoder->supported_framerates ||
-                              (encoder->id == AV_CODEC_ID_MPEG4 && clipBase.den > UINT16_MAX);
-    counts = countsFrames && !isEven;
-    encoderBase = isEven || counts ? av_inv_q(rate) : clipBase;
-    const int64_t start = clip.Format().start_time;
+// Broadcasts, whose clock may have begun long ago, should not begin with hours of nothing.
+void Film::ChooseShift(const AVFormatContext &source) {
     constexpr int64_t kFarAway = int64_t{10} * AV_TIME_BASE;
-    if ((clip.Format().iformat->flags & AVFMT_TS_DISCONT) && !IsA(*format, "mpegts,mpeg") &&
-        start != AV_NOPTS_VALUE && start > kFarAway)
-        shift = start;
-}
-
-// These two count in steps of two pixels, and some encoders would just cut the film.
-void Film::CheckSize(int width, int height) const {
-    const bool isEven = (width | height) % 2 == 0;
-    if (!isEven && (encoder->id == AV_CODEC_ID_H264 || encoder->id == AV_CODEC_ID_HEVC))
-        throw tool::Failure(tool::kBadData,
-                            target.name + tool::Format(": %s takes no odd size such as %d x %d; "
-                                                       "--encoder ffv1 does, and --size changes it",
-                                                       encoder->name, width, height));
-}
-
-void Film::OpenEncoder(const FilmShape &shape, AvOptions &options) {
-    codec = NotNull(CodecPtr(avcodec_alloc_context3(encoder)));
-    codec->width = shape.frames.width;
-    codec->height = shape.frames.height;
-    codec->pix_fmt = marked;
-    codec->time_base = encoderBase;
-    codec->framerate = rate;
-    codec->sample_aspect_ratio = shape.pixelAspect;
-    codec->color_range = shape.range;
-    codec->colorspace = shape.matrix;
-    codec->color_primaries = shape.primaries;
-    codec->color_trc = shape.transfer;
-    codec->chroma_sample_location = shape.chromaPlace;
-    codec->thread_count = 0; // as many as there are processors
-    if (format->oformat->flags & AVFMT_GLOBALHEADER)
-        codec->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-    if (counts) // packets come in the order of the frames, so that time stamps can be put back
-        options.Set("bf", "0");
-    AvChecked(avcodec_open2(codec.get(), encoder, options.Address()),
-              target.name + ": " + encoder->name);
+    if ((source.iformat->flags & AVFMT_TS_DISCONT) && !IsA(*format, "mpegts,mpeg") &&
+        source.start_time != AV_NOPTS_VALUE && source.start_time > kFarAway)
+        shift = source.start_time;
 }
 
 void Film::AddStreams(Clip &clip) {
@@ -232,10 +139,10 @@ void Film::AddStreams(Clip &clip) {
 
 void Film::AddVideo(const AVStream &source) {
     AVStream &stream = *NotNull(avformat_new_stream(format.get(), nullptr));
-    AvChecked(avcodec_parameters_from_context(stream.codecpar, codec.get()), target.name);
-    stream.time_base = counts ? clipBase : encoderBase;
-    stream.avg_frame_rate = rate;
-    stream.sample_aspect_ratio = codec->sample_aspect_ratio;
+    AvChecked(avcodec_parameters_from_context(stream.codecpar, &encoder->Context()), target.name);
+    stream.time_base = encoder->TimeBase();
+    stream.avg_frame_rate = encoder->Context().framerate;
+    stream.sample_aspect_ratio = encoder->Context().sample_aspect_ratio;
     stream.disposition = source.disposition;
     CopyMetadata(source.metadata, &stream.metadata, {"rotate", "encoder"});
     CopySideData(source, stream, AV_PKT_DATA_DISPLAYMATRIX); // frames are upright now
@@ -288,7 +195,7 @@ void Film::CopyChapters(const AVFormatContext &source) {
 
 void Film::Begin(AvOptions &options) {
     // Frames that are large should not wait long for packets of streams that hardly have any.
-    const AVCodecDescriptor *kind = avcodec_descriptor_get(encoder->id);
+    const AVCodecDescriptor *kind = avcodec_descriptor_get(encoder->Context().codec_id);
     if (kind && (kind->props & AV_CODEC_PROP_INTRA_ONLY))
         format->max_interleave_delta = AV_TIME_BASE / 2;
     if (IsA(*format, "matroska")) // holds the small negative times at which sound may begin
@@ -301,46 +208,18 @@ void Film::Begin(AvOptions &options) {
         av_dict_get(*options.Address(), "", nullptr, AV_DICT_IGNORE_SUFFIX);
     if (unknown)
         throw tool::Failure(tool::kBadUsage, std::string("--encoder-options: neither ") +
-                                                 encoder->name + " nor the container knows '" +
-                                                 unknown->key + "'");
+                                                 encoder->Context().codec->name +
+                                                 " nor the container knows '" + unknown->key + "'");
 }
 
 void Film::WriteFrame(FramePtr frame, int64_t pts, int64_t duration) {
-    const int64_t own = av_rescale_q(pts, clipBase, encoderBase);
-    const int64_t next = counts ? frames : std::max(own, lastPts + 1);
-    inside[next] = {counts ? pts : next,
-                    counts ? duration : av_rescale_q(duration, clipBase, encoderBase)};
-    lastPts = next;
-    ++frames;
-    frame->pts = next;
-    frame->format = marked;
-    frame->pict_type = AV_PICTURE_TYPE_NONE; // the encoder chooses
-    av_frame_remove_side_data(frame.get(), AV_FRAME_DATA_DISPLAYMATRIX);
-    Encode(frame.get());
+    encoder->Give(std::move(frame), pts, duration);
+    MuxEncoded();
 }
 
-void Film::Encode(const AVFrame *frame) {
-    AvChecked(avcodec_send_frame(codec.get(), frame), target.name + ": " + encoder->name);
-    for (;;) {
-        PacketPtr packet = NewPacket();
-        const int result = avcodec_receive_packet(codec.get(), packet.get());
-        if (result == AVERROR(EAGAIN) || result == AVERROR_EOF)
-            return;
-        AvChecked(result, target.name + ": " + encoder->name);
-        Restamp(*packet);
+void Film::MuxEncoded() {
+    while (const PacketPtr packet = encoder->Take())
         Mux(*packet, videoTrack);
-    }
-}
-
-void Film::Restamp(AVPacket &packet) {
-    const auto found = inside.find(packet.pts);
-    if (found == inside.end())
-        return;
-    packet.duration = found->second.duration;
-    packet.pts = found->second.pts;
-    if (counts)
-        packet.dts = packet.pts;
-    inside.erase(found);
 }
 
 void Film::WritePacket(PacketPtr packet) {
@@ -375,7 +254,8 @@ void Film::Mux(AVPacket &packet, size_t track) {
 }
 
 void Film::Finish() {
-    Encode(nullptr);
+    encoder->Give(nullptr, 0, 0);
+    MuxEncoded();
     AvChecked(av_write_trailer(format.get()), target.name);
     if (format->oformat->flags & AVFMT_NOFILE)
         return;

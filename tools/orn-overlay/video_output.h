@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
-// A film as it goes out: frames to the encoder, other packets of the clip as they are.
+// A film as it goes out: a container with what the encoder makes and with packets of the clip.
 #pragma once
 
-#include "video_fit.h"
+#include "video_encoder.h"
 
-#include <map>
 #include <vector>
 
 struct FilmDestroyer {
@@ -27,11 +26,10 @@ class Film {
     Film(const Film &) = delete;
     Film &operator=(const Film &) = delete;
 
-    // NV12 if the encoder takes that, otherwise planar 4:2:0.
-    AVPixelFormat Layout() const {
-        return layout;
+    AVPixelFormat Layout() const { // of frames, as the encoder takes them
+        return encoder->Layout();
     }
-    // The frame's buffers may still be read later. Both throw tool::Failure.
+    // As Encoder::Give. Both throw tool::Failure.
     void WriteFrame(FramePtr frame, int64_t pts, int64_t duration);
     void WritePacket(PacketPtr packet);
 
@@ -39,46 +37,25 @@ class Film {
     void Finish();
 
   private:
-    static constexpr int64_t kBeforeAll = INT64_MIN / 2;
-
-    struct Stamp {
-        int64_t pts;
-        int64_t duration;
-    };
     struct Track {       // a stream of the film
         AVRational from; // time base of its packets
-        int64_t lastDts = kBeforeAll;
+        int64_t lastDts = INT64_MIN / 2;
     };
 
-    void ChooseEncoder(const std::string &name);
-    void ChooseLayout(const FilmShape &shape);
-    void CheckSize(int width, int height) const;
-    void ChooseTimeBase(const Clip &clip);
-    void OpenEncoder(const FilmShape &shape, AvOptions &options);
+    void ChooseShift(const AVFormatContext &source);
     void AddStreams(Clip &clip);
     void AddVideo(const AVStream &source);
     bool AddCopy(const AVStream &source);
     void CopyChapters(const AVFormatContext &source);
     void Begin(AvOptions &options);
-    void Encode(const AVFrame *frame);
-    void Restamp(AVPacket &packet);
+    void MuxEncoded();
     void Mux(AVPacket &packet, size_t track);
 
     const FilmTarget target;
     std::unique_ptr<AVFormatContext, FilmDestroyer> format;
-    const AVCodec *encoder = nullptr;
-    CodecPtr codec;
-    AVPixelFormat layout = AV_PIX_FMT_NONE;
-    AVPixelFormat marked = AV_PIX_FMT_NONE; // what the encoder calls the layout
-    AVRational rate{0, 1};
-    AVRational clipBase{1, 1};
-    AVRational encoderBase{1, 1};
-    int64_t shift = 0;   // of time stamps, in microseconds: the film begins that much earlier
-    bool counts = false; // the encoder is given numbers of frames for time stamps
-    int64_t frames = 0;
-    int64_t lastPts = kBeforeAll;
-    std::map<int64_t, Stamp> inside; // the encoder: by the time stamps it was given
-    std::vector<int> places;         // the clip's streams in the film; -1: not there
+    std::unique_ptr<Encoder> encoder;
+    int64_t shift = 0;       // of time stamps, in microseconds: the film begins that much earlier
+    std::vector<int> places; // the clip's streams in the film; -1: not there
     std::vector<Track> tracks;
     size_t videoTrack = 0;
 };
