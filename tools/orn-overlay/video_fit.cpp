@@ -71,23 +71,31 @@ Fitting::Fitting(const Clip &ofClip, const Options &options) : clip(ofClip) {
     const AVCodecParameters &known = *clip.Video().codecpar;
     const Turn turn = TurnOf(clip.Video());
     turning = turn.filters;
-    const bool isScaled = options.shape.width > 0;
-    const int uprightWidth = turn.swapsSides ? known.height : known.width;
-    const int uprightHeight = turn.swapsSides ? known.width : known.height;
-    shape.frames.width = isScaled ? options.shape.width : uprightWidth;
-    shape.frames.height = isScaled ? options.shape.height : uprightHeight;
-    if (int64_t{shape.frames.width} * shape.frames.height > kMaxFramePixels)
-        throw tool::Failure(tool::kBadUsage, "--size: more pixels than a film may have");
-    shape.pixelAspect =
+    AVRational pixel =
         av_guess_sample_aspect_ratio(nullptr, const_cast<AVStream *>(&clip.Video()), nullptr);
-    if (turn.swapsSides && shape.pixelAspect.num > 0)
-        shape.pixelAspect = av_inv_q(shape.pixelAspect);
-    if (shape.pixelAspect.num > 0) // what is scaled keeps its looks
-        shape.pixelAspect = av_mul_q(shape.pixelAspect,
-                                     av_mul_q(av_make_q(uprightWidth, uprightHeight),
-                                              av_make_q(shape.frames.height, shape.frames.width)));
+    if (turn.swapsSides && pixel.num > 0)
+        pixel = av_inv_q(pixel);
+    if (turn.swapsSides)
+        ChooseSize(options, known.height, known.width, pixel);
+    else
+        ChooseSize(options, known.width, known.height, pixel);
     ChooseColours(options, IsRgb(known.format));
     TellLosses();
+}
+
+// What is scaled keeps its looks, where the clip tells of the shape of its pixels.
+void Fitting::ChooseSize(const Options &options, int uprightWidth, int uprightHeight,
+                         AVRational pixel) {
+    overlay::FrameShape &frames = shape.frames;
+    const bool isScaled = options.shape.width > 0;
+    frames.width = isScaled ? options.shape.width : uprightWidth;
+    frames.height = isScaled ? options.shape.height : uprightHeight;
+    if (int64_t{frames.width} * frames.height > kMaxFramePixels)
+        throw tool::Failure(tool::kBadUsage, "--size: more pixels than a film may have");
+    shape.pixelAspect = pixel;
+    if (pixel.num > 0)
+        shape.pixelAspect = av_mul_q(pixel, av_mul_q(av_make_q(uprightWidth, uprightHeight),
+                                                     av_make_q(frames.height, frames.width)));
 }
 
 // What the clip says, or what the options say in its place. RGB becomes what most films are.
@@ -98,7 +106,7 @@ void Fitting::ChooseColours(const Options &options, bool isRgb) {
         !isRgb && (known.color_range == AVCOL_RANGE_JPEG || known.format == AV_PIX_FMT_YUVJ420P ||
                    known.format == AV_PIX_FMT_YUVJ422P || known.format == AV_PIX_FMT_YUVJ444P);
     colours.range = isFull ? overlay::Range::Full : overlay::Range::Limited;
-    colours.matrix = MatrixOf(known.color_space, shape.frames.height);
+    colours.matrix = MatrixOf(known.color_space, known.height);
     if (options.rangeIsGiven)
         colours.range = options.shape.colours.range;
     if (options.matrixIsGiven)

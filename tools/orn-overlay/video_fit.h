@@ -37,6 +37,7 @@ class Fitting {
     FramePtr Fit(FramePtr frame);
 
   private:
+    void ChooseSize(const Options &options, int uprightWidth, int uprightHeight, AVRational pixel);
     void ChooseColours(const Options &options, bool isRgb);
     void TellLosses() const;
     bool NeedsNothing(const AVFrame &frame) const;
