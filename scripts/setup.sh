@@ -47,7 +47,8 @@ need_packages() {
         apt-get install -y --no-install-recommends $missing
 }
 
-build_packages="g++ cmake ninja-build libfreetype-dev libcli11-dev"
+build_packages="g++ cmake ninja-build libfreetype-dev libcli11-dev pkgconf libavformat-dev \
+libavcodec-dev libavfilter-dev libswscale-dev libavutil-dev"
 gstreamer_packages="libgstreamer-plugins-base1.0-dev gstreamer1.0-plugins-base
     gir1.2-gst-plugins-base-1.0 python3-gst-1.0"
 
@@ -73,7 +74,7 @@ build() {
 run_tests() {
     folder=$1
     shift
-    (cd "$folder" && ctest --output-on-failure --parallel "$(nproc)" "$@") >"$folder/tests.log" 2>&1 ||
+    (cd "$folder" && ctest --output-on-failure --timeout 600 --parallel "$(nproc)" "$@") >"$folder/tests.log" 2>&1 ||
         {
             cat "$folder/tests.log" >&2
             return 1

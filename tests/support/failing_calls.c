@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Put before the C library (LD_PRELOAD), makes one call of a program fail: of the calls of the kind
-// FAULT_CALL (memory, open, read, stream or write)
-// number FAULT_AT, from 1, with the error FAULT_ERROR. At
-// the end it tells how many there were, as the size of the file FAULT_COUNT.
+// FAULT_CALL (memory, open, read, stream or write) number FAULT_AT, from 1, with the error
+// FAULT_ERROR. Calls count from the program's own start on, when the libraries that it needs have
+// been set up. At the end it tells how many there were, as the size of the file FAULT_COUNT.
 #define _GNU_SOURCE
+#include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <stdarg.h>
@@ -22,11 +23,24 @@ ssize_t __read(int descriptor, void *bytes, size_t size);
 size_t _IO_fread(void *bytes, size_t size, size_t count, FILE *file);
 ssize_t __write(int descriptor, const void *bytes, size_t size);
 
+static int started;
 static long calls;
+
+typedef int Start(int (*main)(int, char **, char **), int count, char **arguments,
+                  void (*init)(void), void (*end)(void), void (*endLoader)(void), void *stack);
+
+int __libc_start_main(int (*main)(int, char **, char **), int count, char **arguments,
+                      void (*init)(void), void (*end)(void), void (*endLoader)(void), void *stack) {
+    void *const found = dlsym(RTLD_NEXT, "__libc_start_main");
+    Start *start;
+    memcpy(&start, &found, sizeof start); // ISO C has no such cast
+    started = 1;
+    return start(main, count, arguments, init, end, endLoader, stack);
+}
 
 static int Fails(const char *kind) {
     const char *wanted = getenv("FAULT_CALL");
-    if (!wanted || strcmp(kind, wanted) != 0 || ++calls != atol(getenv("FAULT_AT")))
+    if (!started || !wanted || strcmp(kind, wanted) != 0 || ++calls != atol(getenv("FAULT_AT")))
         return 0;
     errno = atoi(getenv("FAULT_ERROR"));
     return 1;

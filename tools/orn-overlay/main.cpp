@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-// orn-overlay: reads raw frames from standard input, burns the overlays of a script into each, and
-// writes them to standard output.
+// orn-overlay: burns the overlays of a script into a video, or into raw frames from standard input,
+// which go to standard output.
 #include "options.h"
 #include "raw_frames.h"
 #include "report.h"
+#include "video.h"
 
 #include "common/failure.h"
 #include "common/input_file.h"
@@ -20,13 +21,6 @@ namespace {
 
 constexpr double kUsualRate = 25; // of {time}, when no other is given
 
-// Tells of all errors; true when there are none.
-bool NoErrors(const overlay::Errors &errors) {
-    for (const overlay::Error &error : errors)
-        tool::Say(kProgram, error.Message());
-    return errors.empty();
-}
-
 // False when something is wrong, of which it has told.
 bool Load(overlay::Engine &engine, const Options &options) {
     if (!options.fontPath.empty() && !NoErrors(engine.SetFont(options.fontPath)))
@@ -40,7 +34,12 @@ bool Load(overlay::Engine &engine, const Options &options) {
     return NoErrors(engine.SetTracks(tracks, options.tracksPath, options.tracks)) && scriptIsRight;
 }
 
-void DrawFrames(overlay::Engine &engine, const Options &options) {
+void DrawRawFrames(overlay::Engine &engine, const Options &options) {
+    if (isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0)
+        throw tool::Failure(
+            tool::kBadUsage,
+            "standard input and output are raw frames: use pipes or files, not a terminal");
+    TellFrames(engine, options.shape);
     const double rate = options.framesPerSecond.value_or(kUsualRate);
     RawFrames frames(options);
     const OrnMinRenderImage image = frames.Image();
@@ -48,10 +47,11 @@ void DrawFrames(overlay::Engine &engine, const Options &options) {
     for (int64_t number = 0; frames.Read(); ++number) {
         const auto start = Report::Clock::now();
         engine.Draw(image, number, {number, rate});
-        report.Drawn(number + 1, Report::Clock::now() - start);
+        report.Drawn(Report::Clock::now() - start,
+                     options.framesPerSecond ? static_cast<double>(number + 1) / rate : 0);
         frames.Write();
     }
-    report.Finish(frames.Count());
+    report.Finish("standard input");
 }
 
 int Run(int argc, char **argv) {
@@ -64,13 +64,10 @@ int Run(int argc, char **argv) {
         return tool::kBadData;
     if (options->check)
         return 0;
-    if (isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0)
-        throw tool::Failure(
-            tool::kBadUsage,
-            "standard input and output are raw frames: use pipes or files, not a terminal");
-    if (!NoErrors(engine.SetFrames(options->shape)))
-        return tool::kBadData;
-    DrawFrames(engine, *options);
+    if (options->input.empty())
+        DrawRawFrames(engine, *options);
+    else
+        DrawVideo(engine, *options);
     return 0;
 }
 

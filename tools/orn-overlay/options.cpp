@@ -7,6 +7,7 @@
 #include "overlay/engine.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace {
 
@@ -15,21 +16,52 @@ constexpr double kMaxRate = 1e6;
 constexpr int64_t kMaxStride = 1 << 20;
 constexpr int64_t kMaxGap = 1000; // frames; bounds what filling them takes
 constexpr int64_t kMaxFirstFrame = 1 << 30;
+constexpr int32_t kMaxSheetSide = 20;
+constexpr double kMaxSeconds = 1e7; // four months
 
-// A side of a frame; 0 where the text is none.
-int32_t SideOf(const std::string &text) {
-    const int64_t side = tool::ParseInteger(text).value_or(0);
-    return side <= overlay::kMaxFrameSide ? static_cast<int32_t>(side) : 0;
+struct Pair {
+    int32_t x = 0;
+    int32_t y = 0;
+};
+
+// The two numbers of "AxB", each 1 to most.
+Pair ParsePair(const std::string &option, const std::string &text, int32_t most) {
+    const size_t cross = std::min(text.find('x'), text.size());
+    const auto sideOf = [most](const std::string &number) {
+        const int64_t side = tool::ParseInteger(number).value_or(0);
+        return side >= 1 && side <= most ? static_cast<int32_t>(side) : 0;
+    };
+    const Pair pair{sideOf(text.substr(0, cross)),
+                    sideOf(text.substr(std::min(cross + 1, text.size())))};
+    if (pair.x == 0 || pair.y == 0)
+        throw CLI::ValidationError(option, "expected WxH, each 1 to " + std::to_string(most) +
+                                               ", not '" + text + "'");
+    return pair;
 }
 
-void ParseSize(const std::string &text, overlay::FrameShape &shape) {
-    const size_t cross = std::min(text.find('x'), text.size());
-    shape.width = SideOf(text.substr(0, cross));
-    shape.height = cross < text.size() ? SideOf(text.substr(cross + 1)) : 0;
-    if (shape.width < 1 || shape.height < 1)
-        throw CLI::ValidationError("--size", "expected WxH, each 1 to " +
-                                                 std::to_string(overlay::kMaxFrameSide) +
-                                                 ", not '" + text + "'");
+// Digits alone are a frame's number; 12.5, 12.5s, 1:30 and 1:02:03.5 are times.
+Moment ParseMoment(const std::string &text) {
+    const auto wrong = [&text] {
+        return CLI::ValidationError("--frame", "expected the number of a frame, or a time such as "
+                                               "12.5s or 1:30, not '" +
+                                                   text + "'");
+    };
+    Moment moment{tool::ParseInteger(text), 0};
+    if (moment.number && *moment.number >= 0)
+        return moment;
+    moment.number.reset();
+    std::string rest = text;
+    if (!rest.empty() && rest.back() == 's')
+        rest.pop_back();
+    for (size_t colon = 0; colon != std::string::npos;) {
+        colon = rest.find(':');
+        const std::optional<double> part = tool::ParseReal(rest.substr(0, colon));
+        if (!part || *part < 0 || *part > kMaxSeconds)
+            throw wrong();
+        moment.seconds = moment.seconds * 60 + *part;
+        rest.erase(0, colon + 1);
+    }
+    return moment;
 }
 
 template <typename Value> struct Choice {
@@ -65,14 +97,19 @@ constexpr Choice<overlay::Matrix> kMatrices[] = {{"bt601", overlay::Matrix::Bt60
 void AddFrameOptions(CLI::App &app, Options &options) {
     overlay::FrameShape &shape = options.shape;
     app.add_option_function<std::string>(
-           "--size", [&shape](const std::string &text) { ParseSize(text, shape); },
-           "Size of the frames; may be left out with --check only")
+           "--size",
+           [&shape](const std::string &text) {
+               const Pair size = ParsePair("--size", text, overlay::kMaxFrameSide);
+               shape.width = size.x;
+               shape.height = size.y;
+           },
+           "Size of raw frames; a clip is scaled to it")
         ->type_name("WxH");
     AddChoice(app, "--format", kHasChroma, shape.hasChroma,
-              "Layout of the frames: YUV420SP (or nv12), or Y8")
+              "Layout of raw frames: YUV420SP (or nv12), or Y8")
         ->type_name("FORMAT");
     tool::AddInteger(app, "--stride", options.inputStride, 1, kMaxStride,
-                     "Bytes from row to row, of both planes, when rows are padded")
+                     "Bytes from row to row, of both planes, when raw rows are padded")
         ->type_name("N");
     tool::AddInteger(app, "--output-stride", options.outputStride, 1, kMaxStride,
                      "The same of the output; as --stride unless given")
@@ -83,6 +120,35 @@ void AddFrameOptions(CLI::App &app, Options &options) {
     AddChoice(app, "--matrix", kMatrices, shape.colours.matrix,
               "Equations of the colours: bt601, or bt709 as in most HD clips")
         ->type_name("MATRIX");
+}
+
+void AddVideoOptions(CLI::App &app, Options &options) {
+    app.add_option("-i", options.input, "Clip to draw into: a file, an address, or - for a pipe")
+        ->type_name("CLIP");
+    app.add_option("-o", options.output,
+                   "File for the result: its name says which container (.mp4, .mkv ...);\n"
+                   "- for Y4M on standard output")
+        ->type_name("FILE");
+    app.add_option("--encoder", options.encoder,
+                   "FFmpeg's encoder: libx264 (where the container allows), ffv1 ...")
+        ->type_name("NAME");
+    app.add_option("--encoder-options", options.encoderOptions,
+                   "Settings of encoder and container, such as crf=20:preset=fast")
+        ->type_name("NAME=VALUE:...");
+    app.add_option_function<std::string>(
+           "--frame", [&options](const std::string &text) { options.frame = ParseMoment(text); },
+           "Make a PNG picture of frame N, or of the one at a time such as 12.5s or 1:30")
+        ->type_name("N");
+    app.add_option_function<std::string>(
+           "--sheet",
+           [&options](const std::string &text) {
+               const Pair size = ParsePair("--sheet", text, kMaxSheetSide);
+               options.sheet = Sheet{size.x, size.y};
+           },
+           "Make a PNG picture of frames from all over the clip, in columns and rows")
+        ->type_name("CxR");
+    app.add_flag("--keep-partial", options.keepPartial,
+                 "After an error or an interrupt, keep what is done, as a shorter film");
 }
 
 void AddTrackOptions(CLI::App &app, Options &options) {
@@ -105,12 +171,14 @@ void AddOptions(CLI::App &app, Options &options) {
     app.add_option("script", options.scriptPath,
                    "What to draw (see below); may be left out with --tracks")
         ->type_name("SCRIPT");
+    AddVideoOptions(app, options);
     AddFrameOptions(app, options);
     app.add_option("--font", options.fontPath, "CBF font; needed when the script draws text")
         ->type_name("FILE");
     AddTrackOptions(app, options);
     tool::AddReal(app, "--fps", options.framesPerSecond, kMinRate, kMaxRate,
-                  "Frames per second, for {time} (25 unless given) and --stats")
+                  "Frames per second, for {time} (25 unless given) and --stats; for clips that\n"
+                  "tell none or a wrong one")
         ->type_name("N");
     app.add_flag("--stats", options.stats,
                  "Tell at the end how fast it was; so it does on a terminal");
@@ -127,11 +195,37 @@ void CheckStride(const char *name, int64_t stride, const overlay::FrameShape &sh
         throw CLI::ValidationError(name, "expected an even number, not " + std::to_string(stride));
 }
 
-void CheckOptions(const Options &options) {
+void CheckTogether(const CLI::App &app, const std::vector<const char *> &names, const char *needed,
+                   bool isThere) {
+    for (const char *name : names)
+        if (app.count(name) > 0 && !isThere)
+            throw CLI::ValidationError(name, needed);
+}
+
+void CheckVideoOptions(const CLI::App &app, const Options &options) {
+    const bool hasClip = !options.input.empty();
+    const bool isPicture = options.frame || options.sheet;
+    CheckTogether(app,
+                  {"-o", "--encoder", "--encoder-options", "--frame", "--sheet", "--keep-partial"},
+                  "needs a clip to draw into (-i)", hasClip);
+    CheckTogether(app, {"--format", "--stride", "--output-stride"},
+                  "is for raw frames, not for a clip (-i)", !hasClip);
+    CheckTogether(app, {"--encoder", "--encoder-options", "--keep-partial"},
+                  "is for films, not for a picture", !isPicture);
+    CheckTogether(app, {"--sheet"}, "needs no --frame: it is one picture or the other",
+                  !options.frame);
+    if (hasClip && options.output.empty() && !options.check)
+        throw CLI::RequiredError("-o");
+}
+
+void CheckOptions(const CLI::App &app, Options &options) {
     if (options.scriptPath.empty() && options.tracksPath.empty())
         throw CLI::RequiredError("SCRIPT (or --tracks)");
-    if (options.shape.width == 0 && !options.check)
-        throw CLI::RequiredError("--size");
+    CheckVideoOptions(app, options);
+    if (options.input.empty() && options.shape.width == 0 && !options.check)
+        throw CLI::RequiredError("--size (or -i)");
+    options.rangeIsGiven = app.count("--range") > 0;
+    options.matrixIsGiven = app.count("--matrix") > 0;
     CheckStride("--stride", options.inputStride, options.shape);
     if (options.outputStride)
         CheckStride("--output-stride", *options.outputStride, options.shape);
@@ -145,13 +239,15 @@ overlay::InputNames OptionNames() {
 
 std::optional<Options> ReadOptions(int argc, char **argv) {
     Options options;
-    CLI::App app("Reads raw frames from standard input, burns the overlays of a script into each,\n"
-                 "and writes them to standard output.",
+    CLI::App app("Burns the overlays of a script into a video:\n"
+                 "  orn-overlay -i in.mp4 -o out.mp4 SCRIPT\n"
+                 "or into raw frames, from standard input to standard output:\n"
+                 "  orn-overlay --size 1280x720 SCRIPT <in >out",
                  kProgram);
     AddOptions(app, options);
     app.set_version_flag("--version", tool::VersionText(kProgram));
     app.footer(overlay::Engine::Help(OptionNames()) + "\nman orn-overlay tells all.");
-    app.callback([&options] { CheckOptions(options); });
+    app.callback([&app, &options] { CheckOptions(app, options); });
     if (!tool::ParseCommandLine(app, argc, argv))
         return std::nullopt;
     return options;

@@ -11,13 +11,35 @@
 
 constexpr char kProgram[] = "orn-overlay";
 
+// One frame of a clip: its number, or the one that is shown at a time.
+struct Moment {
+    std::optional<int64_t> number;
+    double seconds = 0; // from the clip's first frame
+};
+
+// A contact sheet.
+struct Sheet {
+    int32_t columns = 1;
+    int32_t rows = 1;
+};
+
 struct Options {
+    std::string input;  // a clip, its address, or "-"; empty: raw frames
+    std::string output; // a file, or "-"
+    std::string encoder;
+    std::string encoderOptions;
+    std::optional<Moment> frame; // make a picture of this
+    std::optional<Sheet> sheet;
+    bool keepPartial = false;
+
     std::string scriptPath; // empty: none
     std::string fontPath;
     std::string tracksPath;
     overlay::TrackSettings tracks;
-    overlay::FrameShape shape; // without a size only when check is set
-    int64_t inputStride = 0;   // bytes from row to row of both planes; 0: rows without padding
+    overlay::FrameShape shape; // with a size for raw frames, unless check is set
+    bool rangeIsGiven = false; // otherwise a clip's own is used
+    bool matrixIsGiven = false;
+    int64_t inputStride = 0; // bytes from row to row of both planes; 0: rows without padding
     std::optional<int64_t> outputStride; // as that of the input unless given
     std::optional<double> framesPerSecond;
     bool stats = false;

@@ -4,8 +4,17 @@
 
 #include "options.h"
 
+#include "overlay/engine.h"
+
 #include <chrono>
 #include <cstdint>
+#include <string>
+
+// Tells of all errors; true when there are none.
+bool NoErrors(const overlay::Errors &errors);
+
+// SetFrames, whose errors are told. Throws tool::Failure then.
+void TellFrames(overlay::Engine &engine, const overlay::FrameShape &shape);
 
 class Report {
   public:
@@ -15,13 +24,17 @@ class Report {
     // Time counts from here. The options must outlive the report.
     explicit Report(const Options &options);
 
-    // So many frames are drawn by now; the last one took this long.
-    void Drawn(int64_t frames, Seconds drawing);
+    // The film will be that long, if that is known; otherwise 0.
+    void Expect(double filmSeconds);
 
-    void Finish(int64_t frames) const;
+    // Another frame is drawn; that took so long, and it ends at this time of the film (0: unknown).
+    void Drawn(Seconds drawing, double filmSeconds);
+
+    void Finish(const std::string &input) const;
 
   private:
-    void SayStats(double frames, double total) const;
+    void SayProgress(double seconds) const;
+    void SayStats() const;
 
     const Options &options;
     bool terminal;
@@ -29,4 +42,7 @@ class Report {
     Clock::time_point start = Clock::now();
     Clock::time_point lastProgress = start;
     Seconds drawingTime{0};
+    int64_t frames = 0;
+    double length = 0;
+    double position = 0; // in the film
 };

@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: MIT
+#include "video.h"
+
+#include "common/failure.h"
+
+void DrawVideo(overlay::Engine & /*engine*/, const Options & /*options*/) {
+    throw tool::Failure(tool::kBadUsage,
+                        "this build reads raw frames only, without -i and -o: it was "
+                        "made with ORN_MIN_RENDER_VIDEO=OFF");
+}

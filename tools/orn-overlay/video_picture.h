@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: MIT
+// Some frames of a clip, with their overlays, as one PNG picture.
+#pragma once
+
+#include "options.h"
+
+#include "overlay/engine.h"
+
+// The frame or the sheet that the options ask for. Throws tool::Failure.
+void MakePicture(overlay::Engine &engine, const Options &options);
