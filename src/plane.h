@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Where a sample of a plane lies and how large it is: a luma sample is a byte, a chroma sample a U,V
-// pair for 2 x 2 luma pixels, and one stride serves both.
+// Where a sample of a plane lies and how large it is: a luma sample is a byte, a chroma sample a
+// U,V pair for 2 x 2 luma pixels, and one stride serves both.
 #pragma once
 
 #include "arithmetic.h"
