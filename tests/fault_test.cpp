@@ -174,6 +174,23 @@ TEST(ShortMemory, GlyphsThatCouldNotBeDecodedAreDecodedLater) {
     }
 }
 
+// The 1,024th entry would get a large cache its second way to the entries.
+TEST(ShortMemory, LargeCachesServeWithoutTheirSecondWay) {
+    FontFile file;
+    file.glyphData.assign(64, 0);
+    file.index = Index(0x7FFFFFFF, Table({1}, {0}), {});
+    const FontPtr font = Load(file.Bytes());
+    for (uint32_t i = 0; i < 1023; ++i)
+        ASSERT_NE(GetGlyph(font.get(), 256 * i), nullptr);
+    fault = Fault();
+    fault.memory = 2; // after that for the outline
+    ASSERT_NE(GetGlyph(font.get(), 256 * 1023), nullptr);
+    ASSERT_EQ(font->places, nullptr);
+    for (uint32_t i = 0; i < 1024; ++i)
+        ASSERT_EQ(GetGlyph(font.get(), 256 * i), font->glyphs + i);
+    EXPECT_EQ(font->glyphCount, 1024u);
+}
+
 TEST(ShortMemory, FittedTextIsWholeOrNull) {
     const TempFile file(Sample());
     const FontPtr font(OrnMinRenderLoadCbfFont(file.path.c_str()));

@@ -83,6 +83,8 @@ TEST(Bitmaps, MatchTheReference) {
         if (HasFatalFailure())
             return;
     }
+    const TestBitmap tall(9, 40, random); // of more rows than become a mask at once
+    CheckBitmap(tall, {1, -3, 19, 90}, 24, 90, 3);
     const TestBitmap large(32767, 2, random);
     CheckBitmap(large, {-5, 1, 40000, 5}, 30, 9, 3);
     CheckBitmap(large, {INT_MIN, INT_MIN, INT_MAX, INT_MAX}, 30, 9, 3);

@@ -121,4 +121,14 @@ TEST(FontIndex, FarSlotsGoBack) {
     EXPECT_EQ(GetGlyph(font.get(), far + 1)->record, font->glyphData + 10);
 }
 
+// Seven bytes into twelve, there is no room for a record's head.
+TEST(FontIndex, OffsetsOutsideTheDataAreMeasuredAsNothing) {
+    const FontPtr font = FontWithIndex(Index(200, kDeltas, {{'A', "10 110"}}), 12);
+    OrnMinRenderPoint pen = {3, 4};
+    OrnMinRenderRect rect = {};
+    OrnMinRenderGetTextRect(nullptr, font.get(), "AA", &pen, 0, &rect);
+    EXPECT_EQ(pen.x, 3);
+    EXPECT_EQ(rect.right, 3);
+}
+
 } // namespace

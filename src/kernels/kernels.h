@@ -91,20 +91,6 @@ inline int32_t Repeats(const Mask &mask, int32_t row) {
     return mask.repeats ? mask.repeats[row] : 1;
 }
 
-struct BitRun {
-    int32_t start;
-    int32_t length;
-};
-
-// Takes the lowest run of set bits out of some bits that are not 0.
-inline BitRun TakeRun(uint64_t *bits) {
-    const int32_t start = __builtin_ctzll(*bits);
-    const uint64_t above = ~(*bits >> start);
-    const int32_t length = above ? __builtin_ctzll(above) : 64;
-    *bits &= *bits + (*bits & -*bits); // the carry clears the run
-    return {start, length};
-}
-
 // A narrow mask has one word a row. What a set prepares for painting it stands behind those words:
 // at most so many words more.
 constexpr int32_t kMaxNarrowRows = 132;

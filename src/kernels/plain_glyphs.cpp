@@ -35,6 +35,19 @@ static inline void AddStore(Stores *stores, int32_t row, int32_t column, int32_t
     ++stores->counts[size];
 }
 
+struct BitRun {
+    int32_t start;
+    int32_t length;
+};
+
+// Takes the lowest run of set bits out of a word's bits that are not 0.
+static inline BitRun TakeRun(uint64_t *bits) {
+    const int32_t start = __builtin_ctzll(*bits);
+    const int32_t length = __builtin_ctzll(~(*bits >> start)); // above the word all are clear
+    *bits &= *bits + (*bits & -*bits);                         // the carry clears the run
+    return {start, length};
+}
+
 static void AddRow(Stores *stores, int32_t row, uint64_t bits) {
     while (bits) {
         const BitRun run = TakeRun(&bits);
