@@ -65,9 +65,10 @@ static void FindRows(SourceRows *source, const BitmapView &bitmap, const Samplin
 // the first one may have begun before, and needs the division.
 static void FindRepeatedRows(SourceRows *source, const BitmapView &bitmap, const Sampling &rows,
                              int64_t begin) {
-    const int64_t least = rows.step > 0 ? kSameSize / rows.step : 0;
+    const bool moves = rows.step > 0; // else all samples show the one row
+    const int64_t least = moves ? kSameSize / rows.step : 0;
     const auto row = static_cast<uint32_t>(begin * rows.step >> kFractionBits);
-    int64_t end = FirstSampleOf(row + 1, rows.step);
+    int64_t end = moves ? FirstSampleOf(row + 1, rows.step) : rows.end;
     int64_t nextColumn = (int64_t{row} + 2) * kSameSize;
     source->count = 0;
     source->end = begin;
