@@ -299,7 +299,8 @@ void AddProperties(GObjectClass *object) {
             "frame,id,left,top,width,height,confidence. Frame 1 is the first of the segment");
     AddSwitch(object, kDrawRoi, "draw-roi", "Draw regions of interest",
               "Draw the lines of 'tracks' in the script for the frame's regions of interest, too: "
-              "{conf} is 'confidence' of the structure 'detection', {id} is 'id' of 'object_id'");
+              "{class} is the region's type, {conf} is 'confidence' of the structure 'detection', "
+              "{id} is 'id' of 'object_id'");
     AddSwitch(object, kEnabled, "enabled", "Enabled",
               "Draw; otherwise frames pass as they are, and are counted");
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Detectors say what they know of a region in structures of its parameters: "detection" has a
-// confidence, "object_id" has an id, in whatever type of number. The structures that newer versions
-// of GStreamer have for it are read where they exist.
+// A region's type is the class. What else detectors know of it they say in structures of its
+// parameters: "detection" has a confidence, "object_id" has an id, in whatever type of number. The
+// structures that newer versions of GStreamer have for it are read where they exist.
 #include "regions.h"
 
 #include <cmath>
@@ -32,9 +32,11 @@ int64_t IdOf(double number) {
     return std::fabs(number) <= kMaxId ? static_cast<int64_t>(number) : kNotTracked;
 }
 
+// Names of quarks are never released.
 overlay::TrackedBox BoxOf(int64_t id, double left, double top, double width, double height,
-                          double confidence) {
-    return {0, id, left, top, left + width, top + height, confidence};
+                          double confidence, GQuark type) {
+    const char *const name = g_quark_to_string(type);
+    return {0, id, left, top, left + width, top + height, confidence, name ? name : ""};
 }
 
 #ifdef ORN_HAS_ANALYTICS
@@ -64,8 +66,9 @@ void AddAnalytics(GstBuffer &buffer, std::vector<overlay::TrackedBox> &boxes) {
         gint height = 0;
         gfloat confidence = 0;
         if (gst_analytics_od_mtd_get_location(&object, &x, &y, &width, &height, &confidence))
-            boxes.push_back(
-                BoxOf(IdOf(object), x, y, width, height, static_cast<double>(confidence)));
+            boxes.push_back(BoxOf(IdOf(object), x, y, width, height,
+                                  static_cast<double>(confidence),
+                                  gst_analytics_od_mtd_get_obj_type(&object)));
     }
 }
 #else
@@ -83,7 +86,8 @@ void ReadRegions(GstBuffer &buffer, std::vector<overlay::TrackedBox> &boxes) {
         auto *region = reinterpret_cast<GstVideoRegionOfInterestMeta *>(meta);
         boxes.push_back(BoxOf(IdOf(NumberOf(region, "object_id", "id").value_or(kNotTracked)),
                               region->x, region->y, region->w, region->h,
-                              NumberOf(region, "detection", "confidence").value_or(1)));
+                              NumberOf(region, "detection", "confidence").value_or(1),
+                              region->roi_type));
     }
     AddAnalytics(buffer, boxes);
 }

@@ -116,7 +116,7 @@ std::string ScriptHelp(const InputNames &names) {
         "TURN: down, up or inverted.\n"
         "COLOUR: #rrggbb, id (the tracked box's own) or";
     return frames + CommandList() + words + ColourNames() +
-           ".\nString: \\\" \\\\ \\n, and {frame} {time} {id} {conf} for their values.";
+           ".\nString: \\\" \\\\ \\n, and {frame} {time} {id} {conf} {class} for their values.";
 }
 
 } // namespace overlay

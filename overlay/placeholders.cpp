@@ -36,6 +36,10 @@ std::string Confidence(const Canvas &canvas) {
     return text;
 }
 
+std::string ClassName(const Canvas &canvas) {
+    return std::string(canvas.box->className);
+}
+
 struct Placeholder {
     std::string_view name;
     bool ofBox; // means something only where a tracked box is drawn
@@ -43,10 +47,8 @@ struct Placeholder {
 };
 
 constexpr Placeholder kPlaceholders[] = {
-    {"{frame}", false, FrameNumber},
-    {"{time}", false, ClockTime},
-    {"{id}", true, Id},
-    {"{conf}", true, Confidence},
+    {"{frame}", false, FrameNumber}, {"{time}", false, ClockTime}, {"{id}", true, Id},
+    {"{conf}", true, Confidence},    {"{class}", true, ClassName},
 };
 
 // The one that a text begins with; null if it is none.

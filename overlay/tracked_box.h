@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <orn_min_render.h>
+#include <string_view>
 
 namespace overlay {
 
@@ -16,6 +17,7 @@ struct TrackedBox {
     double right;
     double bottom;
     double confidence;
+    std::string_view className = {}; // empty: not known; outlives all engines that are told
 };
 
 // Rounded to whole pixels.

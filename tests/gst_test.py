@@ -22,7 +22,7 @@ SCRIPT = """* label 3 40% white #203040 "{time} {frame}"
 * bitmap 11 5 40 40 #ff8000 half "bitmap.pbm"
 * ellipse 3 1 30 30 red
 tracks trail 3 id
-tracks label box.left box.top black id "{id} {conf}"
+tracks label box.left box.top black id "{class} {id} {conf}"
 """
 COLOURS = {"bt601": ["limited", "bt601"], "bt709": ["limited", "bt709"], "1:4:0:0": ["full", "bt601"]}
 BOXES = [[(7, 2 + 4 * n, 9, 12, 20, 0.25 + n / 10), (3, 30, 20 - 3 * n, 9, 9, 1)] for n in range(FRAMES)]
@@ -56,7 +56,7 @@ def make_buffer(layout, size, number, planes, strides, in_blocks):
         buffer, 0, GstVideo.VideoFormat.from_string(layout), *size, len(planes),
         offsets + [0] * (4 - len(planes)), strides + [0] * (4 - len(planes)))
     for track, x, y, width, height, confidence in BOXES[number]:
-        region = GstVideo.buffer_add_video_region_of_interest_meta(buffer, "x", x, y, width, height)
+        region = GstVideo.buffer_add_video_region_of_interest_meta(buffer, "car", x, y, width, height)
         for text in f"detection,confidence={confidence:f}", f"object_id,id={track}":
             region.add_param(Gst.Structure.new_from_string(text))
     buffer.pts = number * Gst.SECOND // RATE
@@ -90,7 +90,7 @@ def check(layout, size, colours, padding, in_blocks):
     drawn = subprocess.run(
         [ORN_OVERLAY, "--size", f"{width}x{height}", "--format", "Y8" if gray else "nv12", "--range",
          range_, "--matrix", matrix, "--fps", str(RATE), "--font", "sans.cbf", "--tracks", "tracks",
-         "script"], input=b"".join(given), stdout=subprocess.PIPE, check=True).stdout
+         "classless"], input=b"".join(given), stdout=subprocess.PIPE, check=True).stdout
     buffers, expected = [], []
     for n, frame in enumerate(given):
         planes, strides = laid_out(planes_of(layout, frame, *size), padding)
@@ -104,9 +104,10 @@ def check(layout, size, colours, padding, in_blocks):
 def main():
     subprocess.run([CBFCONV, "-s", "9", "-o", "sans.cbf",
                     "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"], check=True)
-    files = {"script": SCRIPT, "bitmap.pbm": "P1 3 2 1 0 1 0 1 1", "tracks": "".join(
-        f"{n + 1},{track},{x},{y},{width},{height},{confidence:f}\n" for n in range(FRAMES)
-        for track, x, y, width, height, confidence in BOXES[n])}
+    rows = [f"{n + 1},{track},{x},{y},{width},{height},{confidence:f}\n" for n in range(FRAMES)
+            for track, x, y, width, height, confidence in BOXES[n]]
+    files = {"script": SCRIPT, "classless": SCRIPT.replace("{class}", "car"),
+             "bitmap.pbm": "P1 3 2 1 0 1 0 1 1", "tracks": "".join(rows)}
     for name, content in files.items():
         with open(name, "w", encoding="ascii") as file:
             file.write(content)
