@@ -54,14 +54,21 @@ class Rooms {
     Fenced drawn, expected;
 };
 
+// As they lie in memory, whatever the order of the processor's bytes.
+uint8_t ByteOf(const Pattern &pattern, ptrdiff_t i) {
+    uint8_t bytes[sizeof pattern.bytes];
+    memcpy(bytes, &pattern.bytes, sizeof bytes);
+    return bytes[i];
+}
+
 void FillSlowly(uint8_t *first, ptrdiff_t bytes, const Pattern &pattern) {
     for (ptrdiff_t i = 0; i < bytes; ++i)
-        first[i] = uint8_t(pattern.bytes >> i % 2 * 8);
+        first[i] = ByteOf(pattern, i % 2);
 }
 
 void PaintSample(uint8_t *sample, ptrdiff_t sampleBytes, const Ink &ink) {
     for (ptrdiff_t i = 0; i < sampleBytes; ++i) {
-        const int colour = uint8_t(ink.pattern.bytes >> i * 8);
+        const int colour = ByteOf(ink.pattern, i);
         sample[i] = uint8_t(ink.half ? (sample[i] + colour) / 2 : colour);
     }
 }
