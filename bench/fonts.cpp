@@ -93,7 +93,8 @@ StampGlyph ReadGlyph(OrnMinRenderFont *font, char character) {
 }
 
 cbf::Font ReadAscii(int pixelSize) {
-    const std::unique_ptr<cbfconv::FontSource> source = cbfconv::OpenFont(kFontFile, pixelSize);
+    const std::unique_ptr<cbfconv::FontSource> source =
+        cbfconv::OpenFont(kFontFile, {pixelSize, {}, {}});
     cbf::Font font;
     font.lineHeight = source->LineHeight();
     font.fallback = source->Fallback();

@@ -54,6 +54,39 @@ bdf 1 1 124 80 | sed 's/DWIDTH 8/DWIDTH 125/' >far.bdf
 run 0 '^$' "$cbfconv" -r 65 -o far.cbf far.bdf
 bdf 1 1 125 80 | sed 's/DWIDTH 8/DWIDTH 126/' >wrapped.bdf
 
+# All that there is, but for what doesn't fit, of its own or with what is added.
+bdf 1 1 0 80 | sed 's/DWIDTH 8/DWIDTH 32767/' >spaced.bdf
+for font in 'wrapped.bdf which.reaches' 'spaced.bdf which.has.an.advance'; do
+    set -- --letter-spacing 1 -o all.cbf -r all "${font% *}" -r U+4E00 tiny.hex
+    run 0 "left out 1 character, ${font#* }.*: U+0041\$" "$cbfconv" "$@"
+    run 0 'sound, 1 characters' "$cbfdump" --check all.cbf
+    run 1 "${font% *}: U+0041: " "$cbfconv" --strict "$@"
+done
+"$cbfconv" -o all.cbf -r all wrapped.bdf tiny.hex 2>/dev/null # the next font that has it
+run 0 'sound, 5 characters' "$cbfdump" --check all.cbf
+
+# Faces and instances, told by the width of their A.
+for font in one.ttf=Thin:100 two.ttc=Thin:100,Thick:500 var.ttf=Thin:100-500; do
+    python3 "$support/make_font.py" "${font%=*}" "${font#*=}"
+done
+while read -r width arguments; do
+    # shellcheck disable=SC2086 # words
+    run 0 '^$' "$cbfconv" -s 20 -o face.cbf $arguments
+    run 0 "box $width x 12" "$cbfdump" --glyph A face.cbf
+done <<END
+2 -r 65 two.ttc
+10 -r 65 --face 1 two.ttc
+10 -r 65 --face Box-Thick two.ttc
+2 -r 65 --face box two.ttc
+10 --face 1 -r 66 two.ttc -r 65 two.ttc
+2 --face 1 -r 66 two.ttc --face 0 -r 65 one.ttf
+2 -r 65 var.ttf
+10 -r 65 --instance heavy var.ttf
+6 -r 65 --instance wght=500 var.ttf
+2 --instance Heavy -r 66 var.ttf --instance default -r 65 one.ttf
+END
+run 0 '^$' "$cbfconv" -s 20 -r 65 -o face.cbf --face 'Box Thick' two.ttc
+
 echo 0041:80 >short.hex
 printf 'a\nb\377' >latin1.txt
 while read -r status pattern arguments; do
@@ -78,6 +111,14 @@ done <<END
 1 Bold.ttf:_fallback_glyph:_is_wider --fallback W tiny.hex -s 200 -r 0x57 $ttf
 1 latin1.txt:2:_is_not_UTF-8_at_offset_3 -s 16 -t latin1.txt $ttf
 1 short.hex:_line_1: short.hex
+1 wrapped.bdf:_has_none_of -r all wrapped.bdf
+2 only:_0_.Box_Thin.,_1_.Box_Thick. -s 20 --face 2 two.ttc
+2 has_no_face_.Fat. -s 20 --face Fat one.ttf
+2 has_no_face_.1.,_only:_0 --face 1 tiny.hex
+2 only:_.Light.,_.Heavy. -s 20 --instance Bold var.ttf
+2 .wght=901.,_only_axes:_wght_from_100_to_900 -s 20 --instance wght=901 var.ttf
+2 .wdth=100. -s 20 --instance wght=500,wdth=100 var.ttf
+2 no_variable_font -s 20 --instance Bold one.ttf
 END
 run 1 'File too large' sh -c 'ulimit -f 1; "$@"' - "$cbfconv" -s 40 -o bad.cbf "$ttf"
 # A glyph of a million pixels is refused as it comes, and not once there are thousands of them.
@@ -125,6 +166,10 @@ cmp text.txt message.txt || fail "a text is overwritten"
 run 2 'has no name' "$cbfconv" -s 16 -o '' "$ttf"
 run 1 "'': No such file" "$cbfconv" -s 16 -t '' -o new.cbf "$ttf"
 run 1 ': .x1B.31mred.x7F: No such file' "$cbfconv" -o new.cbf "$(printf '\033[31mred\177')"
+run 2 'is a terminal' script -qec "$cbfconv -s 16 -o - $ttf" /dev/null
+"$cbfconv" -v -s 16 -o - "$ttf" 2>told | cmp - sans.cbf || fail "another font on standard output"
+grep -q 95.glyphs told || fail "nothing is told beside standard output"
+run 1 'stdout: No space left' sh -c '"$@" >/dev/full' - "$cbfconv" -s 16 -o - "$ttf"
 full "$cbfconv" --help
 full "$cbfconv" --version
 full "$cbfconv" -v -s 16 -o new.cbf "$ttf"

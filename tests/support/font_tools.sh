@@ -3,6 +3,7 @@
 # What the tests of cbfconv and cbfdump begin with, in a new folder: . support/font_tools.sh
 set -u
 cbfconv=$1 cbfdump=$2 ttf=/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf failures=0
+support=$(CDPATH='' cd -- "$(dirname "$0")/support" && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1

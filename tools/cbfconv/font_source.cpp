@@ -19,11 +19,11 @@ static void CheckReadable(const std::string &path) {
         throw FontError(errno ? std::strerror(errno) : "is empty");
 }
 
-std::unique_ptr<FontSource> OpenFont(const std::string &path, int pixelSize) {
+std::unique_ptr<FontSource> OpenFont(const std::string &path, const FontChoice &choice) {
     CheckReadable(path);
     if (IsHexFont(path))
-        return OpenHexFont(path, pixelSize);
-    return OpenFreeTypeFont(path, pixelSize);
+        return OpenHexFont(path, choice);
+    return OpenFreeTypeFont(path, choice);
 }
 
 } // namespace cbfconv

@@ -17,14 +17,32 @@ struct FontError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// It was asked for at a size that it can't have.
-struct FontSizeError : FontError {
+// It was asked for a size, a face or an instance that it doesn't have.
+struct FontChoiceError : FontError {
     using FontError::FontError;
 };
 
-constexpr int kNativeSize = 0;
+// One glyph of it is no good. The reason is a clause, "is wider or higher than 127 pixels", which
+// may be the same for others; the details follow it in the text.
+struct GlyphError : FontError {
+    GlyphError(const std::string &clause, const std::string &details)
+        : FontError(clause + details), reason(clause) {
+    }
+    std::string reason;
+};
 
-// Glyphs are cropped to the smallest box around their ink. Calls throw FontError.
+constexpr int kNativeSize = 0;
+constexpr char kDefaultInstance[] = "default";
+
+// Which of the fonts in a file is meant.
+struct FontChoice {
+    int pixelSize = kNativeSize;
+    std::string face;     // of a collection, by number from 0 or by name; empty: the first
+    std::string instance; // of a variable font, by name or by values of axes; empty: the default
+};
+
+// Glyphs are cropped to the smallest box around their ink. Calls throw FontError, and GlyphError
+// for what is wrong with a single glyph.
 class FontSource {
   public:
     virtual ~FontSource() = default;
@@ -36,6 +54,6 @@ class FontSource {
 };
 
 // Throws FontError.
-std::unique_ptr<FontSource> OpenFont(const std::string &path, int pixelSize);
+std::unique_ptr<FontSource> OpenFont(const std::string &path, const FontChoice &choice);
 
 } // namespace cbfconv

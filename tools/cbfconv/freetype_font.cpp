@@ -2,84 +2,26 @@
 // Glyphs are rendered in one bit by FreeType's own hinting for that; bitmaps are taken as they are.
 #include "cbfconv/freetype_font.h"
 
-#include "cbf/code_points.h"
 #include "cbf/glyph_record.h"
+#include "cbfconv/freetype_face.h"
 #include "cbfconv/glyph_box.h"
-#include "common/program.h"
 
-#include <ft2build.h>
-
-#include FT_FREETYPE_H
+#include FT_BBOX_H
 #include FT_BDF_H
 #include FT_BITMAP_H
 #include FT_FONT_FORMATS_H
-#include FT_MODULE_H
 #include FT_OUTLINE_H
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
 namespace cbfconv {
 
 namespace {
 
-struct CloseLibrary {
-    void operator()(FT_Library library) const {
-        FT_Done_Library(library);
-    }
-};
-struct CloseFace {
-    void operator()(FT_Face face) const {
-        FT_Done_Face(face);
-    }
-};
-using Library = std::unique_ptr<FT_LibraryRec_, CloseLibrary>;
-using Face = std::unique_ptr<FT_FaceRec_, CloseFace>;
-
 // FreeType's metrics are in 64ths of a pixel.
 int32_t RoundToPixels(FT_Pos sixtyFourths) {
     return static_cast<int32_t>((sixtyFourths + 32) >> 6);
-}
-
-// ---- Opening ----
-
-// Short memory ends the program right here: not all of FreeType bears with it.
-void *Allocate(FT_Memory, long size) {
-    if (void *block = std::malloc(static_cast<size_t>(size)))
-        return block;
-    tool::StopForMemory();
-}
-
-void Free(FT_Memory, void *block) {
-    std::free(block);
-}
-
-void *Reallocate(FT_Memory, long, long size, void *block) {
-    if (void *moved = std::realloc(block, static_cast<size_t>(size)))
-        return moved;
-    tool::StopForMemory();
-}
-
-Library OpenLibrary() {
-    static FT_MemoryRec_ memory = {nullptr, Allocate, Free, Reallocate}; // outlives every library
-    FT_Library library = nullptr;
-    if (FT_New_Library(&memory, &library))
-        throw FontError("FreeType could not be started");
-    Library owner(library);
-    FT_Add_Default_Modules(library);
-    FT_Set_Default_Properties(library);
-    return owner;
-}
-
-Face OpenFace(FT_Library library, const std::string &path) {
-    FT_Face face = nullptr;
-    if (FT_New_Face(library, path.c_str(), 0, &face))
-        throw FontError("is not a font that FreeType can read");
-    Face owner(face);
-    if (FT_Select_Charmap(face, FT_ENCODING_UNICODE))
-        throw FontError("does not map its glyphs to Unicode");
-    return owner;
 }
 
 // ---- Sizes ----
@@ -102,10 +44,10 @@ int FindStrike(FT_Face face, int pixelSize) {
         if (StrikeSize(face->available_sizes[i]) == pixelSize)
             return i;
     if (pixelSize == kNativeSize)
-        throw FontSizeError("has bitmaps of several sizes, choose one with -s: " +
-                            ListStrikes(face));
-    throw FontSizeError("has no bitmaps of " + std::to_string(pixelSize) +
-                        " pixels, only of: " + ListStrikes(face));
+        throw FontChoiceError("has bitmaps of several sizes, choose one with -s: " +
+                              ListStrikes(face));
+    throw FontChoiceError("has no bitmaps of " + std::to_string(pixelSize) +
+                          " pixels, only of: " + ListStrikes(face));
 }
 
 void SetSize(FT_Face face, int pixelSize) {
@@ -113,7 +55,7 @@ void SetSize(FT_Face face, int pixelSize) {
     if (!FT_IS_SCALABLE(face))
         error = FT_Select_Size(face, FindStrike(face, pixelSize));
     else if (pixelSize == kNativeSize)
-        throw FontSizeError("is an outline font and needs a size in pixels (-s)");
+        throw FontChoiceError("is an outline font and needs a size in pixels (-s)");
     else
         error = FT_Set_Pixel_Sizes(face, 0, static_cast<FT_UInt>(pixelSize));
     if (error)
@@ -142,7 +84,7 @@ std::vector<uint8_t> InkOf(FT_Library library, const FT_Bitmap &source) {
         return std::vector<uint8_t>(size_t{source.width} * source.rows);
     GrayBitmap gray(library);
     if (FT_Bitmap_Convert(library, &source, &gray.bitmap, 1))
-        throw FontError("has a bitmap of unknown form");
+        throw GlyphError("has a bitmap of unknown form", "");
     std::vector<uint8_t> pixels;
     for (unsigned y = 0; y < gray.bitmap.rows; ++y) {
         const uint8_t *row = gray.bitmap.buffer + static_cast<ptrdiff_t>(y) * gray.bitmap.pitch;
@@ -153,24 +95,26 @@ std::vector<uint8_t> InkOf(FT_Library library, const FT_Bitmap &source) {
 }
 
 // Pixels of a side. Larger glyphs are refused before they are rendered: a font of a kilobyte can
-// ask for a gigabyte of them. Smaller ones may yet be cropped to what fits.
-constexpr FT_Pos kMaxRenderedSide = 1024;
+// ask for a gigabyte of them. Smaller ones may yet be cropped to what fits, bitmaps more than
+// outlines, of whose box only slivers that are lost between pixels stay empty.
+constexpr FT_Pos kMaxBitmapSide = 1024, kMaxOutlineSide = 256;
 
 void CheckSize(const FT_GlyphSlot slot) {
-    FT_Pos width = slot->bitmap.width, height = slot->bitmap.rows;
+    FT_Pos width = slot->bitmap.width, height = slot->bitmap.rows, most = kMaxBitmapSide;
     if (slot->format == FT_GLYPH_FORMAT_OUTLINE) {
-        FT_BBox box;
-        FT_Outline_Get_CBox(&slot->outline, &box);
+        FT_BBox box = {};
+        FT_Outline_Get_BBox(&slot->outline, &box);
         width = (box.xMax - box.xMin + 63) / 64;
         height = (box.yMax - box.yMin + 63) / 64;
+        most = kMaxOutlineSide;
     }
-    if (std::max(width, height) <= kMaxRenderedSide)
+    if (std::max(width, height) <= most)
         return;
     cbf::Glyph glyph;
     glyph.width = static_cast<int32_t>(width);
     glyph.height = static_cast<int32_t>(height);
     glyph.advance = RoundToPixels(slot->advance.x);
-    throw FontError(DescribeFault(cbf::Reason(cbf::Problem::Size), glyph));
+    throw GlyphError(cbf::Reason(cbf::Problem::Size), SizesOf(glyph));
 }
 
 cbf::Glyph RenderGlyph(FT_Face face, FT_UInt index) {
@@ -181,7 +125,7 @@ cbf::Glyph RenderGlyph(FT_Face face, FT_UInt index) {
         error = FT_Render_Glyph(slot, FT_RENDER_MODE_MONO);
     }
     if (error)
-        throw FontError("can't be rendered (FreeType error " + std::to_string(error) + ")");
+        throw GlyphError("can't be rendered", " (FreeType error " + std::to_string(error) + ")");
     cbf::Glyph glyph;
     glyph.width = static_cast<int32_t>(slot->bitmap.width);
     glyph.height = static_cast<int32_t>(slot->bitmap.rows);
@@ -190,14 +134,6 @@ cbf::Glyph RenderGlyph(FT_Face face, FT_UInt index) {
     glyph.advance = RoundToPixels(slot->advance.x);
     glyph.pixels = InkOf(slot->library, slot->bitmap);
     return Crop(glyph);
-}
-
-cbf::Glyph RenderNamed(FT_Face face, FT_UInt index, const std::string &name) {
-    try {
-        return RenderGlyph(face, index);
-    } catch (const FontError &error) {
-        throw FontError(name + ": " + error.what());
-    }
 }
 
 // ---- The fallback glyph ----
@@ -212,7 +148,7 @@ bool HasOwnFallback(FT_Face face) {
 
 cbf::Glyph FallbackGlyph(FT_Face face) {
     if (HasOwnFallback(face)) {
-        cbf::Glyph own = RenderNamed(face, 0, "fallback glyph");
+        cbf::Glyph own = RenderGlyph(face, 0);
         if (own.width > 0)
             return own;
     }
@@ -221,9 +157,9 @@ cbf::Glyph FallbackGlyph(FT_Face face) {
 
 class FreeTypeFont : public FontSource {
   public:
-    FreeTypeFont(const std::string &path, int pixelSize)
-        : library(OpenLibrary()), face(OpenFace(library.get(), path)) {
-        SetSize(face.get(), pixelSize);
+    FreeTypeFont(const std::string &path, const FontChoice &choice)
+        : library(OpenLibrary()), face(OpenFace(library.get(), path, choice)) {
+        SetSize(face.get(), choice.pixelSize);
     }
 
     int32_t LineHeight() const override {
@@ -240,7 +176,7 @@ class FreeTypeFont : public FontSource {
         const FT_UInt index = FT_Get_Char_Index(face.get(), codePoint);
         if (index == 0)
             return {};
-        return RenderNamed(face.get(), index, cbf::CodePointName(codePoint));
+        return RenderGlyph(face.get(), index);
     }
 
   private:
@@ -250,8 +186,8 @@ class FreeTypeFont : public FontSource {
 
 } // namespace
 
-std::unique_ptr<FontSource> OpenFreeTypeFont(const std::string &path, int pixelSize) {
-    return std::make_unique<FreeTypeFont>(path, pixelSize);
+std::unique_ptr<FontSource> OpenFreeTypeFont(const std::string &path, const FontChoice &choice) {
+    return std::make_unique<FreeTypeFont>(path, choice);
 }
 
 } // namespace cbfconv

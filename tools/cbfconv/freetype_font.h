@@ -6,6 +6,6 @@
 
 namespace cbfconv {
 
-std::unique_ptr<FontSource> OpenFreeTypeFont(const std::string &path, int pixelSize);
+std::unique_ptr<FontSource> OpenFreeTypeFont(const std::string &path, const FontChoice &choice);
 
 } // namespace cbfconv

@@ -51,8 +51,8 @@ cbf::Glyph HollowBox(int32_t ascent) {
     return box;
 }
 
-std::string DescribeFault(const std::string &reason, const cbf::Glyph &glyph) {
-    return reason + " (" + std::to_string(glyph.width) + " x " + std::to_string(glyph.height) +
+std::string SizesOf(const cbf::Glyph &glyph) {
+    return " (" + std::to_string(glyph.width) + " x " + std::to_string(glyph.height) +
            ", advance " + std::to_string(glyph.advance) + ")";
 }
 

@@ -107,10 +107,14 @@ bool IsHexFont(const std::string &path) {
     return colon >= start + 4 && colon < std::end(start) && *colon == ':';
 }
 
-std::unique_ptr<FontSource> OpenHexFont(const std::string &path, int pixelSize) {
-    if (pixelSize != kNativeSize && pixelSize != kRows)
-        throw FontSizeError("has no bitmaps of " + std::to_string(pixelSize) +
-                            " pixels, only of: " + std::to_string(kRows));
+std::unique_ptr<FontSource> OpenHexFont(const std::string &path, const FontChoice &choice) {
+    if (choice.pixelSize != kNativeSize && choice.pixelSize != kRows)
+        throw FontChoiceError("has no bitmaps of " + std::to_string(choice.pixelSize) +
+                              " pixels, only of: " + std::to_string(kRows));
+    if (!choice.face.empty() && choice.face != "0")
+        throw FontChoiceError("has no face '" + choice.face + "', only: 0");
+    if (!choice.instance.empty() && choice.instance != kDefaultInstance)
+        throw FontChoiceError("has no instance '" + choice.instance + "': it is no variable font");
     return std::make_unique<HexFont>(path);
 }
 

@@ -10,6 +10,6 @@ namespace cbfconv {
 // Whether the file looks like lines of "CODE POINT:BITMAP", both in hexadecimal digits.
 bool IsHexFont(const std::string &path);
 
-std::unique_ptr<FontSource> OpenHexFont(const std::string &path, int pixelSize);
+std::unique_ptr<FontSource> OpenHexFont(const std::string &path, const FontChoice &choice);
 
 } // namespace cbfconv

@@ -10,24 +10,22 @@
 #include "common/program.h"
 #include "common/streams.h"
 
+#include <unistd.h>
+
 namespace cbfconv {
 
 using tool::Failure;
 
-static MergedFont ReadWanted(const Options &options, tool::Progress &progress) {
-    MergedFont merged = ReadFonts(options, progress);
-    if (merged.font.glyphs.empty())
-        throw Failure(tool::kBadData, ListPaths(options.inputs) + ": " +
-                                          (options.inputs.size() > 1 ? "have" : "has") +
-                                          " none of the characters");
-    return merged;
-}
-
-static cbf::File MakeFile(const Options &options, const MergedFont &merged) {
-    cbf::File file = cbf::WriteFont(merged.font);
-    if (file.fault.problem != cbf::Problem::None)
-        throw Failure(tool::kBadData, Blame(file.fault, options.inputs, merged));
-    return file;
+// What keeps the font from being written is left out where it may be. No glyph may remain.
+static cbf::File MakeFile(const Options &options, MergedFont &merged) {
+    while (!merged.font.glyphs.empty()) {
+        cbf::File file = cbf::WriteFont(merged.font);
+        if (file.fault.problem == cbf::Problem::None)
+            return file;
+        if (!LeaveOut(options, file.fault, merged))
+            throw Failure(tool::kBadData, Blame(file.fault, options.inputs, merged));
+    }
+    return {};
 }
 
 static void Publish(const std::string &path, const cbf::Bytes &bytes, const cbf::Font &font,
@@ -40,19 +38,33 @@ static void Publish(const std::string &path, const cbf::Bytes &bytes, const cbf:
     file.Publish();
 }
 
+// On standard output, unless the font is there.
+static void TellResult(const std::string &output, const std::string &text) {
+    if (output != kStandardOutput)
+        tool::WriteOutput(text);
+    else if (!tool::WriteFully(STDERR_FILENO, text.data(), text.size()))
+        throw tool::SystemFailure("standard error");
+}
+
 static void Convert(const Options &options) {
     tool::CheckTarget(options.output, options.files);
     MergedFont merged;
     cbf::File file;
     {
         tool::Progress progress("cbfconv"); // its line is cleared before anything else is told
-        merged = ReadWanted(options, progress);
+        merged = ReadFonts(options, progress);
         file = MakeFile(options, merged);
-        Publish(options.output, file.bytes, merged.font, progress);
+        if (!merged.font.glyphs.empty())
+            Publish(options.output, file.bytes, merged.font, progress);
     }
+    TellLeftOut(options.inputs, merged);
+    if (merged.font.glyphs.empty())
+        throw Failure(tool::kBadData, ListPaths(options.inputs) + ": " +
+                                          (options.inputs.size() > 1 ? "have" : "has") +
+                                          " none of the characters");
     TellOmissions(options.inputs, merged);
     if (options.verbose)
-        tool::WriteOutput(DescribeResult(options.output, file, merged.font));
+        TellResult(options.output, DescribeResult(options.output, file, merged.font));
 }
 
 static int Run(int argc, char **argv) {

@@ -21,31 +21,37 @@ const char kFallbackName[] = "fallback glyph";
 template <typename Call> auto OfFont(const std::string &path, Call call) {
     try {
         return call();
-    } catch (const FontSizeError &error) {
+    } catch (const FontChoiceError &error) {
         throw Failure(tool::kBadUsage, path + ": " + error.what());
     } catch (const FontError &error) {
         throw Failure(tool::kBadData, path + ": " + error.what());
     }
 }
 
-// Glyphs that don't fit are refused as they come, before there are thousands of them in memory.
-void CheckFits(const std::string &name, const cbf::Glyph &glyph) {
-    const cbf::Problem problem = cbf::CheckGlyph(glyph);
-    if (problem != cbf::Problem::None)
-        throw FontError(name + ": " + DescribeFault(cbf::Reason(problem), glyph));
-    if (cbf::OutlineWraps(glyph))
-        throw FontError(name + ": " +
-                        DescribeFault("reaches further than 125 pixels from the pen, so that its "
-                                      "outline would be drawn elsewhere",
-                                      glyph));
+// Runs a call that throws GlyphError, and names the glyph.
+template <typename Call> auto OfGlyph(const std::string &name, Call call) {
+    try {
+        return call();
+    } catch (const GlyphError &error) {
+        throw FontError(name + ": " + error.what());
+    }
 }
 
-// The glyph of a character under the name that it is to have in messages.
-std::optional<cbf::Glyph> ReadFitting(FontSource &source, uint32_t codePoint,
-                                      const std::string &name) {
+// Glyphs that don't fit are refused as they come, before there are thousands of them in memory.
+void CheckFits(const cbf::Glyph &glyph) {
+    const cbf::Problem problem = cbf::CheckGlyph(glyph);
+    if (problem != cbf::Problem::None)
+        throw GlyphError(cbf::Reason(problem), SizesOf(glyph));
+    if (cbf::OutlineWraps(glyph))
+        throw GlyphError("reaches further than 125 pixels from the pen, so that its outline would "
+                         "be drawn elsewhere",
+                         SizesOf(glyph));
+}
+
+std::optional<cbf::Glyph> ReadFitting(FontSource &source, uint32_t codePoint) {
     std::optional<cbf::Glyph> glyph = source.Read(codePoint);
     if (glyph)
-        CheckFits(name, *glyph);
+        CheckFits(*glyph);
     return glyph;
 }
 
@@ -54,28 +60,49 @@ using Sources = std::vector<std::unique_ptr<FontSource>>;
 Sources OpenFonts(const std::vector<Input> &inputs) {
     Sources sources;
     for (const Input &input : inputs)
-        sources.push_back(
-            OfFont(input.path, [&] { return OpenFont(input.path, input.pixelSize); }));
+        sources.push_back(OfFont(input.path, [&] { return OpenFont(input.path, input.choice); }));
     return sources;
 }
 
-void ReadCharacter(const std::vector<Input> &inputs, const Sources &sources, uint32_t codePoint,
+// What was asked for by name must fit; what "all" asks for need not, unless strict.
+bool MayLeaveOut(const Options &options, size_t input) {
+    return options.inputs[input].wanted.HoldsAll() && !options.strict;
+}
+
+// The glyph as one input has it; none where it may be left out, which sets the reason.
+std::optional<cbf::Glyph> ReadOrLeaveOut(const Options &options, FontSource &source, size_t input,
+                                         uint32_t codePoint, std::string &reason) {
+    const std::string name = cbf::CodePointName(codePoint);
+    return OfFont(options.inputs[input].path, [&]() -> std::optional<cbf::Glyph> {
+        try {
+            return ReadFitting(source, codePoint);
+        } catch (const GlyphError &error) {
+            if (!MayLeaveOut(options, input))
+                throw FontError(name + ": " + error.what());
+            reason = error.reason;
+            return {};
+        }
+    });
+}
+
+void ReadCharacter(const Options &options, const Sources &sources, uint32_t codePoint,
                    MergedFont &merged) {
     bool byNumber = false;
-    for (size_t i = 0; i < inputs.size(); ++i) {
-        if (!inputs[i].wanted.Has(codePoint))
+    std::string reason;
+    for (size_t i = 0; i < sources.size(); ++i) {
+        if (!options.inputs[i].wanted.Has(codePoint))
             continue;
-        byNumber |= !inputs[i].wanted.HoldsAll();
-        auto glyph = OfFont(inputs[i].path, [&] {
-            return ReadFitting(*sources[i], codePoint, cbf::CodePointName(codePoint));
-        });
+        byNumber |= !options.inputs[i].wanted.HoldsAll();
+        auto glyph = ReadOrLeaveOut(options, *sources[i], i, codePoint, reason);
         if (!glyph)
             continue;
         merged.font.glyphs.emplace_hint(merged.font.glyphs.end(), codePoint, std::move(*glyph));
         merged.origins.emplace_hint(merged.origins.end(), codePoint, i);
         return;
     }
-    if (byNumber)
+    if (!reason.empty())
+        merged.leftOut[reason].push_back(codePoint);
+    else if (byNumber)
         merged.missing.push_back(codePoint);
 }
 
@@ -83,8 +110,10 @@ void ReadFallback(const std::string &character, const std::vector<Input> &inputs
                   const Sources &sources, MergedFont &merged) {
     if (character.empty()) {
         OfFont(inputs[0].path, [&] {
-            merged.font.fallback = sources[0]->Fallback();
-            CheckFits(kFallbackName, merged.font.fallback);
+            OfGlyph(kFallbackName, [&] {
+                merged.font.fallback = sources[0]->Fallback();
+                CheckFits(merged.font.fallback);
+            });
         });
         return;
     }
@@ -94,7 +123,7 @@ void ReadFallback(const std::string &character, const std::vector<Input> &inputs
                                            "' is no single character, nor a number such as U+FFFD");
     for (size_t i = 0; i < inputs.size(); ++i)
         if (auto glyph = OfFont(inputs[i].path, [&] {
-                return ReadFitting(*sources[i], *codePoint, kFallbackName);
+                return OfGlyph(kFallbackName, [&] { return ReadFitting(*sources[i], *codePoint); });
             })) {
             merged.font.fallback = std::move(*glyph);
             merged.fallbackOrigin = i;
@@ -125,10 +154,20 @@ MergedFont ReadFonts(const Options &options, tool::Progress &progress) {
         merged.font.lineHeight = std::max(merged.font.lineHeight, source->LineHeight());
     for (uint32_t c = 0; c <= tool::kMaxCodePoint; ++c) {
         progress.Tell("reading", c, tool::kMaxCodePoint);
-        ReadCharacter(inputs, sources, c, merged);
+        ReadCharacter(options, sources, c, merged);
     }
     AddSpacing(options, merged.font);
     return merged;
+}
+
+bool LeaveOut(const Options &options, const cbf::Fault &fault, MergedFont &merged) {
+    if (fault.inFallback || fault.problem == cbf::Problem::FileSize ||
+        !MayLeaveOut(options, merged.origins.at(fault.codePoint)))
+        return false;
+    merged.leftOut[cbf::Reason(fault.problem)].push_back(fault.codePoint);
+    merged.font.glyphs.erase(fault.codePoint);
+    merged.origins.erase(fault.codePoint);
+    return true;
 }
 
 } // namespace cbfconv

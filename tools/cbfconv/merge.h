@@ -2,7 +2,7 @@
 // One font out of several: each character from the first input that has it.
 #pragma once
 
-#include "cbf/font.h"
+#include "cbf/writer.h"
 #include "cbfconv/options.h"
 #include "common/progress.h"
 
@@ -14,10 +14,14 @@ struct MergedFont {
     cbf::Font font;
     std::map<uint32_t, size_t> origins; // of the glyphs: positions in the inputs
     size_t fallbackOrigin = 0;
-    std::vector<uint32_t> missing; // asked for by number, and in no font
+    std::vector<uint32_t> missing;                        // asked for by number, and in no font
+    std::map<std::string, std::vector<uint32_t>> leftOut; // by the reason, a clause about each
 };
 
 // Throws tool::Failure.
 MergedFont ReadFonts(const Options &options, tool::Progress &progress);
+
+// Takes out the character that keeps the font from being written; false where it has to stay.
+bool LeaveOut(const Options &options, const cbf::Fault &fault, MergedFont &merged);
 
 } // namespace cbfconv

@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <map>
 
+#include <unistd.h>
+
 namespace cbfconv {
 
 using tool::Failure;
@@ -20,11 +22,12 @@ namespace {
 
 // What stands there for the fonts, in the order of each option.
 struct CommandLine {
-    std::vector<std::string> fonts, sizes, ranges, exclusions, texts;
+    std::vector<std::string> fonts, sizes, faces, instances, ranges, exclusions, texts;
 };
 
 const char kFooter[] =
-    "-s, -r, -t and -x hold for the fonts that follow them; with a single font they may stand\n"
+    "-s, --face, --instance, -r, -t and -x hold for the fonts that follow them; with a single font "
+    "they may stand\n"
     "anywhere. Of several fonts the first that has a character provides it:\n"
     "  cbfconv -o mixed.cbf -s 16 DejaVuSans.ttf -r U+4E00-U+9FFF unifont.hex\n"
     "LIST is 'all' or single characters and ranges such as 0x20-0x7E,U+0400-U+04FF,176.\n"
@@ -32,7 +35,7 @@ const char kFooter[] =
 
 // What each font is asked for by the options before it, in the order of the command line.
 struct PerFont {
-    CLI::Option *font, *size, *ranges, *text, *exclusions;
+    CLI::Option *font, *size, *face, *instance, *ranges, *text, *exclusions;
 };
 
 PerFont DeclareFontOptions(CLI::App &app, CommandLine &line) {
@@ -41,13 +44,20 @@ PerFont DeclareFontOptions(CLI::App &app, CommandLine &line) {
         return app.add_option(names, values, description)->allow_extra_args(false)->type_name(type);
     };
     PerFont perFont = {};
-    perFont.font = app.add_option("font", line.fonts,
-                                  "Fonts to convert: TTF, OTF, BDF, PCF (also .pcf.gz) or .hex")
-                       ->required()
-                       ->type_name("FONT");
+    perFont.font =
+        app.add_option("font", line.fonts,
+                       "Fonts to convert: TTF, OTF, TTC, BDF, PCF (also .pcf.gz) or .hex")
+            ->required()
+            ->type_name("FONT");
     perFont.size =
         declare("-s,--size", line.sizes,
                 "Size in pixels (of the em square); 0, or none: a bitmap font's own", "PIXELS");
+    perFont.face = declare("--face", line.faces,
+                           "Font of a collection (.ttc), by number from 0 or by name", "FACE");
+    perFont.instance = declare("--instance", line.instances,
+                               "Instance of a variable font, by name or by values such as "
+                               "wght=700,wdth=90; 'default': as it comes",
+                               "INSTANCE");
     perFont.ranges =
         declare("-r,--ranges", line.ranges, "Characters; what the font lacks is left out", "LIST");
     perFont.text = declare("-t,--text", line.texts,
@@ -58,7 +68,7 @@ PerFont DeclareFontOptions(CLI::App &app, CommandLine &line) {
 }
 
 void DeclareOptions(CLI::App &app, Options &options) {
-    app.add_option("-o,--output", options.output, "CBF file to write")
+    app.add_option("-o,--output", options.output, "CBF file to write; -: standard output")
         ->required()
         ->type_name("FILE");
     app.add_option("--fallback", options.fallback,
@@ -71,9 +81,18 @@ void DeclareOptions(CLI::App &app, Options &options) {
     tool::AddInteger(app, "--line-spacing", options.lineSpacing, -1000, 1000,
                      "Pixels to add to the line height")
         ->type_name("PIXELS");
+    app.add_flag("--strict", options.strict,
+                 "Write nothing if '-r all' holds a character that a CBF font can't");
     app.add_flag("-v,--verbose", options.verbose, "Tell what was written");
     app.set_version_flag("--version", tool::VersionText("cbfconv"));
     app.footer(kFooter);
+}
+
+std::string StandardOutput() {
+    if (isatty(STDOUT_FILENO))
+        throw Failure(tool::kBadUsage, "-o -: standard output is a terminal, which can't show a "
+                                       "font; name a file, or pass it on with '|' or '>'");
+    return kStandardOutput;
 }
 
 // ---- What is wanted of each font ----
@@ -110,7 +129,7 @@ void ChangeSet(CodePointSet &set, const char *option, const std::string &list, b
 // The options in force at some place of the command line. A list replaces an earlier one once
 // fonts have used that.
 struct Asked {
-    int pixelSize = kNativeSize;
+    FontChoice choice;
     std::vector<std::string> ranges, texts, exclusions;
     bool used = false;
 };
@@ -118,7 +137,7 @@ struct Asked {
 Input MakeInput(const std::string &path, const Asked &asked) {
     Input input;
     input.path = path;
-    input.pixelSize = asked.pixelSize;
+    input.choice = asked.choice;
     for (const std::string &text : asked.texts)
         AddCharactersOf(text, input.wanted);
     for (const std::string &list : asked.ranges)
@@ -132,13 +151,9 @@ Input MakeInput(const std::string &path, const Asked &asked) {
     return input;
 }
 
-// A new list of characters after a font starts afresh; the size stays.
-void Ask(Asked &asked, const PerFont &options, const CLI::Option *option,
-         const std::string &value) {
-    if (option == options.size) {
-        asked.pixelSize = static_cast<int>(tool::IntegerBetween("--size", value, 0, 1000));
-        return;
-    }
+// A new list of characters after a font starts afresh.
+void AskForCharacters(Asked &asked, const PerFont &options, const CLI::Option *option,
+                      const std::string &value) {
     if (asked.used) {
         asked.ranges.clear();
         asked.texts.clear();
@@ -151,6 +166,18 @@ void Ask(Asked &asked, const PerFont &options, const CLI::Option *option,
         .push_back(value);
 }
 
+void Ask(Asked &asked, const PerFont &options, const CLI::Option *option,
+         const std::string &value) {
+    if (option == options.size)
+        asked.choice.pixelSize = static_cast<int>(tool::IntegerBetween("--size", value, 0, 1000));
+    else if (option == options.face)
+        asked.choice.face = value;
+    else if (option == options.instance)
+        asked.choice.instance = value;
+    else
+        AskForCharacters(asked, options, option, value);
+}
+
 std::vector<Input> ListInputs(const CLI::App &app, const PerFont &options) {
     std::map<const CLI::Option *, size_t> taken;
     std::vector<Input> inputs;
@@ -158,10 +185,10 @@ std::vector<Input> ListInputs(const CLI::App &app, const PerFont &options) {
     Asked asked;
     const CLI::Option *unused = nullptr;
     for (const CLI::Option *option : app.parse_order()) {
-        const bool known = option == options.font || option == options.size ||
-                           option == options.ranges || option == options.text ||
-                           option == options.exclusions;
-        if (!known)
+        const CLI::Option *const known[] = {options.font,      options.size,   options.face,
+                                            options.instance,  options.ranges, options.text,
+                                            options.exclusions};
+        if (std::find(std::begin(known), std::end(known), option) == std::end(known))
             continue;
         const std::string &value = option->results().at(taken[option]++);
         unused = option == options.font ? nullptr : option;
@@ -191,6 +218,8 @@ std::optional<Options> ParseOptions(int argc, char **argv) {
     DeclareOptions(app, options);
     if (!tool::ParseCommandLine(app, argc, argv))
         return {};
+    if (options.output == "-")
+        options.output = StandardOutput();
     options.inputs = ListInputs(app, perFont);
     options.files = line.fonts;
     options.files.insert(options.files.end(), line.texts.begin(), line.texts.end());

@@ -12,17 +12,20 @@ namespace cbfconv {
 // One input font. What it is asked for may be more than it has.
 struct Input {
     std::string path;
-    int pixelSize = kNativeSize;
+    FontChoice choice;
     CodePointSet wanted;
 };
+
+constexpr char kStandardOutput[] = "/dev/stdout";
 
 struct Options {
     std::vector<Input> inputs;
     std::vector<std::string> files; // all that are read: fonts and texts
-    std::string output;
-    std::string fallback; // empty: the first font's own
+    std::string output;             // kStandardOutput for "-"
+    std::string fallback;           // empty: the first font's own
     int letterSpacing = 0;
     int lineSpacing = 0;
+    bool strict = false;
     bool verbose = false;
 };
 

@@ -28,16 +28,25 @@ std::string Blame(const cbf::Fault &fault, const std::vector<Input> &inputs,
         fault.inFallback ? "fallback glyph" : cbf::CodePointName(fault.codePoint);
     const cbf::Glyph &glyph =
         fault.inFallback ? merged.font.fallback : merged.font.glyphs.at(fault.codePoint);
-    return inputs[origin].path + ": " + name + ": " +
-           DescribeFault(cbf::Reason(fault.problem), glyph);
+    return inputs[origin].path + ": " + name + ": " + cbf::Reason(fault.problem) + SizesOf(glyph);
 }
 
-static std::string ListMissing(const std::vector<uint32_t> &missing) {
-    constexpr size_t kListed = 6;
+// "U+0041-U+0043, U+0050, ... and 7 more", of code points in ascending order.
+static std::string ListCodePoints(const std::vector<uint32_t> &codePoints) {
+    constexpr size_t kListed = 6; // ranges
     std::string list;
-    for (size_t i = 0; i < std::min(missing.size(), kListed); ++i)
-        list += (i ? ", " : "") + cbf::CodePointName(missing[i]);
-    return list + (missing.size() > kListed ? ", ..." : "");
+    size_t first = 0;
+    for (size_t ranges = 0; first < codePoints.size() && ranges < kListed; ++ranges) {
+        size_t last = first;
+        while (last + 1 < codePoints.size() && codePoints[last + 1] == codePoints[last] + 1)
+            ++last;
+        list += (first ? ", " : "") + cbf::CodePointName(codePoints[first]);
+        if (last > first)
+            list += "-" + cbf::CodePointName(codePoints[last]);
+        first = last + 1;
+    }
+    const size_t more = codePoints.size() - first;
+    return list + (more ? ", ... and " + std::to_string(more) + " more" : "");
 }
 
 static size_t CountWithoutOutline(const cbf::Font &font) {
@@ -47,6 +56,14 @@ static size_t CountWithoutOutline(const cbf::Font &font) {
         }));
 }
 
+void TellLeftOut(const std::vector<Input> &inputs, const MergedFont &merged) {
+    for (const auto &[reason, codePoints] : merged.leftOut)
+        tool::Say("cbfconv", ListPaths(inputs) + ": left out " + std::to_string(codePoints.size()) +
+                                 (codePoints.size() > 1 ? " characters, each of which "
+                                                        : " character, which ") +
+                                 reason + ": " + ListCodePoints(codePoints));
+}
+
 void TellOmissions(const std::vector<Input> &inputs, const MergedFont &merged) {
     const std::string paths = ListPaths(inputs);
     const size_t present = merged.font.glyphs.size();
@@ -54,7 +71,7 @@ void TellOmissions(const std::vector<Input> &inputs, const MergedFont &merged) {
         tool::Say("cbfconv",
                   paths + (inputs.size() > 1 ? ": have " : ": has ") + std::to_string(present) +
                       " of the " + std::to_string(present + missing) + " characters, " +
-                      std::to_string(missing) + " missing: " + ListMissing(merged.missing));
+                      std::to_string(missing) + " missing: " + ListCodePoints(merged.missing));
     for (size_t i = 0; i < inputs.size(); ++i)
         if (std::none_of(merged.origins.begin(), merged.origins.end(),
                          [&](const auto &entry) { return entry.second == i; }))

@@ -14,6 +14,9 @@ std::string ListPaths(const std::vector<Input> &inputs);
 std::string Blame(const cbf::Fault &fault, const std::vector<Input> &inputs,
                   const MergedFont &merged);
 
+// What the fonts have and a CBF font can't, on standard error.
+void TellLeftOut(const std::vector<Input> &inputs, const MergedFont &merged);
+
 // What was asked for and isn't there, or only in part, on standard error.
 void TellOmissions(const std::vector<Input> &inputs, const MergedFont &merged);
 
