@@ -19,8 +19,6 @@
 
 namespace {
 
-constexpr double kUsualRate = 25; // of {time}, when no other is given
-
 // False when something is wrong, of which it has told.
 bool Load(overlay::Engine &engine, const Options &options) {
     if (!options.fontPath.empty() && !NoErrors(engine.SetFont(options.fontPath)))
@@ -40,15 +38,15 @@ void DrawRawFrames(overlay::Engine &engine, const Options &options) {
             tool::kBadUsage,
             "standard input and output are raw frames: use pipes or files, not a terminal");
     TellFrames(engine, options.shape);
-    const double rate = options.framesPerSecond.value_or(kUsualRate);
+    const FrameRate rate = options.framesPerSecond.value_or(FrameRate());
     RawFrames frames(options);
     const OrnMinRenderImage image = frames.Image();
     Report report(options);
     for (int64_t number = 0; frames.Read(); ++number) {
         const auto start = Report::Clock::now();
-        engine.Draw(image, number, {number, rate});
+        engine.Draw(image, number, rate.TimeOf(number));
         report.Drawn(Report::Clock::now() - start,
-                     options.framesPerSecond ? static_cast<double>(number + 1) / rate : 0);
+                     options.framesPerSecond ? rate.SecondsOf(number + 1) : 0);
         frames.Write();
     }
     report.Finish("standard input");

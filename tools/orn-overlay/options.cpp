@@ -13,6 +13,7 @@ namespace {
 
 constexpr double kMinRate = 0.001; // frames per second; these bounds keep {time} exact
 constexpr double kMaxRate = 1e6;
+constexpr int64_t kMaxRatePart = 1000000;
 constexpr int64_t kMaxStride = 1 << 20;
 constexpr int64_t kMaxGap = 1000; // frames; bounds what filling them takes
 constexpr int64_t kMaxFirstFrame = 1 << 30;
@@ -62,6 +63,23 @@ Moment ParseMoment(const std::string &text) {
         rest.erase(0, colon + 1);
     }
     return moment;
+}
+
+// Of a decimal number, or of two whole ones as N/D.
+FrameRate ParseRate(const std::string &text) {
+    const size_t slash = text.find('/');
+    if (slash == std::string::npos)
+        return {tool::RealBetween("--fps", text, kMinRate, kMaxRate), 1};
+    const int64_t numerator = tool::ParseInteger(text.substr(0, slash)).value_or(0);
+    const int64_t denominator = tool::ParseInteger(text.substr(slash + 1)).value_or(0);
+    const auto isPart = [](int64_t part) { return part >= 1 && part <= kMaxRatePart; };
+    const FrameRate rate{static_cast<double>(numerator), denominator};
+    if (!isPart(numerator) || !isPart(denominator) ||
+        rate.numerator < kMinRate * static_cast<double>(denominator))
+        throw CLI::ValidationError("--fps", "expected a number from 0.001 to 1e+06, or a fraction "
+                                            "such as 30000/1001, not '" +
+                                                text + "'");
+    return rate;
 }
 
 template <typename Value> struct Choice {
@@ -176,9 +194,11 @@ void AddOptions(CLI::App &app, Options &options) {
     app.add_option("--font", options.fontPath, "CBF font; needed when the script draws text")
         ->type_name("FILE");
     AddTrackOptions(app, options);
-    tool::AddReal(app, "--fps", options.framesPerSecond, kMinRate, kMaxRate,
-                  "Frames per second, for {time} (25 unless given) and --stats; for clips that\n"
-                  "tell none or a wrong one")
+    app.add_option_function<std::string>(
+           "--fps",
+           [&options](const std::string &text) { options.framesPerSecond = ParseRate(text); },
+           "Frames per second, such as 25, 29.97 or 30000/1001: for {time} (25 unless given)\n"
+           "and --stats; for clips that tell none or a wrong one")
         ->type_name("N");
     app.add_flag("--stats", options.stats,
                  "Tell at the end how fast it was; so it does on a terminal");

@@ -17,6 +17,19 @@ struct Moment {
     double seconds = 0; // from the clip's first frame
 };
 
+// Frames per second. As a fraction, what no double holds stays exact: 30000/1001.
+struct FrameRate {
+    double numerator = 25;
+    int64_t denominator = 1;
+
+    overlay::FrameTime TimeOf(int64_t number) const { // of a frame
+        return {number * denominator, numerator};
+    }
+    double SecondsOf(int64_t count) const { // that so many frames last
+        return static_cast<double>(count * denominator) / numerator;
+    }
+};
+
 // A contact sheet.
 struct Sheet {
     int32_t columns = 1;
@@ -41,7 +54,7 @@ struct Options {
     bool matrixIsGiven = false;
     int64_t inputStride = 0; // bytes from row to row of both planes; 0: rows without padding
     std::optional<int64_t> outputStride; // as that of the input unless given
-    std::optional<double> framesPerSecond;
+    std::optional<FrameRate> framesPerSecond;
     bool stats = false;
     bool check = false;
 };

@@ -50,7 +50,8 @@ Clip::Clip(const Options &options)
         rate = {0, 1};
     evenly = options.framesPerSecond.has_value();
     if (evenly) {
-        rate = av_d2q(*options.framesPerSecond, 1000000);
+        rate = av_d2q(options.framesPerSecond->numerator, 1000000);
+        rate = av_div_q(rate, {static_cast<int>(options.framesPerSecond->denominator), 1});
         timeBase = av_inv_q(rate);
     }
     if (IsA(*format, "mov"))
