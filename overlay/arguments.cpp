@@ -13,6 +13,12 @@ namespace {
 
 constexpr int32_t kMaxCount = 65535; // of frames, or of pixels on the side of a frame
 
+// A comment may follow the last argument. What looks like a colour is one too many.
+bool IsEnd(std::string_view line) {
+    const std::string_view word = NextWord(line);
+    return word.empty() || (word[0] == '#' && !IsHexColour(word));
+}
+
 // "+N" counts from the coordinate before it, so there has to be one.
 void AddPlace(std::string_view word, Axis axis, Overlay &overlay) {
     const Place place = ParsePlace(word, axis);
@@ -34,9 +40,19 @@ void AddCount(std::string_view word, Overlay &overlay) {
     overlay.places.push_back(count);
 }
 
+// A share of the frame is known only with the frame.
+void AddWidth(std::string_view word, Overlay &overlay) {
+    const Place width = ParseLength(word, Axis::X);
+    if (width.share <= 0 && width.offset <= 0)
+        throw Failure("bad width " + Quoted(word) + ": expected more than 0");
+    overlay.places.push_back(width);
+}
+
 void AddCoordinate(std::string_view word, char kind, Overlay &overlay) {
     if (kind == 'n')
         AddCount(word, overlay);
+    else if (kind == 'W')
+        AddWidth(word, overlay);
     else if (kind == 'w' || kind == 'h')
         overlay.places.push_back(ParseLength(word, kind == 'w' ? Axis::X : Axis::Y));
     else
@@ -47,8 +63,7 @@ void TakeCoordinates(std::string_view &line, const Command &command, Overlay &ov
     for (size_t i = 0; i < command.coordinates.size(); ++i) {
         const std::string_view word = TakeWord(line);
         if (word.empty())
-            throw Failure("expected " + std::string(command.arguments) +
-                          ", found the end of the line");
+            throw Failure("expected a number, found the end of the line");
         AddCoordinate(word, command.coordinates[i], overlay);
     }
 }
@@ -78,7 +93,7 @@ void AddPoint(std::string_view word, Overlay &overlay) {
 }
 
 void TakePoints(std::string_view &line, const Command &command, Overlay &overlay) {
-    while (!NextWord(line).empty())
+    while (!IsEnd(line))
         AddPoint(TakeWord(line), overlay);
     const size_t count = overlay.places.size() / 2;
     if (count < command.minPoints)
@@ -101,21 +116,35 @@ void TakePicture(std::string_view &line, const ScriptFiles &files, Overlay &over
         overlay.picture->Open(*files.hasChroma);
 }
 
-void TakeLast(std::string_view &line, const Command &command, const ScriptFiles &files,
-              Overlay &overlay) {
+// All but a string.
+void TakeWords(std::string_view &line, const Command &command, Overlay &overlay) {
+    TakeCoordinates(line, command, overlay);
+    TakeColours(line, command.colours, overlay);
+    TakeOptions(line, command.options, overlay);
     if (command.last == Last::Points)
         TakePoints(line, command, overlay);
-    if (command.last < Last::String)
-        return;
-    if (WithoutBlanksBefore(line).substr(0, 1) != "\"")
-        throw Failure("expected " + std::string(command.arguments) + ", found " +
-                      Found(NextWord(line)) + " in place of the string");
+    if (command.last >= Last::String && WithoutBlanksBefore(line).substr(0, 1) != "\"")
+        throw Failure("expected a string in double quotes, found " + Found(NextWord(line)));
+}
+
+void TakeString(std::string_view &line, const Command &command, const ScriptFiles &files,
+                Overlay &overlay) {
     if (command.last == Last::String)
         TakeText(line, overlay);
     if (command.last == Last::Bitmap)
         overlay.bitmap = LoadBitmap(TakePath(line, files));
     if (command.last == Last::Picture)
         TakePicture(line, files, overlay);
+}
+
+// A wrong word may well be one too many or the one after one too few.
+template <typename Take> void TellingUsage(const Command &command, Take take) {
+    try {
+        take();
+    } catch (const Failure &failure) {
+        throw Failure(std::string(failure.what()) + "; usage: " + std::string(command.name) + " " +
+                      std::string(command.arguments));
+    }
 }
 
 } // namespace
@@ -128,17 +157,15 @@ std::string TakePath(std::string_view &line, const ScriptFiles &files) {
 }
 
 void RequireEnd(std::string_view line) {
-    if (!NextWord(line).empty())
+    if (!IsEnd(line))
         throw Failure("unexpected " + Quoted(NextWord(line)) + " after the arguments");
 }
 
 void TakeArguments(std::string_view &line, const Command &command, const ScriptFiles &files,
                    Overlay &overlay) {
-    TakeCoordinates(line, command, overlay);
-    TakeColours(line, command.colours, overlay);
-    TakeOptions(line, command.options, overlay);
-    TakeLast(line, command, files, overlay);
-    RequireEnd(line);
+    TellingUsage(command, [&] { TakeWords(line, command, overlay); });
+    TakeString(line, command, files, overlay);
+    TellingUsage(command, [&] { RequireEnd(line); });
 }
 
 } // namespace overlay

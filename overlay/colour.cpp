@@ -18,22 +18,22 @@ struct NamedColour {
     uint32_t rgb;
 };
 
+// As CSS has them, but for brown.
 constexpr NamedColour kColours[] = {
-    {"black", 0x000000},   {"white", 0xffffff}, {"grey", 0x808080}, {"gray", 0x808080},
-    {"red", 0xff0000},     {"green", 0x00ff00}, {"blue", 0x0000ff}, {"yellow", 0xffff00},
-    {"magenta", 0xff00ff}, {"cyan", 0x00ffff},  {"pink", 0xff80c0}, {"orange", 0xff8000},
-    {"purple", 0x8000ff},  {"brown", 0x804000},
+    {"black", 0x000000},   {"white", 0xffffff}, {"grey", 0x808080},   {"gray", 0x808080},
+    {"red", 0xff0000},     {"green", 0x008000}, {"lime", 0x00ff00},   {"blue", 0x0000ff},
+    {"yellow", 0xffff00},  {"cyan", 0x00ffff},  {"pink", 0xffc0cb},   {"orange", 0xffa500},
+    {"magenta", 0xff00ff}, {"brown", 0x804000}, {"purple", 0x800080},
 };
 
 constexpr uint32_t kPalette[] = {0xffb000, 0x35c4ff, 0x7ddc1f, 0xff6f91,
                                  0xc58cff, 0xffe14d, 0x2fe0c0, 0xff8c42};
 
 uint32_t ParseHexColour(std::string_view word) {
-    uint32_t rgb = 0;
-    const char *end = word.data() + word.size();
-    const auto result = std::from_chars(word.data() + 1, end, rgb, 16);
-    if (word.size() != 7 || result.ptr != end)
+    if (!IsHexColour(word))
         throw Failure("bad colour " + Quoted(word) + ": expected #rrggbb");
+    uint32_t rgb = 0;
+    std::from_chars(word.data() + 1, word.data() + word.size(), rgb, 16);
     return rgb;
 }
 
@@ -42,6 +42,12 @@ uint8_t Rounded(double value) {
 }
 
 } // namespace
+
+bool IsHexColour(std::string_view word) {
+    constexpr std::string_view kDigits = "0123456789abcdefABCDEF";
+    return word.size() == 7 && word[0] == '#' &&
+           word.find_first_not_of(kDigits, 1) == std::string_view::npos;
+}
 
 uint32_t ParseColour(std::string_view word) {
     if (word.empty() || word[0] == '"')

@@ -11,6 +11,9 @@
 
 namespace overlay {
 
+// Whether it is "#rrggbb".
+bool IsHexColour(std::string_view word);
+
 // Of "#rrggbb" or a name. Throws Failure.
 uint32_t ParseColour(std::string_view word);
 

@@ -15,7 +15,14 @@ namespace overlay {
 
 namespace {
 
-enum OptionSet : OptionSets { kDash = 1, kHalf = 2, kAlign = 4, kInside = 8, kTurn = 16 };
+enum OptionSet : OptionSets {
+    kDash = 1,
+    kHalf = 2,
+    kAlign = 4,
+    kInside = 8,
+    kTurn = 16,
+    kLines = 32
+};
 constexpr OptionSets kPlainText = kAlign | kInside | kTurn;
 
 struct Option {
@@ -39,6 +46,7 @@ constexpr Option kOptions[] = {
     {"up", kTurn, [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirection::Up; }},
     {"inverted", kTurn,
      [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirection::Inverted; }},
+    {"plain", kLines, [](Overlay &o) { o.textStyle.hasMarkers = false; }},
 };
 
 constexpr Command kCommands[] = {
@@ -63,8 +71,8 @@ constexpr Command kCommands[] = {
      DrawOutlined, Last::String, kLumaAlone},
     {"label", "X Y COLOUR BACKGROUND [ALIGN] [TURN] \"string\"", "xy", 2, kAlign | kTurn, DrawLabel,
      Last::String, kKeptInside},
-    {"paragraph", "X Y WIDTH COLOUR BACKGROUND [ALIGN] \"string\"", "xyw", 2, kAlign, DrawParagraph,
-     Last::String, kKeptInside},
+    {"paragraph", "X Y WIDTH COLOUR BACKGROUND [ALIGN] [plain] \"string\"", "xyW", 2,
+     kAlign | kLines, DrawParagraph, Last::String, kKeptInside},
     {"measure", "X Y [ALIGN] [inside] [TURN] \"string\"", "xy", 0, kPlainText, DrawMeasure,
      Last::String, kLumaAlone},
     {"trail", "FRAMES COLOUR [dashed]", "n", 1, kDash, DrawTrail, Last::Nothing, kTracksOnly},
@@ -101,7 +109,7 @@ bool ApplyOption(std::string_view word, OptionSets sets, Overlay &overlay) {
 
 std::string ScriptHelp(const InputNames &names) {
     const std::string frames =
-        "Script: one overlay a line, as FRAMES COMMAND ARGUMENTS. # begins a line of comment.\n"
+        "Script: one overlay a line, as FRAMES COMMAND ARGUMENTS. # begins a comment.\n"
         "FRAMES: * (all), 12, 10-50 (both included), 10- (to the end), or tracks (for\n"
         "each box of " +
         names.tracks +

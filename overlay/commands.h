@@ -23,7 +23,8 @@ constexpr Traits kLumaAlone = 4;  // chroma stays as it is
 struct Command {
     std::string_view name;
     std::string_view arguments;   // as people read them
-    std::string_view coordinates; // a letter each: x and y places, w and h lengths, n counts from 1
+    std::string_view coordinates; // a letter each: x and y places, w and h lengths, W a width that
+                                  // is more than 0, n counts from 1
     size_t colours;
     OptionSets options;
     DrawFunction draw;

@@ -4,11 +4,11 @@
 #include "draw_text.h"
 
 #include "draw_shapes.h"
+#include "paragraph.h"
 #include "placeholders.h"
 #include "text_layout.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <new>
 
 namespace overlay {
@@ -101,15 +101,10 @@ void DrawLabel(Canvas &canvas, const Overlay &overlay) {
 
 void DrawParagraph(Canvas &canvas, const Overlay &overlay) {
     const std::string text = TextOf(canvas, overlay);
-    if (text.empty())
-        return;
-    const std::unique_ptr<char, decltype(&std::free)> fitted(
-        OrnMinRenderFixTextWidth(canvas.context, overlay.font.get(), text.c_str(),
-                                 canvas.coordinates[2]),
-        std::free);
-    if (!fitted)
-        throw std::bad_alloc();
-    DrawTextOnBackground(canvas, overlay, fitted.get());
+    const LineShape lines{canvas.context, overlay.font.get(), canvas.coordinates[2],
+                          overlay.textStyle.hasMarkers ? "- " : ""};
+    if (!text.empty() && lines.width > 0) // a percentage of the frame may come to nothing
+        DrawTextOnBackground(canvas, overlay, FitLines(text, lines).c_str());
 }
 
 void DrawMeasure(Canvas &canvas, const Overlay &overlay) {

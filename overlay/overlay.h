@@ -28,7 +28,8 @@ struct TextStyle {
     int32_t direction = OrnMinRenderTextDirection::Normal;
     std::optional<Edge> horizontal;
     std::optional<Edge> vertical;
-    bool inside = false; // moved into the frame
+    bool inside = false;    // moved into the frame
+    bool hasMarkers = true; // of a paragraph's new lines
 };
 
 // A command uses the members that its arguments fill.

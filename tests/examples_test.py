@@ -27,7 +27,8 @@ CASES = [
      "* roundfill 202 10 310 94 10 10 white\n* picture 208 16 96 72 \"inset.nv12\"\n"
      "* roundbox 202 10 310 94 10 10 #ff9600\n"),
     (examples / "fitted_paragraph", f"sans.cbf 200 {TEXT}", b"", GREY,
-     f'* paragraph 16 12 200 #ececec #292929 "{TEXT}"\n')]
+     f'* label 16 12 #ececec #292929 "{TEXT}"\n'.replace(" parag", "\\n- parag")
+     .replace(" inside", "\\n- inside"))]
 
 
 def run(program, arguments, given=b"", status=0):

@@ -69,6 +69,14 @@ done <<'TABLE'
 * text 1 20 white "a\342\202"=1: the string is not UTF-8
 font "sans.cbf\000.txt"=1: expected the name of a file, found 'sans.cbf?.txt'
 font ""=1: expected the name of a file
+* box 1 2 3=1: expected a number, found the end of the line; usage: box L T R B COLOUR .dashed.$
+* box 1 2 3 4=1: expected a colour, found the end of the line; usage: box L
+* box 1 2 3 red=1: bad y coordinate 'red': .*; usage: box L
+* fill 1 2 3 4 red # one\r* fill 1 2 3 4 red #c0ffee=2: unexpected '#c0ffee' after the arguments; usage: fill L
+* paragraph 1 2 0 red red "a"=1: bad width '0': expected more than 0; usage: paragraph X
+* paragraph 1 2 -1%% red red "a"=1: bad width '-1%'
+* loop red 1,2 3,4 #5,6=1: expected at least 3 points, found 2; usage: loop COLOUR
+* text 1 20 white # "a"=1: expected a string in double quotes, found '#'; usage: text X
 * fill 1 2 3 4 red\r* blob=2: unknown command
 TABLE
 echo '* text 1 2 red "a"' >text.txt
@@ -85,6 +93,9 @@ while read -r options; do # numbers are decimal and finite
 done <<'TABLE'
 --fps nan
 --fps inf
+--fps 30000/0
+--fps 1/1001
+--fps 2997/1e2
 --min-confidence nan
 --min-confidence=-1e300
 --max-gap 0x20
@@ -200,10 +211,10 @@ while IFS='=' read -r files one other; do
 done <<'TABLE'
 =* fill right-8 bottom-4 right bottom white=* fill 56 20 64 24 white
 =* fill center-50% 25% centre+2 top+50% white=* fill 0 6 34 12 white
-=* fill 4 5 +10 +6 white=* fill 4 5 14 11 white
-=* polygon white 9,2 +20,+0 +-5,+50%=* polygon white 9,2 29,2 24,14
+=* fill 4 5 +10 +6 white # +1=* fill 4 5 14 11 white
+=* polygon green 9,2 +20,+0 +-5,+50% #=* polygon #008000 9,2 29,2 24,14
 =* roundfill left top right bottom 25% 6 white=* roundfill 0 0 64 24 16 6 white
-=* label right bottom white white "ab"=* label 99 99 white white "ab"
+=* label right bottom white white "ab"=* label 99 99 white white "ab" #end
 =* label center 1 white red "a"=* label 32 1 white red center "a"
 =* label 3 0 white white "ab"=* measure 9 6 left top "ab"|* fill text.left-6 text.top-6 text.right+6 text.bottom+6 white
 =* label 3 0 white white "ab"=* label 3 0 red red "ab"|* fill text.left text.top text.right text.bottom white
@@ -211,7 +222,12 @@ done <<'TABLE'
 =* outlined 99 99 white red inside "a"=* outlined right-3 bottom-3 white red "a"
 =* text 14 1 white down "a\nb"|* fill text.left text.top text.right text.bottom red=* measure 14 1 down "a\nb"|* fill text.left text.top text.right text.bottom red
 =* fill 1 1 2 2 white|1 text 3 20 red "a"|0 fill text.left 0 9 9 white=* fill 1 1 2 2 white|1 text 3 20 red "a"
+=* paragraph 0 0 40 white red plain "ab cdefgh  ij "=* label 0 0 white red "ab\ncdef\ngh ij"
+=* paragraph 0 0 40 white red "ab cdefgh\n ijkl"=* label 0 0 white red "ab\n- cd\n- ef\n- gh\n ijkl"
+=* paragraph 0 0 1 white red "abc d"=* label 0 0 white red "a\n- b\n- c\n- d"
+=* paragraph 0 0 1%-9 white red "a"|* label 0 0 red white "b"=* label 0 0 red white "b"
 --fps 0.3=* text 60 20 white right "{time} {frame}"=0 text 60 20 white right "00:00:00.0 0"|1 text 60 20 white right "00:00:03.3 1"|2 text 60 20 white right "00:00:06.6 2"
+--fps 10/3=* text 60 20 white right "{time} {frame}"=0 text 60 20 white right "00:00:00.0 0"|1 text 60 20 white right "00:00:00.3 1"|2 text 60 20 white right "00:00:00.6 2"
 --tracks tracks.csv=tracks measure 1 9 "a"|* text 3 20 white "{id}"=* text 3 20 white "{id}"
 --tracks tracks.csv=tracks fill box.left box.top box.right box.bottom white=0 fill 10 4 15 7 white|1 fill 60 2 80 7 white
 --tracks tracks.csv=* fill 0 0 1 1 red=* fill 0 0 1 1 red|0 box 10 4 14 6 #2fe0c0|0 label 10 4 black #2fe0c0 bottom "7"|1 box 60 2 79 6 #35c4ff|1 label 60 2 black #35c4ff bottom "2"
