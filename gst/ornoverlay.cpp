@@ -292,8 +292,9 @@ void AddProperties(GObjectClass *object) {
     AddText(object, kScriptText, "script", "Script",
             "Text of the script, in place of the file. A wrong one, set while frames flow, leaves "
             "the script as it was and posts a warning with line and reason");
-    AddText(object, kFontLocation, "font-location", "Font file",
-            "CBF font (cbfconv makes them) of texts for which the script names none");
+    AddText(object, kFontLocation, "font-location", "Font",
+            "CBF font (cbfconv makes them), or the name of an installed set such as sans, of texts "
+            "for which the script names none");
     AddText(object, kTracksLocation, "tracks-location", "Tracks file",
             "Tracked boxes for the lines of 'tracks' in the script, as "
             "frame,id,left,top,width,height,confidence. Frame 1 is the first of the segment");

@@ -149,11 +149,15 @@ template <typename Take> void TellingUsage(const Command &command, Take take) {
 
 } // namespace
 
-std::string TakePath(std::string_view &line, const ScriptFiles &files) {
+std::string TakeName(std::string_view &line) {
     const std::string name = TakeQuoted(line);
     if (name.empty() || name.find('\0') != std::string::npos) // the system would read up to a zero
         throw Failure("expected the name of a file, found " + Quoted(name));
-    return (files.folder / name).string();
+    return name;
+}
+
+std::string TakePath(std::string_view &line, const ScriptFiles &files) {
+    return (files.folder / TakeName(line)).string();
 }
 
 void RequireEnd(std::string_view line) {

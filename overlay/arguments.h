@@ -13,6 +13,9 @@ namespace overlay {
 void TakeArguments(std::string_view &line, const Command &command, const ScriptFiles &files,
                    Overlay &overlay);
 
+// A name in quotes. Throws Failure.
+std::string TakeName(std::string_view &line);
+
 // The name of a file in quotes, as a path that can be opened. Throws Failure.
 std::string TakePath(std::string_view &line, const ScriptFiles &files);
 

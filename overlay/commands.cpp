@@ -116,7 +116,9 @@ std::string ScriptHelp(const InputNames &names) {
         ").\n"
         "COMMAND ARGUMENTS:\n";
     const std::string words =
-        "A line font \"file.cbf\" names the font of the lines after it.\n"
+        "A line font \"file.cbf\", or font \"sans\" 2.5% with the name of an installed set and a "
+        "size\n"
+        "(N, or N% of the frame's height), names the font of the lines after it.\n"
         "Coordinates: 12, 50%, right-20, center, bottom-5%, +80 (from the one before), "
         "text.right+4\n"
         "(of the last text), box.top (of the tracked box).\n"

@@ -15,6 +15,8 @@ namespace overlay {
 
 namespace {
 
+constexpr int32_t kAssumedHeight = 1080; // of frames, while nothing is known of them
+
 using Context = std::unique_ptr<OrnMinRenderContext, decltype(&OrnMinRenderDestroyContext)>;
 
 Timeline TimelineOf(const std::vector<Overlay> &overlays) {
@@ -35,10 +37,11 @@ struct Engine::State {
     }
     void MixColours();
     Errors OpenPictures();
+    Errors ChooseFonts();
 
     Settings settings;
-    std::string fontPath;
-    FontStore fonts; // of that path alone: those of a script live with its overlays
+    FontChoice font;
+    FontStore fonts; // of that choice alone: those of a script live with its overlays
     std::string scriptFile;
     std::vector<Overlay> overlays; // in the order of the script's lines
     Timeline timeline;
@@ -65,6 +68,21 @@ Errors Engine::State::OpenPictures() {
     return errors;
 }
 
+Errors Engine::State::ChooseFonts() {
+    Errors errors;
+    FontStore loaded;
+    for (Overlay &overlay : overlays) {
+        try {
+            if (overlay.fontChoice.FollowsFrames())
+                overlay.font = loaded.Get(overlay.fontChoice.PathFor(canvas.shape.height),
+                                          overlay.textStyle.direction);
+        } catch (const Failure &failure) {
+            errors.push_back({scriptFile, overlay.line, failure.what()});
+        }
+    }
+    return errors;
+}
+
 Engine::Engine(const Settings &settings) : state(std::make_unique<State>(settings)) {
     if (!state->context)
         throw std::bad_alloc();
@@ -75,23 +93,26 @@ Engine::~Engine() = default;
 Engine::Engine(Engine &&other) noexcept = default;
 Engine &Engine::operator=(Engine &&other) noexcept = default;
 
-Errors Engine::SetFont(const std::string &path) {
+Errors Engine::SetFont(const std::string &name) {
     FontStore fonts;
+    FontChoice font;
     try {
-        fonts.Get(path, OrnMinRenderTextDirection::Normal);
+        font = FontChoice(name, {}, std::nullopt);
+        fonts.Get(font.PathFor(0), OrnMinRenderTextDirection::Normal);
     } catch (const FileFailure &failure) {
         return {{failure.path, 0, failure.reason}};
     }
     state->fonts = std::move(fonts);
-    state->fontPath = path;
+    state->font = std::move(font);
     return {};
 }
 
 Errors Engine::SetScript(std::string_view content, const std::string &file) {
     ScriptInputs inputs{state->settings.names,
-                        state->fontPath,
+                        state->font,
                         state->fonts,
                         state->settings.hasTracks,
+                        state->KnowsFrames() ? state->canvas.shape.height : kAssumedHeight,
                         {std::filesystem::path(file).parent_path(), state->settings.hasChroma}};
     if (state->KnowsFrames())
         inputs.files.hasChroma = state->canvas.shape.hasChroma;
@@ -125,7 +146,10 @@ Errors Engine::SetFrames(const FrameShape &shape) {
     state->canvas.palette = MakePalette(shape.colours);
     state->canvas.spare.reset();
     state->MixColours();
-    return state->OpenPictures();
+    Errors errors = state->OpenPictures();
+    const Errors ofFonts = state->ChooseFonts();
+    errors.insert(errors.end(), ofFonts.begin(), ofFonts.end());
+    return errors;
 }
 
 Planes Engine::Touches(int64_t number) {

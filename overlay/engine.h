@@ -43,9 +43,9 @@ class Engine {
     Engine(Engine &&other) noexcept;
     Engine &operator=(Engine &&other) noexcept;
 
-    // Loads the font of texts for which a script names none. Holds for scripts that are set after
-    // it. With an error, the font stays what it was.
-    Errors SetFont(const std::string &path);
+    // Loads the font of texts for which a script names none: a file, or the name of an installed
+    // set. Holds for scripts that are set after it. With an error, the font stays what it was.
+    Errors SetFont(const std::string &name);
 
     // Takes a script and loads what it names; file is what messages call it, and names of files
     // count from its folder. With an error, the script stays what it was. An empty script is one,
@@ -63,7 +63,8 @@ class Engine {
     void SetBoxes(int64_t number, const std::vector<TrackedBox> &boxes);
 
     // Takes the shape of the frames that follow. Errors tell of pictures that hold no frames with
-    // or without chroma as these; such a picture is left out, and all else is drawn.
+    // or without chroma as these; such a picture is left out, and all else is drawn. They tell of
+    // fonts, too, that should replace others in frames of this height and can't be loaded.
     Errors SetFrames(const FrameShape &shape);
 
     // What Draw may change in frame number.

@@ -2,6 +2,7 @@
 // What one line of a script asks for.
 #pragma once
 
+#include "font_set.h"
 #include "frame.h"
 #include "place.h"
 #include "resources.h"
@@ -43,7 +44,8 @@ struct Overlay {
     std::array<Paint, 2> paints{}; // the second: outline or background
     int32_t style = OrnMinRenderLineSolid;
     bool halfTransparent = false;
-    Font font;
+    FontChoice fontChoice; // of texts
+    Font font;             // that fits the frames, once they are known
     TextStyle textStyle;
     std::string text;
     bool hasPlaceholders = false;

@@ -116,6 +116,20 @@ Place ParseLength(std::string_view word, Axis axis) {
     return ParsePlace(word, axis);
 }
 
+Place ParseSize(std::string_view word) {
+    if (word.empty() || !IsDigit(word[0]))
+        throw Failure("bad size " + Quoted(word) + ": expected a number, or N% of the height");
+    const Place size = ParseLength(word, Axis::Y);
+    if (size.offset < 0 || size.share < 0 || (size.offset == 0 && size.share == 0))
+        throw Failure("bad size " + Quoted(word) + ": expected more than 0");
+    return size;
+}
+
+int32_t PixelsOf(const Place &size, int32_t frameHeight) {
+    const auto share = static_cast<int64_t>(std::floor(size.share * frameHeight + 0.5));
+    return std::max(1, Saturated(share + size.offset));
+}
+
 int32_t Saturated(int64_t value) {
     using Limits = std::numeric_limits<int32_t>;
     return static_cast<int32_t>(std::clamp<int64_t>(value, Limits::min(), Limits::max()));

@@ -30,6 +30,12 @@ Place ParsePlace(std::string_view word, Axis axis);
 // Reads a length: pixels, or a share of the frame's width or height. Throws Failure.
 Place ParseLength(std::string_view word, Axis axis);
 
+// Reads a size, which is more than 0: pixels, or a share of the frame's height. Throws Failure.
+Place ParseSize(std::string_view word);
+
+// Of what ParseSize has read, as pixels: at least one.
+int32_t PixelsOf(const Place &size, int32_t frameHeight);
+
 // What places are resolved against.
 struct Surroundings {
     OrnMinRenderRect frame;

@@ -14,6 +14,7 @@ namespace overlay {
 
 namespace {
 
+constexpr double kUsualTextShare = 0.025; // of the frame's height
 constexpr int64_t kLastFrame = std::numeric_limits<int64_t>::max();
 
 // What shows tracked boxes when the script says nothing of them: outlines, and labels with a font.
@@ -61,37 +62,56 @@ void RequireTextBefore(const Overlay &overlay, const std::vector<Overlay> &befor
 // Reads line after line; what a font line says holds for those after it.
 class ScriptReader {
   public:
-    explicit ScriptReader(const ScriptInputs &all)
-        : inputs(all), fonts(all.fonts), fontPath(all.fontPath) {
+    explicit ScriptReader(const ScriptInputs &all) : inputs(all), fonts(all.fonts), font(all.font) {
     }
 
     void TakeFontLine(std::string_view line);
     Overlay TakeOverlayLine(std::string_view line);
+
+    // The font of texts for which none is named. False when it isn't installed.
+    bool TakeUsualFont();
 
   private:
     void GiveFont(const Command &command, Overlay &overlay);
 
     const ScriptInputs &inputs;
     FontStore fonts;
-    std::string fontPath;
+    FontChoice font;
     bool fontBroken = false; // one error tells of it
 };
 
 void ScriptReader::TakeFontLine(std::string_view line) {
     TakeWord(line);
     fontBroken = true;
-    fontPath = TakePath(line, inputs.files);
-    fonts.Get(fontPath, OrnMinRenderTextDirection::Normal);
+    const std::string name = TakeName(line);
+    std::optional<Place> size;
+    if (!NextWord(line).empty())
+        size = ParseSize(TakeWord(line));
     RequireEnd(line);
+    font = FontChoice(name, inputs.files.folder, size);
+    fonts.Get(font.PathFor(inputs.frameHeight), OrnMinRenderTextDirection::Normal);
     fontBroken = false;
 }
 
 void ScriptReader::GiveFont(const Command &command, Overlay &overlay) {
-    if (fontPath.empty())
+    if (fontBroken)
+        return;
+    if (!font && !TakeUsualFont())
         throw Failure(Quoted(command.name) + " needs a font: name one by " + inputs.names.font +
-                      " or in a line before");
-    if (!fontBroken)
-        overlay.font = fonts.Get(fontPath, overlay.textStyle.direction);
+                      " or in a line before, or install the package orn-min-render-fonts");
+    overlay.fontChoice = font;
+    overlay.font = fonts.Get(font.PathFor(inputs.frameHeight), overlay.textStyle.direction);
+}
+
+bool ScriptReader::TakeUsualFont() {
+    try {
+        Place size;
+        size.share = kUsualTextShare;
+        font = FontChoice(kUsualFontSet, {}, size);
+        return true;
+    } catch (const FileFailure &) {
+        return false;
+    }
 }
 
 Overlay ScriptReader::TakeOverlayLine(std::string_view line) {
@@ -132,7 +152,7 @@ std::vector<Overlay> ParseScript(std::string_view content, const std::string &fi
         return overlays;
     ScriptReader shown(inputs);
     overlays.push_back(shown.TakeOverlayLine(kTrackBoxes));
-    if (!inputs.fontPath.empty())
+    if (inputs.font || shown.TakeUsualFont())
         overlays.push_back(shown.TakeOverlayLine(kTrackLabels));
     return overlays;
 }

@@ -11,9 +11,10 @@ namespace overlay {
 // What a script needs to know of the world around it.
 struct ScriptInputs {
     InputNames names;
-    std::string fontPath; // until the script names another; empty: none
-    FontStore fonts;      // that are loaded already
+    FontChoice font; // until the script names another
+    FontStore fonts; // that are loaded already
     bool hasTracks = false;
+    int32_t frameHeight = 0; // for which fonts are chosen
     ScriptFiles files;
 };
 

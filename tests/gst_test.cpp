@@ -172,7 +172,8 @@ TEST(Gst, BadFilesStopItBeforeTheFirstFrame) {
     const File wrong("\n* blob\n"), none("");
     const std::string cases[][3] = {
         {"script", "* text 0 0 red \"x\"",
-         "script:1: 'text' needs a font: name one by font-location or in a line before"},
+         "script:1: 'text' needs a font: name one by font-location or in a line before, "
+         "or install the package orn-min-render-fonts"},
         {"script-location", wrong.path, wrong.path + ":2: unknown command 'blob'"},
         {"font-location", wrong.path,
          wrong.path + ": not a CBF font, or cut short (cbfdump --check tells more)"},

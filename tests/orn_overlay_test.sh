@@ -29,6 +29,7 @@ expect() {
 }
 
 "$cbfconv" -s 16 -r 0x20-0x7E,0xA0-0xFF -o sans.cbf "$ttf"
+export XDG_DATA_HOME="$work/home" XDG_DATA_DIRS="relative:$work/near:$work/far"
 "$cbfconv" -s 16 -r 65,66 -o some.cbf "$ttf"
 
 # ---- errors ----
@@ -193,6 +194,68 @@ for script in "$repository"/docs/gallery/*.txt; do
     "$overlay" --check --font sans.cbf "$script" ||
         fail "$script has errors"
 done
+
+# ---- sets of fonts ----
+# A row: a size, a line before the text, arguments of the program, and the font that is to be taken.
+mkdir -p home/orn-min-render/fonts near/orn-min-render/fonts far/orn-min-render/fonts
+for size in 8 12 18; do
+    "$cbfconv" -s $size -r 0x20-0x7E -o near/orn-min-render/fonts/set-$size.cbf "$ttf"
+    cp near/orn-min-render/fonts/set-$size.cbf $size.cbf
+done
+cp 8.cbf far/orn-min-render/fonts/set-24.cbf # in a folder that comes too late
+cp 8.cbf near/orn-min-render/fonts/set-x-24.cbf
+cp 8.cbf far/orn-min-render/fonts/set-x-16.cbf
+cp 8.cbf near/orn-min-render/fonts/sans-1.cbf
+cp 18.cbf near/orn-min-render/fonts/sans-2.cbf
+mv near/orn-min-render/fonts/set-8.cbf near/orn-min-render/fonts/set-008.cbf
+cp 12.cbf set
+while IFS='=' read -r size before options font; do
+    printf '%s\n* text 2 22 white "ab"\n' "$before" >one.txt
+    printf '* text 2 22 white "ab"\n' >other.txt
+    bytes $((${size%x*} * ${size#*x})) 000 >in
+    input=in expect 0 '' "$overlay" --size $size --format y8 $options one.txt
+    mv output one.out
+    input=in expect 0 '' "$overlay" --size $size --format y8 --font $font other.txt
+    cmp -s output one.out || fail "$size, $before $options: not $font"
+    cmp -s one.out in && fail "draws nothing: $size, $before $options"
+done <<'TABLE'
+64x24==--font set=18.cbf
+64x24=font "set"==18.cbf
+64x24=font "set" 12==12.cbf
+64x24=font "set" 10==8.cbf
+64x24=font "set" 11 =--font 8.cbf=12.cbf
+64x24=font "set" 1==8.cbf
+64x24=font "set" 65535==18.cbf
+64x24=font "set" 62.5%==12.cbf
+64x24=font "set" 62.6%==18.cbf
+64x48=font "set" 25%==12.cbf
+64x60===8.cbf
+64x61===18.cbf
+64x24=font "set-x"==8.cbf
+64x24=font "./set"==12.cbf
+64x24=font "some.cbf"==some.cbf
+TABLE
+cp some.cbf home/orn-min-render/fonts/set-9.cbf # the user's own come first
+input=in expect 0 '' "$overlay" --size 64x24 --format y8 --font set other.txt
+mv output one.out
+input=in expect 0 '' "$overlay" --size 64x24 --format y8 --font some.cbf other.txt
+cmp -s output one.out || fail "the user's own fonts don't come first"
+while IFS='=' read -r line reason; do
+    printf '%s\n' "$line" >font.txt
+    expect 1 "font.txt:1: $reason" "$overlay" --check font.txt
+done <<'TABLE'
+font "other"=other: no such file, and no set of fonts
+font "set" 0=bad size '0'
+font "set" -4=bad size '-4'
+font "set" 0%=bad size '0%'
+font "set" large=bad size 'large'
+font "set" 24 px=unexpected 'px'
+font "some.cbf" 24=some.cbf: is one font
+font "/other"=/other: No such file
+TABLE
+expect 1 'other: no such file, and no set' "$overlay" --check --font other other.txt
+rm -r near home
+expect 1 'other.txt:1: .*needs a font: .*--font.*orn-min-render-fonts' "$overlay" --check other.txt
 
 # ---- places, tracks and layouts ----
 # The two scripts of a row (where | stands for the end of a line) draw the same into two frames.

@@ -174,7 +174,8 @@ TEST(Overlay, ErrorsAreValuesAndChangeNothing) {
     const auto before = Drawn(engine, 0);
     EXPECT_TRUE(before[2]);
     EXPECT_EQ(Told(engine.SetScript("# first\n* text 0 9 red \"x\"\n* blob", "wrong")),
-              "wrong:2: 'text' needs a font: name one by font= or in a line before\n"
+              "wrong:2: 'text' needs a font: name one by font= or in a line before, "
+              "or install the package orn-min-render-fonts\n"
               "wrong:3: unknown command 'blob'\n");
     EXPECT_EQ(Told(engine.SetTracks("0,1,2,0,1,1", "wrong", {})),
               "wrong:1: bad frame '0': the first one is 1, unless first= is given\n");

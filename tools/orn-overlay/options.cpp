@@ -191,8 +191,9 @@ void AddOptions(CLI::App &app, Options &options) {
         ->type_name("SCRIPT");
     AddVideoOptions(app, options);
     AddFrameOptions(app, options);
-    app.add_option("--font", options.fontPath, "CBF font; needed when the script draws text")
-        ->type_name("FILE");
+    app.add_option("--font", options.fontPath,
+                   "Font of texts: a CBF file, or the name of an installed set such as sans")
+        ->type_name("FONT");
     AddTrackOptions(app, options);
     app.add_option_function<std::string>(
            "--fps",
