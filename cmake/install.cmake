@@ -1,18 +1,24 @@
 # SPDX-License-Identifier: MIT
-# What `cmake --install` puts where: the library in both kinds, its header, its description for
-# CMake and pkg-config, and the manual pages. Nothing names the prefix, so the tree can be moved.
-install(TARGETS orn_min_render orn_min_render_static EXPORT orn_min_render
-  PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-
+# What `cmake --install` puts where: the library in the kinds that are built, its header, its
+# description for CMake and pkg-config, and the manual pages. Nothing names the prefix, so the tree
+# can be moved.
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/orn_min_render)
 include(CMakePackageConfigHelpers)
 write_basic_package_version_file(orn_min_renderConfigVersion.cmake
   COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/orn_min_renderConfigVersion.cmake
   DESTINATION ${package_dir})
-# The library depends on no other package, so that the exported targets are all of the description.
-install(EXPORT orn_min_render NAMESPACE orn_min_render:: FILE orn_min_renderConfig.cmake
-  DESTINATION ${package_dir})
+install(FILES cmake/orn_min_renderConfig.cmake DESTINATION ${package_dir})
+foreach(library ${libraries})
+  if(library MATCHES "static$")
+    set(kind static)
+  else()
+    set(kind shared)
+  endif()
+  install(TARGETS ${library} EXPORT ${library} PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(EXPORT ${library} NAMESPACE orn_min_render:: FILE orn_min_render-${kind}.cmake
+    DESTINATION ${package_dir})
+endforeach()
 
 set(pkgconfig_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH to_prefix ${pkgconfig_dir} ${CMAKE_INSTALL_PREFIX}) # ends in a slash

@@ -56,10 +56,39 @@ DESTDIR=$work/empty cmake --install part >log
 [ "$(find part empty -name 'cbf*' -o -path 'empty/*' -type f)" = empty/usr/local/share/CMakeLists.txt ] ||
     fail "a subproject builds or installs what it was not asked for"
 
+# Static alone: nothing shared is built or installed. Beside the shared one, it is a matter of asking.
+cmake -S "$source" -B alone -DBUILD_SHARED_LIBS=OFF -DORN_MIN_RENDER_TOOLS=OFF \
+    -DORN_MIN_RENDER_TESTS=OFF -DCMAKE_INSTALL_PREFIX="$work/static" >log
+cmake --build alone >log || fail "the static library alone does not build: $(cat log)"
+cmake --install alone >log
+[ -z "$(find alone static -name '*.so*')" ] || fail "BUILD_SHARED_LIBS=OFF makes a shared object"
+mkdir client
+cat >client/CMakeLists.txt <<CMAKE
+cmake_minimum_required(VERSION 3.20)
+project(client LANGUAGES C)
+find_package(orn_min_render 1.0 REQUIRED COMPONENTS \${kind})
+add_executable(client $example)
+target_link_libraries(client orn_min_render::orn_min_render)
+CMAKE
+for case in tree/shared tree/static static/static; do
+    from=${case%/*} kind=${case#*/} folder=with_$(echo "$case" | tr / _)
+    cmake -S client -B "$folder" -DCMAKE_PREFIX_PATH="$work/$from" -Dkind="$kind" >log
+    cmake --build "$folder" >log || fail "a $kind client of $from does not build: $(cat log)"
+    readelf -d "$folder/client" | grep -q liborn_min_render && linked=shared || linked=static
+    [ $linked = "$kind" ] || fail "the client of $case links the $linked library"
+done
+for kind in shared other; do
+    ! cmake -S client -B refused -DCMAKE_PREFIX_PATH="$work/static" -Dkind=$kind >log 2>&1 &&
+        grep -q "installed as static, not as \"$kind\"" log || fail "found the component $kind"
+done
+PKG_CONFIG_PATH=$work/static/lib/pkgconfig
+cc -static -std=c99 $(pkg-config --static --cflags orn_min_render) "$example" \
+    $(pkg-config --static --libs orn_min_render) -o with_pkg-config_alone
+
 tree/bin/cbfconv -s 16 -o sans.cbf /usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf
 head -c 115200 /dev/zero >black.nv12
 found/labelled_box sans.cbf 320 240 <black.nv12 >expected.nv12
-for program in ./with_pkg-config* part/with_orn_min_render*; do
+for program in ./with_pkg-config* part/with_orn_min_render* with_*/client; do
     LD_LIBRARY_PATH=$lib "$program" sans.cbf 320 240 <black.nv12 | cmp - expected.nv12 ||
         fail "$program draws something else"
 done
