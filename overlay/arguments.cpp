@@ -11,13 +11,8 @@ namespace overlay {
 
 namespace {
 
+constexpr size_t kBoxPlaces = 4;
 constexpr int32_t kMaxCount = 65535; // of frames, or of pixels on the side of a frame
-
-// A comment may follow the last argument. What looks like a colour is one too many.
-bool IsEnd(std::string_view line) {
-    const std::string_view word = NextWord(line);
-    return word.empty() || (word[0] == '#' && !IsHexColour(word));
-}
 
 // "+N" counts from the coordinate before it, so there has to be one.
 void AddPlace(std::string_view word, Axis axis, Overlay &overlay) {
@@ -51,6 +46,8 @@ void AddWidth(std::string_view word, Overlay &overlay) {
 void AddCoordinate(std::string_view word, char kind, Overlay &overlay) {
     if (kind == 'n')
         AddCount(word, overlay);
+    else if (kind == 's')
+        overlay.places.push_back(ParseSize(word));
     else if (kind == 'W')
         AddWidth(word, overlay);
     else if (kind == 'w' || kind == 'h')
@@ -59,8 +56,24 @@ void AddCoordinate(std::string_view word, char kind, Overlay &overlay) {
         AddPlace(word, kind == 'x' ? Axis::X : Axis::Y, overlay);
 }
 
+size_t WordsIn(std::string_view line) {
+    size_t count = 0;
+    for (; !IsEnd(line); ++count)
+        TakeWord(line);
+    return count;
+}
+
+// Fewer words than places would take leave them all out.
+bool LeavesOutBox(std::string_view line, const Command &command, const Overlay &overlay) {
+    return (command.traits & kBoxUnasked) != 0 && overlay.perBox && WordsIn(line) < kBoxPlaces;
+}
+
 void TakeCoordinates(std::string_view &line, const Command &command, Overlay &overlay) {
-    for (size_t i = 0; i < command.coordinates.size(); ++i) {
+    size_t given = 0;
+    if (LeavesOutBox(line, command, overlay))
+        for (const char *edge : {"box.left", "box.top", "box.right", "box.bottom"})
+            AddCoordinate(edge, command.coordinates[given++], overlay);
+    for (size_t i = given; i < command.coordinates.size(); ++i) {
         const std::string_view word = TakeWord(line);
         if (word.empty())
             throw Failure("expected a number, found the end of the line");
@@ -68,8 +81,10 @@ void TakeCoordinates(std::string_view &line, const Command &command, Overlay &ov
     }
 }
 
-void TakeColours(std::string_view &line, size_t count, Overlay &overlay) {
-    for (size_t i = 0; i < count; ++i) {
+void TakeColours(std::string_view &line, const Command &command, Overlay &overlay) {
+    if ((command.traits & kBlackUnasked) != 0 && IsEnd(line))
+        return;
+    for (size_t i = 0; i < command.colours; ++i) {
         const std::string_view word = TakeWord(line);
         overlay.paints[i].ofId = word == "id";
         if (!overlay.paints[i].ofId)
@@ -80,8 +95,10 @@ void TakeColours(std::string_view &line, size_t count, Overlay &overlay) {
 }
 
 void TakeOptions(std::string_view &line, OptionSets sets, Overlay &overlay) {
-    while (ApplyOption(NextWord(line), sets, overlay))
-        TakeWord(line);
+    while (TakeOption(line, sets, overlay)) {
+    }
+    if (overlay.thickness && overlay.style == OrnMinRenderLineDashed)
+        throw Failure("dashed lines are two pixels thick: leave out 'dashed' or 'thick'");
 }
 
 void AddPoint(std::string_view word, Overlay &overlay) {
@@ -119,7 +136,7 @@ void TakePicture(std::string_view &line, const ScriptFiles &files, Overlay &over
 // All but a string.
 void TakeWords(std::string_view &line, const Command &command, Overlay &overlay) {
     TakeCoordinates(line, command, overlay);
-    TakeColours(line, command.colours, overlay);
+    TakeColours(line, command, overlay);
     TakeOptions(line, command.options, overlay);
     if (command.last == Last::Points)
         TakePoints(line, command, overlay);
@@ -148,6 +165,12 @@ template <typename Take> void TellingUsage(const Command &command, Take take) {
 }
 
 } // namespace
+
+// A comment may follow the last argument. What looks like a colour is one too many.
+bool IsEnd(std::string_view line) {
+    const std::string_view word = NextWord(line);
+    return word.empty() || (word[0] == '#' && !IsHexColour(word));
+}
 
 std::string TakeName(std::string_view &line) {
     const std::string name = TakeQuoted(line);

@@ -19,6 +19,9 @@ std::string TakeName(std::string_view &line);
 // The name of a file in quotes, as a path that can be opened. Throws Failure.
 std::string TakePath(std::string_view &line, const ScriptFiles &files);
 
+// Whether the line is over, but for a comment.
+bool IsEnd(std::string_view line);
+
 // Throws Failure unless the line is over.
 void RequireEnd(std::string_view line);
 

@@ -5,8 +5,10 @@
 
 #include "colour.h"
 #include "draw_pictures.h"
+#include "draw_privacy.h"
 #include "draw_shapes.h"
 #include "draw_text.h"
+#include "words.h"
 
 #include <algorithm>
 #include <iterator>
@@ -21,18 +23,23 @@ enum OptionSet : OptionSets {
     kAlign = 4,
     kInside = 8,
     kTurn = 16,
-    kLines = 32
+    kLines = 32,
+    kThick = 64
 };
+constexpr OptionSets kStroke = kDash | kThick;
 constexpr OptionSets kPlainText = kAlign | kInside | kTurn;
 
 struct Option {
     std::string_view name;
     OptionSet set;
     void (*apply)(Overlay &overlay);
+    void (*take)(Overlay &overlay, std::string_view word) = nullptr; // the word after it, too
 };
 
 constexpr Option kOptions[] = {
     {"dashed", kDash, [](Overlay &o) { o.style = OrnMinRenderLineDashed; }},
+    {"thick", kThick, nullptr,
+     [](Overlay &o, std::string_view size) { o.thickness = ParseSize(size); }},
     {"half", kHalf, [](Overlay &o) { o.halfTransparent = true; }},
     {"left", kAlign, [](Overlay &o) { o.textStyle.horizontal = Edge::Start; }},
     {"center", kAlign, [](Overlay &o) { o.textStyle.horizontal = Edge::Middle; }},
@@ -50,17 +57,19 @@ constexpr Option kOptions[] = {
 };
 
 constexpr Command kCommands[] = {
-    {"box", "L T R B COLOUR [dashed]", "xyxy", 1, kDash, DrawBox},
+    {"box", "L T R B COLOUR [thick N] [dashed]", "xyxy", 1, kStroke, DrawBox},
     {"fill", "L T R B COLOUR", "xyxy", 1, 0, DrawFill},
-    {"hline", "X0 X1 Y COLOUR [dashed]", "xxy", 1, kDash, DrawHLine},
-    {"vline", "X Y0 Y1 COLOUR [dashed]", "xyy", 1, kDash, DrawVLine},
-    {"line", "X0 Y0 X1 Y1 COLOUR [dashed]", "xyxy", 1, kDash, DrawLine},
-    {"polyline", "COLOUR [dashed] X,Y X,Y ...", "", 1, kDash, DrawPolyline, Last::Points, 0, 2},
-    {"loop", "COLOUR [dashed] X,Y X,Y X,Y ...", "", 1, kDash, DrawLoop, Last::Points, 0, 3},
+    {"hline", "X0 X1 Y COLOUR [thick N] [dashed]", "xxy", 1, kStroke, DrawHLine},
+    {"vline", "X Y0 Y1 COLOUR [thick N] [dashed]", "xyy", 1, kStroke, DrawVLine},
+    {"line", "X0 Y0 X1 Y1 COLOUR [thick N] [dashed]", "xyxy", 1, kStroke, DrawLine},
+    {"polyline", "COLOUR [thick N] [dashed] X,Y X,Y ...", "", 1, kStroke, DrawPolyline,
+     Last::Points, 0, 2},
+    {"loop", "COLOUR [thick N] [dashed] X,Y X,Y X,Y ...", "", 1, kStroke, DrawLoop, Last::Points, 0,
+     3},
     {"polygon", "COLOUR X,Y X,Y X,Y ...", "", 1, 0, DrawPolygon, Last::Points, 0, 3},
-    {"ellipse", "L T R B COLOUR", "xyxy", 1, 0, DrawEllipse},
+    {"ellipse", "L T R B COLOUR [thick N]", "xyxy", 1, kThick, DrawEllipse},
     {"disc", "L T R B COLOUR", "xyxy", 1, 0, DrawDisc},
-    {"roundbox", "L T R B RX RY COLOUR", "xyxywh", 1, 0, DrawRoundBox},
+    {"roundbox", "L T R B RX RY COLOUR [thick N]", "xyxywh", 1, kThick, DrawRoundBox},
     {"roundfill", "L T R B RX RY COLOUR", "xyxywh", 1, 0, DrawRoundFill},
     {"bitmap", "L T R B COLOUR [half] \"file.pbm\"", "xyxy", 1, kHalf, DrawBitmap, Last::Bitmap},
     {"picture", "X Y WIDTH HEIGHT \"file.raw\"", "xynn", 0, 0, DrawPicture, Last::Picture},
@@ -75,7 +84,11 @@ constexpr Command kCommands[] = {
      kAlign | kLines, DrawParagraph, Last::String, kKeptInside},
     {"measure", "X Y [ALIGN] [inside] [TURN] \"string\"", "xy", 0, kPlainText, DrawMeasure,
      Last::String, kLumaAlone},
-    {"trail", "FRAMES COLOUR [dashed]", "n", 1, kDash, DrawTrail, Last::Nothing, kTracksOnly},
+    {"mask", "L T R B [COLOUR]", "xyxy", 1, 0, DrawMask, Last::Nothing,
+     kBoxUnasked | kBlackUnasked},
+    {"mosaic", "L T R B SIZE", "xyxys", 0, 0, DrawMosaic, Last::Nothing, kBoxUnasked},
+    {"trail", "FRAMES COLOUR [thick N] [dashed]", "n", 1, kStroke, DrawTrail, Last::Nothing,
+     kTracksOnly},
 };
 
 // With their arguments, one a line.
@@ -96,14 +109,19 @@ const Command &FindCommand(std::string_view name) {
     return *command;
 }
 
-bool ApplyOption(std::string_view word, OptionSets sets, Overlay &overlay) {
+bool TakeOption(std::string_view &line, OptionSets sets, Overlay &overlay) {
+    const std::string_view word = NextWord(line);
     const auto option =
         std::find_if(std::begin(kOptions), std::end(kOptions), [word, sets](const Option &o) {
             return o.name == word && (o.set & sets) != 0;
         });
     if (option == std::end(kOptions))
         return false;
-    option->apply(overlay);
+    TakeWord(line);
+    if (option->take)
+        option->take(overlay, TakeWord(line));
+    else
+        option->apply(overlay);
     return true;
 }
 
@@ -124,6 +142,8 @@ std::string ScriptHelp(const InputNames &names) {
         "(of the last text), box.top (of the tracked box).\n"
         "ALIGN: what lies at X Y: left, center or right; top, middle or bottom.\n"
         "TURN: down, up or inverted.\n"
+        "N, SIZE: pixels, or N% of the frame's height. mask and mosaic of tracks may leave out "
+        "L T R B.\n"
         "COLOUR: #rrggbb, id (the tracked box's own) or";
     return frames + CommandList() + words + ColourNames() +
            ".\nString: \\\" \\\\ \\n, and {frame} {time} {id} {conf} {class} for their values.";

@@ -15,16 +15,18 @@ enum class Last { Nothing, Points, String, Bitmap, Picture };
 
 // What else sets a command apart.
 using Traits = unsigned;
-constexpr Traits kTracksOnly = 1; // has a meaning in lines of tracks only
-constexpr Traits kKeptInside = 2; // its text is moved into the frame without being asked to
-constexpr Traits kLumaAlone = 4;  // chroma stays as it is
+constexpr Traits kTracksOnly = 1;    // has a meaning in lines of tracks only
+constexpr Traits kKeptInside = 2;    // its text is moved into the frame without being asked to
+constexpr Traits kLumaAlone = 4;     // chroma stays as it is
+constexpr Traits kBoxUnasked = 8;    // its first four places may be left out for the tracked box
+constexpr Traits kBlackUnasked = 16; // its colour may be left out
 
 // Arguments come in the order coordinates, colours, options, the last one.
 struct Command {
     std::string_view name;
     std::string_view arguments;   // as people read them
     std::string_view coordinates; // a letter each: x and y places, w and h lengths, W a width that
-                                  // is more than 0, n counts from 1
+                                  // is more than 0, s a size, n counts from 1
     size_t colours;
     OptionSets options;
     DrawFunction draw;
@@ -36,8 +38,9 @@ struct Command {
 // Throws Failure when there is none of that name.
 const Command &FindCommand(std::string_view name);
 
-// Applies the option that a word names, if there is one in the sets; false otherwise.
-bool ApplyOption(std::string_view word, OptionSets sets, Overlay &overlay);
+// Takes an option, with what belongs to it, if the line begins with one of the sets; false
+// otherwise. Throws Failure.
+bool TakeOption(std::string_view &line, OptionSets sets, Overlay &overlay);
 
 // The language in one screen, for the help of a client. Ends without a line feed.
 std::string ScriptHelp(const InputNames &names);

@@ -3,11 +3,16 @@
 // for frames without, the frame decides; the others leave out a missing plane by themselves.
 #include "draw_shapes.h"
 
+#include "thick_shapes.h"
+
 #include <algorithm>
+#include <limits>
 
 namespace overlay {
 
 namespace {
+
+constexpr int32_t kMaxInt32 = std::numeric_limits<int32_t>::max();
 
 std::vector<OrnMinRenderPoint> AllPoints(const Canvas &canvas) {
     std::vector<OrnMinRenderPoint> points;
@@ -16,9 +21,37 @@ std::vector<OrnMinRenderPoint> AllPoints(const Canvas &canvas) {
     return points;
 }
 
+int32_t Thickness(const Canvas &canvas, const Overlay &overlay) {
+    return PixelsOf(*overlay.thickness, canvas.shape.height);
+}
+
+// A line of some thickness along one that is told as a rectangle without a width or a height.
+void FillAlong(const Canvas &canvas, const Overlay &overlay, OrnMinRenderRect line) {
+    const int32_t thickness = Thickness(canvas, overlay);
+    const auto widen = [thickness](int32_t &first, int32_t &end) {
+        const int64_t start = int64_t{first} - BeforeLine(thickness);
+        first = Saturated(start);
+        end = Saturated(start + thickness);
+    };
+    const bool isVertical = overlay.places[1].axis == Axis::Y;
+    isVertical ? widen(line.left, line.right) : widen(line.top, line.bottom);
+    FillRect(canvas, line, ColourFor(canvas, overlay.paints[0]));
+}
+
+// more: columns and rows that the outline of the library has from right and bottom on.
+void DrawRing(const Canvas &canvas, const Overlay &overlay, OrnMinRenderPoint radii, int more) {
+    const OrnMinRenderRect rect = Corners(canvas);
+    FillRing(canvas,
+             {double(rect.left), double(rect.top), double(rect.right) + more,
+              double(rect.bottom) + more, double(radii.x), double(radii.y)},
+             Thickness(canvas, overlay), ColourFor(canvas, overlay.paints[0]));
+}
+
 void DrawSegment(const Canvas &canvas, const Overlay &overlay, OrnMinRenderPoint from,
                  OrnMinRenderPoint to) {
     const OrnMinRenderColour colour = ColourFor(canvas, overlay.paints[0]);
+    if (overlay.thickness)
+        return FillThickLine(canvas, from, to, Thickness(canvas, overlay), colour);
     if (canvas.shape.hasChroma)
         OrnMinRenderDrawLineYUV420SP(canvas.context, &canvas.image, from, to, colour,
                                      overlay.style);
@@ -50,8 +83,15 @@ void FillRect(const Canvas &canvas, const OrnMinRenderRect &rect, OrnMinRenderCo
         OrnMinRenderFillRectY8(canvas.context, &canvas.image, &rect, colour.y);
 }
 
+OrnMinRenderRect WholeSamples(const OrnMinRenderRect &rect) {
+    const auto up = [](int32_t edge) { return Saturated(int64_t{edge} + (edge & 1)); };
+    return {rect.left & ~1, rect.top & ~1, up(rect.right), up(rect.bottom)};
+}
+
 void DrawBox(Canvas &canvas, const Overlay &overlay) {
     const OrnMinRenderRect rect = Corners(canvas);
+    if (overlay.thickness) // inside of the frame that else is drawn, which holds right and bottom
+        return DrawRing(canvas, overlay, {0, 0}, 1);
     const OrnMinRenderColour colour = ColourFor(canvas, overlay.paints[0]);
     if (canvas.shape.hasChroma)
         return OrnMinRenderDrawFrameYUV420SP(canvas.context, &canvas.image, &rect, colour,
@@ -69,6 +109,8 @@ void DrawHLine(Canvas &canvas, const Overlay &overlay) {
     const int32_t x0 = canvas.coordinates[0];
     const int32_t x1 = canvas.coordinates[1];
     const int32_t y = canvas.coordinates[2];
+    if (overlay.thickness)
+        return FillAlong(canvas, overlay, {std::min(x0, x1), y, std::max(x0, x1), y});
     const OrnMinRenderColour colour = ColourFor(canvas, overlay.paints[0]);
     if (canvas.shape.hasChroma)
         return OrnMinRenderDrawHLineYUV420SP(canvas.context, &canvas.image, x0, x1, y, colour,
@@ -80,6 +122,8 @@ void DrawHLine(Canvas &canvas, const Overlay &overlay) {
 void DrawVLine(Canvas &canvas, const Overlay &overlay) {
     const int32_t x = canvas.coordinates[0];
     const auto [y0, y1] = std::minmax(canvas.coordinates[1], canvas.coordinates[2]);
+    if (overlay.thickness)
+        return FillAlong(canvas, overlay, {x, y0, x, y1});
     const OrnMinRenderColour colour = ColourFor(canvas, overlay.paints[0]);
     if (canvas.shape.hasChroma)
         OrnMinRenderDrawVLineYUV420SP(canvas.context, &canvas.image, x, y0, y1, colour,
@@ -115,6 +159,8 @@ void DrawPolygon(Canvas &canvas, const Overlay &overlay) {
 
 void DrawEllipse(Canvas &canvas, const Overlay &overlay) {
     const OrnMinRenderRect rect = Corners(canvas);
+    if (overlay.thickness)
+        return DrawRing(canvas, overlay, {kMaxInt32, kMaxInt32}, 2);
     OrnMinRenderDrawEllipseYUV420SP(canvas.context, &canvas.image, &rect,
                                     ColourFor(canvas, overlay.paints[0]));
 }
@@ -128,6 +174,8 @@ void DrawDisc(Canvas &canvas, const Overlay &overlay) {
 void DrawRoundBox(Canvas &canvas, const Overlay &overlay) {
     const OrnMinRenderRect rect = Corners(canvas);
     const OrnMinRenderPoint radii = PointAt(canvas, 4);
+    if (overlay.thickness)
+        return DrawRing(canvas, overlay, radii, 2);
     OrnMinRenderDrawRoundRectYUV420SP(canvas.context, &canvas.image, &rect, &radii,
                                       ColourFor(canvas, overlay.paints[0]));
 }

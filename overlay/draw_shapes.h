@@ -9,6 +9,9 @@ namespace overlay {
 // A filled rectangle; right and bottom are the first outside.
 void FillRect(const Canvas &canvas, const OrnMinRenderRect &rect, OrnMinRenderColour colour);
 
+// Widened to even edges, so that colour ends where luma does.
+OrnMinRenderRect WholeSamples(const OrnMinRenderRect &rect);
+
 void DrawBox(Canvas &canvas, const Overlay &overlay);
 void DrawFill(Canvas &canvas, const Overlay &overlay);
 void DrawHLine(Canvas &canvas, const Overlay &overlay);

@@ -59,12 +59,6 @@ void DrawOutlinedText(const Canvas &canvas, const Overlay &overlay, const char *
     });
 }
 
-// Widened to even edges: otherwise colour would show past the luma, in a fringe of one pixel.
-OrnMinRenderRect WholeSamples(const OrnMinRenderRect &rect) {
-    const auto up = [](int32_t edge) { return Saturated(int64_t{edge} + (edge & 1)); };
-    return {rect.left & ~1, rect.top & ~1, up(rect.right), up(rect.bottom)};
-}
-
 // The background gives the text its chroma; an outline in the background's luma keeps neighbouring
 // glyphs apart. Texts of backgrounds side by side stay level, so they move along with the corner.
 void DrawTextOnBackground(Canvas &canvas, const Overlay &overlay, const char *text) {

@@ -43,6 +43,7 @@ struct Overlay {
     std::vector<Place> places;     // in the order of the script
     std::array<Paint, 2> paints{}; // the second: outline or background
     int32_t style = OrnMinRenderLineSolid;
+    std::optional<Place> thickness; // else the library's own lines
     bool halfTransparent = false;
     FontChoice fontChoice; // of texts
     Font font;             // that fits the frames, once they are known

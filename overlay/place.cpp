@@ -117,7 +117,9 @@ Place ParseLength(std::string_view word, Axis axis) {
 }
 
 Place ParseSize(std::string_view word) {
-    if (word.empty() || !IsDigit(word[0]))
+    if (word.empty())
+        throw Failure("expected a size, found the end of the line");
+    if (!IsDigit(word[0]))
         throw Failure("bad size " + Quoted(word) + ": expected a number, or N% of the height");
     const Place size = ParseLength(word, Axis::Y);
     if (size.offset < 0 || size.share < 0 || (size.offset == 0 && size.share == 0))

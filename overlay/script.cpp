@@ -85,7 +85,7 @@ void ScriptReader::TakeFontLine(std::string_view line) {
     fontBroken = true;
     const std::string name = TakeName(line);
     std::optional<Place> size;
-    if (!NextWord(line).empty())
+    if (!IsEnd(line))
         size = ParseSize(TakeWord(line));
     RequireEnd(line);
     font = FontChoice(name, inputs.files.folder, size);

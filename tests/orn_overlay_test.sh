@@ -69,8 +69,16 @@ done <<'TABLE'
 * text 1 20 white "a\000b"=1: the string is not UTF-8
 * text 1 20 white "a\342\202"=1: the string is not UTF-8
 font "sans.cbf\000.txt"=1: expected the name of a file, found 'sans.cbf?.txt'
+* hline 1 2 3 red thick 0=1: bad size '0': expected more than 0
+* hline 1 2 3 red thick -2=1: bad size '-2'
+* ellipse 1 2 3 4 red thick=1: expected a size, found the end of the line
+* loop red thick 3 dashed 1,2 3,4 5,6=1: dashed lines are two pixels thick
+* mask=1: expected a number, found the end of the line; usage: mask L T R B .COLOUR.$
+* mosaic 1 2 3 4 0%%=1: bad size '0%'
+tracks mosaic=1: expected a number
+tracks mask 1 2 red=1: bad colour '1'
 font ""=1: expected the name of a file
-* box 1 2 3=1: expected a number, found the end of the line; usage: box L T R B COLOUR .dashed.$
+* box 1 2 3=1: expected a number, found the end of the line; usage: box L T R B COLOUR .thick N. .dashed.$
 * box 1 2 3 4=1: expected a colour, found the end of the line; usage: box L
 * box 1 2 3 red=1: bad y coordinate 'red': .*; usage: box L
 * fill 1 2 3 4 red # one\r* fill 1 2 3 4 red #c0ffee=2: unexpected '#c0ffee' after the arguments; usage: fill L
@@ -297,6 +305,7 @@ done <<'TABLE'
 --tracks gap.csv --max-gap 2 --min-confidence -1=tracks disc box.left box.top box.right box.bottom white=0 disc 4 4 13 13 white|0 disc 8 4 12 8 white|0 disc 40 2 44 6 white|1 disc 12 5 18 9 white|2 disc 16 6 24 10 white|2 disc 50 2 54 6 white
 --tracks gap.csv --max-gap 2 --min-confidence 0.5=tracks fill box.left box.top box.right box.bottom white=0 fill 8 4 12 8 white|0 fill 40 2 44 6 white|2 fill 50 2 54 6 white
 --tracks gap.csv --max-gap 1=tracks line 0 0 box.center box.center white=0 line 0 0 10 6 white|0 line 0 0 8 8 white|0 line 0 0 42 4 white|2 line 0 0 20 8 white|2 line 0 0 52 4 white
+--tracks gap.csv --max-gap 2=tracks trail 1 white thick 3=1 line 15 9 10 8 white thick 3|2 line 20 10 15 9 white thick 3
 --tracks gap.csv --max-gap 2=tracks trail 1 white=1 line 15 9 10 8 white|2 line 20 10 15 9 white
 --tracks gap.csv --first-frame 0=tracks text box.center 20 white "{id} {conf}"=1 text 10 20 white center "1 1.00"|1 text 8 20 white center "3 0.10"|1 text 42 20 white center "4 1.00"
 TABLE
