@@ -8,6 +8,11 @@ nm -D --defined-only --format=posix "$library" | cut -d' ' -f1 | LC_ALL=C sort |
     echo "check_shared_object: the exported symbols differ from $list (<: listed, >: exported)" >&2
     exit 1
 }
+symbols=$(dirname "$0")/../packaging/debian/liborn-min-render1.symbols
+sed -n 's/^ \(.*\)@Base .*/\1/p' "$symbols" | diff "$list" - || {
+    echo "check_shared_object: $symbols differs from $list (<: in the list, >: in the package)" >&2
+    exit 1
+}
 needed=$(readelf -d "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
 [ "$needed" = libc.so.6 ] || {
     echo "check_shared_object: needs '$needed' instead of libc.so.6 alone" >&2

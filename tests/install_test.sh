@@ -24,6 +24,8 @@ so=$(find "$work/tree" -name liborn_min_render.so) lib=${so%/*}
     fail "the names of the shared object do not lead to ${so##*/}.$version"
 readelf -d "$so" | grep -q 'SONAME.*\[liborn_min_render.so.1\]' || fail "another SONAME"
 "$source/tests/check_shared_object.sh" "$so"
+grep -q "^orn-min-render ($version)" "$source/packaging/debian/changelog" ||
+    fail "packaging/debian/changelog does not begin with version $version"
 for page in "$source"/docs/man/*.[1-9]; do
     [ -f "tree/share/man/man${page##*.}/${page##*/}" ] || fail "$page is not installed"
 done
