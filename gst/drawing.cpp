@@ -71,6 +71,12 @@ Problems Drawing::SetTracks(const std::string &path) {
     return problems;
 }
 
+Problems Drawing::TakeNotes() {
+    Problems notes;
+    Add(notes, engine.TakeNotes());
+    return notes;
+}
+
 Problems Drawing::SetFrames(const GstVideoInfo &frames) {
     Problems problems;
     info = frames;

@@ -45,6 +45,9 @@ class Drawing {
     // Loads what has changed. What is wrong stays as it was before.
     Problems Load(const Wishes &wishes);
 
+    // What the engine noted since the last time.
+    Problems TakeNotes();
+
     // Pictures of the script that don't fit the frames are left out.
     Problems SetFrames(const GstVideoInfo &frames);
 

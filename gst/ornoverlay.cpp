@@ -116,7 +116,9 @@ gboolean Start(GstBaseTransform *base) {
         wishes.changed = kAllInputs;
         state.hasDrawn = false;
         state.drawing.emplace();
-        return PostErrors(self, state.drawing->Load(wishes));
+        const bool isRight = PostErrors(self, state.drawing->Load(wishes));
+        PostWarnings(self, state.drawing->TakeNotes());
+        return isRight;
     } catch (const std::bad_alloc &) {
         PostShortMemory(self);
         return FALSE;
@@ -189,6 +191,7 @@ GstFlowReturn TransformFrame(GstVideoFilter *filter, GstVideoFrame *frame) {
     self->state->hasDrawn = true;
     try {
         self->state->drawing->Draw(*frame);
+        PostWarnings(self, self->state->drawing->TakeNotes());
         return GST_FLOW_OK;
     } catch (const overlay::Failure &failure) {
         GST_ELEMENT_ERROR(self, RESOURCE, READ, ("%s", failure.what()), (nullptr));

@@ -5,7 +5,9 @@
 #include "colour.h"
 #include "frame.h"
 #include "frame_memory.h"
+#include "glyph_gaps.h"
 #include "live_boxes.h"
+#include "notes.h"
 #include "overlay.h"
 #include "place.h"
 #include "tracks.h"
@@ -20,6 +22,8 @@ struct Canvas {
     Palette palette;  // of the tracked boxes
     Tracks tracks;
     LiveBoxes live;
+    GlyphGaps gaps; // of changing texts
+    Notes notes;
 
     OrnMinRenderImage image{};
     int64_t frameNumber = 0;

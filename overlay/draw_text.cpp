@@ -24,6 +24,17 @@ constexpr TextShape kPlain{};
 constexpr TextShape kOutlined{0, kOutlineReach, Edge::Origin};
 constexpr TextShape kLabel{kLabelMargin, 0, Edge::Start};
 
+// Of a text that stays the same, the script's reader tells what the font lacks.
+std::string ShownText(Canvas &canvas, const Overlay &overlay) {
+    std::string text = TextOf(canvas, overlay);
+    if (!overlay.hasPlaceholders)
+        return text;
+    const std::string gaps = canvas.gaps.NewIn(canvas.context, overlay.font, text);
+    if (!gaps.empty())
+        canvas.notes.Add("", overlay.line, gaps);
+    return text;
+}
+
 // Places a text that others may count from now, and returns where its pen starts.
 OrnMinRenderPoint PlaceLastText(Canvas &canvas, const Overlay &overlay, const char *text,
                                 const TextShape &shape) {
@@ -74,7 +85,7 @@ void DrawTextOnBackground(Canvas &canvas, const Overlay &overlay, const char *te
 } // namespace
 
 void DrawText(Canvas &canvas, const Overlay &overlay) {
-    const std::string text = TextOf(canvas, overlay);
+    const std::string text = ShownText(canvas, overlay);
     OrnMinRenderPoint pen = PlaceLastText(canvas, overlay, text.c_str(), kPlain);
     const int32_t lineStart = LineStart(overlay, pen);
     DrawAll([&] {
@@ -84,17 +95,17 @@ void DrawText(Canvas &canvas, const Overlay &overlay) {
 }
 
 void DrawOutlined(Canvas &canvas, const Overlay &overlay) {
-    const std::string text = TextOf(canvas, overlay);
+    const std::string text = ShownText(canvas, overlay);
     DrawOutlinedText(canvas, overlay, text.c_str(),
                      PlaceLastText(canvas, overlay, text.c_str(), kOutlined));
 }
 
 void DrawLabel(Canvas &canvas, const Overlay &overlay) {
-    DrawTextOnBackground(canvas, overlay, TextOf(canvas, overlay).c_str());
+    DrawTextOnBackground(canvas, overlay, ShownText(canvas, overlay).c_str());
 }
 
 void DrawParagraph(Canvas &canvas, const Overlay &overlay) {
-    const std::string text = TextOf(canvas, overlay);
+    const std::string text = ShownText(canvas, overlay);
     const LineShape lines{canvas.context, overlay.font.get(), canvas.coordinates[2],
                           overlay.textStyle.hasMarkers ? "- " : ""};
     if (!text.empty() && lines.width > 0) // a percentage of the frame may come to nothing
@@ -102,7 +113,7 @@ void DrawParagraph(Canvas &canvas, const Overlay &overlay) {
 }
 
 void DrawMeasure(Canvas &canvas, const Overlay &overlay) {
-    PlaceLastText(canvas, overlay, TextOf(canvas, overlay).c_str(), kPlain);
+    PlaceLastText(canvas, overlay, ShownText(canvas, overlay).c_str(), kPlain);
 }
 
 } // namespace overlay

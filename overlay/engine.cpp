@@ -38,6 +38,7 @@ struct Engine::State {
     void MixColours();
     Errors OpenPictures();
     Errors ChooseFonts();
+    void NoteGaps();
 
     Settings settings;
     FontChoice font;
@@ -47,6 +48,7 @@ struct Engine::State {
     Timeline timeline;
     Context context{OrnMinRenderCreateContext(), OrnMinRenderDestroyContext};
     Canvas canvas;
+    bool toldRepeat = false; // of an id, among the boxes of a frame
 };
 
 void Engine::State::MixColours() {
@@ -81,6 +83,17 @@ Errors Engine::State::ChooseFonts() {
         }
     }
     return errors;
+}
+
+// Of texts that stay the same, each line by itself.
+void Engine::State::NoteGaps() {
+    for (const Overlay &overlay : overlays) {
+        if (!overlay.font || overlay.hasPlaceholders)
+            continue;
+        const std::string gaps = GlyphGaps().NewIn(context.get(), overlay.font, overlay.text);
+        if (!gaps.empty())
+            canvas.notes.Add("", overlay.line, gaps);
+    }
 }
 
 Engine::Engine(const Settings &settings) : state(std::make_unique<State>(settings)) {
@@ -125,6 +138,9 @@ Errors Engine::SetScript(std::string_view content, const std::string &file) {
     state->overlays = std::move(overlays);
     state->timeline = std::move(timeline);
     state->MixColours();
+    state->canvas.gaps = {};
+    state->canvas.notes.Forget();
+    state->NoteGaps();
     return {};
 }
 
@@ -132,13 +148,22 @@ Errors Engine::SetTracks(std::string_view content, const std::string &file,
                          const TrackSettings &settings) {
     Errors errors;
     Tracks tracks = ParseTracks(content, file, settings, state->settings.names, errors);
-    if (errors.empty())
-        state->canvas.tracks = std::move(tracks);
+    if (!errors.empty())
+        return errors;
+    state->canvas.tracks = std::move(tracks);
+    const std::string repeats = state->canvas.tracks.Repeats(settings.firstFrame.value_or(1));
+    if (!repeats.empty())
+        state->canvas.notes.Add(file, 0, repeats);
     return errors;
 }
 
 void Engine::SetBoxes(int64_t number, const std::vector<TrackedBox> &boxes) {
     state->canvas.live.Append(number, boxes);
+    if (!state->toldRepeat && state->canvas.live.HasRepeat(number)) {
+        state->canvas.notes.Add("tracked boxes", 0,
+                                "frame " + std::to_string(number) + " has two of one id");
+        state->toldRepeat = true;
+    }
 }
 
 Errors Engine::SetFrames(const FrameShape &shape) {
@@ -176,6 +201,14 @@ void Engine::Draw(const OrnMinRenderImage &image, int64_t number, const FrameTim
     canvas.surroundings = {{0, 0, canvas.shape.width, canvas.shape.height}, {}, {}};
     for (const size_t i : state->timeline.At(number))
         DrawOverlay(canvas, state->overlays[i]);
+}
+
+Errors Engine::TakeNotes() {
+    Errors notes = state->canvas.notes.Take();
+    for (Error &note : notes)
+        if (note.file.empty())
+            note.file = state->scriptFile;
+    return notes;
 }
 
 std::string Engine::Help(const InputNames &names) {

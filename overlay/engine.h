@@ -76,6 +76,11 @@ class Engine {
     // Failure when a picture can't be read any more.
     void Draw(const OrnMinRenderImage &image, int64_t number, const FrameTime &time);
 
+    // What is no error, but may not be what was meant, since the last call: characters that a font
+    // lacks (of a text that changes, once they are to be drawn), two boxes of one id in a frame.
+    // Each is told once.
+    Errors TakeNotes();
+
     // The language of scripts in one screen. Ends without a line feed.
     static std::string Help(const InputNames &names);
 

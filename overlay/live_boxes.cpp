@@ -37,6 +37,14 @@ LiveBoxes::Boxes LiveBoxes::At(int64_t frame) const {
     return {first, std::lower_bound(first, end, frame + 1, isBefore)};
 }
 
+bool LiveBoxes::HasRepeat(int64_t frame) const {
+    const Boxes ofFrame = At(frame);
+    return std::adjacent_find(ofFrame.begin(), ofFrame.end(),
+                              [](const TrackedBox &a, const TrackedBox &b) {
+                                  return a.id >= 0 && a.id == b.id;
+                              }) != ofFrame.end();
+}
+
 std::vector<OrnMinRenderPoint> LiveBoxes::Trail(const TrackedBox &box, int32_t frames) const {
     std::vector<OrnMinRenderPoint> points{FeetOf(box)};
     TrackedBox wanted = box;

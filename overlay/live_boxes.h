@@ -32,6 +32,9 @@ class LiveBoxes {
     // The boxes of a frame, by id, valid until more are appended.
     Boxes At(int64_t frame) const;
 
+    // Whether two of them have one id, which is not negative.
+    bool HasRepeat(int64_t frame) const;
+
     // As of Tracks.
     std::vector<OrnMinRenderPoint> Trail(const TrackedBox &box, int32_t frames) const;
 

@@ -49,7 +49,7 @@ struct Overlay {
     Font font;             // that fits the frames, once they are known
     TextStyle textStyle;
     std::string text;
-    bool hasPlaceholders = false;
+    bool hasPlaceholders = false; // so that it changes from frame to frame
     Bitmap bitmap;
     std::unique_ptr<Picture> picture;
 };

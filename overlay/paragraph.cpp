@@ -3,6 +3,8 @@
 // alone.
 #include "paragraph.h"
 
+#include "words.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -16,14 +18,6 @@ std::string_view TakeFront(std::string_view &text, size_t end) {
     const std::string_view front = text.substr(0, end);
     text.remove_prefix(front.size());
     return front;
-}
-
-// A character and the bytes that continue it.
-std::string_view TakeCharacter(std::string_view &text) {
-    size_t end = 1;
-    while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
-        ++end;
-    return TakeFront(text, end);
 }
 
 class LineFitter {

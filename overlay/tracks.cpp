@@ -58,6 +58,21 @@ TrackedBox Tracks::BoxOf(size_t row, int64_t frame) const {
     return rows[row].frame == frame ? rows[row] : BoxBetween(rows[row], rows[row + 1], frame);
 }
 
+std::string Tracks::Repeats(int64_t first) const {
+    const auto isRepeat = [](const TrackedBox &a, const TrackedBox &b) {
+        return a.id >= 0 && a.id == b.id && a.frame == b.frame;
+    };
+    const auto row = std::adjacent_find(rows.begin(), rows.end(), isRepeat);
+    if (row == rows.end())
+        return "";
+    size_t others = 0;
+    for (auto next = row + 1; next + 1 < rows.end(); ++next)
+        others += isRepeat(*next, *(next + 1));
+    return "frame " + std::to_string(row->frame + first) + " has two boxes of id " +
+           std::to_string(row->id) +
+           (others > 0 ? ", and there are " + std::to_string(others) + " more like this" : "");
+}
+
 const std::vector<TrackedBox> &Tracks::At(int64_t frame) {
     if (shownFrame == frame)
         return shown;

@@ -6,6 +6,7 @@
 #include "tracked_box.h"
 
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace overlay {
@@ -25,6 +26,10 @@ class Tracks {
     // Where the feet (the middle of the lower edge) of a box have been, from where it is now back
     // in time, over so many frames or until the track was not there.
     std::vector<OrnMinRenderPoint> Trail(const TrackedBox &box, int32_t frames) const;
+
+    // Which frame has two boxes of one id, and how many more there are like it, in words; empty if
+    // there is none. Frames count from first.
+    std::string Repeats(int64_t first) const;
 
   private:
     bool IsJoinedToNext(size_t row) const;

@@ -96,6 +96,13 @@ std::string_view TakeWord(std::string_view &line) {
     return word;
 }
 
+std::string_view TakeCharacter(std::string_view &text) {
+    const auto end = std::find_if_not(text.begin() + 1, text.end(), IsContinuation);
+    const std::string_view character = text.substr(0, static_cast<size_t>(end - text.begin()));
+    text.remove_prefix(character.size());
+    return character;
+}
+
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }

@@ -24,6 +24,9 @@ std::string_view NextWord(std::string_view line);
 
 std::string_view TakeWord(std::string_view &line);
 
+// Takes a UTF-8 character: a byte, and those that continue it. The text is not empty.
+std::string_view TakeCharacter(std::string_view &text);
+
 bool IsDigit(char c);
 
 // Takes a string from the front of the line and resolves its escapes. Throws Failure.

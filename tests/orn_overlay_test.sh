@@ -30,7 +30,7 @@ expect() {
 
 "$cbfconv" -s 16 -r 0x20-0x7E,0xA0-0xFF -o sans.cbf "$ttf"
 export XDG_DATA_HOME="$work/home" XDG_DATA_DIRS="relative:$work/near:$work/far"
-"$cbfconv" -s 16 -r 65,66 -o some.cbf "$ttf"
+"$cbfconv" -s 16 -r 65,66,97,98 -o some.cbf "$ttf"
 
 # ---- errors ----
 cat >wrong.txt <<'SCRIPT'
@@ -199,7 +199,7 @@ expect 1 'pbm.txt:1: /dev/zero: has more than' timeout 20 "$overlay" --check pbm
 awk 'BEGIN { for (i = 0; i < 30000; ++i) print 1000 * (i % 300) + 1 "," int(i / 300) ",1,1,9,9" }' >far.csv
 input=in expect 0 '' timeout 9 "$overlay" --size 64x16 --format y8 --tracks far.csv --max-gap 1000
 for script in "$repository"/docs/gallery/*.txt; do
-    "$overlay" --check --font sans.cbf "$script" ||
+    "$overlay" --check --font sans.cbf "$script" 2>errors ||
         fail "$script has errors"
 done
 
@@ -289,7 +289,6 @@ done <<'TABLE'
 =* label center 1 white red "a"=* label 32 1 white red center "a"
 =* label 3 0 white white "ab"=* measure 9 6 left top "ab"|* fill text.left-6 text.top-6 text.right+6 text.bottom+6 white
 =* label 3 0 white white "ab"=* label 3 0 red red "ab"|* fill text.left text.top text.right text.bottom white
-=font "some.cbf"|* text 3 20 white "aA"=font "some.cbf"|* text 3 20 white "bA"
 =* outlined 99 99 white red inside "a"=* outlined right-3 bottom-3 white red "a"
 =* text 14 1 white down "a\nb"|* fill text.left text.top text.right text.bottom red=* measure 14 1 down "a\nb"|* fill text.left text.top text.right text.bottom red
 =* fill 1 1 2 2 white|1 text 3 20 red "a"|0 fill text.left 0 9 9 white=* fill 1 1 2 2 white|1 text 3 20 red "a"
@@ -332,6 +331,30 @@ echo '* label 9 1 red red "a"' >label.txt # luma 76, U 84
 input=in expect 0 '' "$overlay" --size 64x24 --font sans.cbf label.txt
 od -An -v -tu1 -w1 output | awk '$1 == 76 { ++y } $1 == 84 { u += 4 } END { exit !y || y != u }' ||
     fail "a label's colour ends elsewhere than its luma"
+
+# What is no error is noted, in a check and while it works. The font has A, B, a and b alone.
+printf '1,3,4,4,9,9\n1,-1,4,4,9,9\n2,3,4,4,9,9\n1,-1,4,4,9,9\n' >once.csv
+{ cat once.csv; echo 2,3,5,5,9,9; cat once.csv; } >twice.csv
+while IFS='=' read -r options script note; do
+    printf "$script\n" >note.txt
+    expect 0 "$note" "$overlay" --check --font some.cbf $options note.txt
+    [ "$(wc -l <errors)" = 1 ] || fail "not one note: $(cat errors)"
+done <<'TABLE'
+=* text 3 20 white "AЖ中Ж\\nB"=note: note.txt:1: the font lacks 2 characters of the text: Ж (U+0416), 中 (U+4E2D)$
+=\n* label 3 20 red red down "B A"\n* label 3 20 red red "e"=note: note.txt:3: .*text: e (U+0065)$
+=* paragraph 3 20 9 red red "cdefghijkl"=lacks 10 characters of the text: c .*, j (U+006A), ...$
+--tracks once.csv=* text 3 20 white "f"=text: f (U+0066)$
+--tracks twice.csv=* fill 0 0 1 1 red=note: twice.csv: frame 1 has two boxes of id 3, and there are 2 more like this$
+TABLE
+printf '* text 3 20 white "{frame} A"\n* text 3 40 white "{frame}e"\n' >note.txt
+bytes $((4 * 64 * 24)) 000 >in
+input=in expect 0 'note.txt:2: .*text: e (U+0065)$' "$overlay" --size 64x24 --format y8 --font some.cbf note.txt
+[ "$(grep -c 'note.txt:1: .*: [0-3] (U+003[0-3])$' errors)$(wc -l <errors)" = 45 ] || fail "changing texts: $(cat errors)"
+for text in e f; do
+    echo "* text 3 20 white \"$text\"" >note.txt
+    "$overlay" --size 64x24 --format y8 --font some.cbf note.txt <in 2>errors | cksum
+done | sort -u >gaps
+[ "$(wc -l <gaps)" = 1 ] || fail "what a font lacks looks different"
 
 # colour OPTIONS COLOUR YUV: what a fill leaves in a frame of 2 x 1 pixels.
 while IFS='=' read -r options colour expected; do

@@ -213,4 +213,10 @@ TEST(Overlay, BoxesOfFrames) {
     for (int64_t number = 2; number < 2100; ++number)
         give(number, {9});
     EXPECT_FALSE(Drawn(engine, 2099)[2 * kWidth + 5]); // forgotten, or the trail would reach there
+    EXPECT_EQ(Told(engine.TakeNotes()), "");
+    engine.SetBoxes(2100, {{0, -1, 9, 0, 10, 2, 1}, {0, -1, 9, 0, 10, 2, 1}});
+    for (int64_t number = 2101; number < 2103; ++number)
+        engine.SetBoxes(number,
+                        {{0, 5, 9, 0, 10, 2, 1}, {0, 4, 9, 0, 10, 2, 1}, {0, 5, 1, 0, 2, 2, 1}});
+    EXPECT_EQ(Told(engine.TakeNotes()), "tracked boxes: frame 2101 has two of one id\n");
 }

@@ -47,6 +47,7 @@ void DrawRawFrames(overlay::Engine &engine, const Options &options) {
         engine.Draw(image, number, rate.TimeOf(number));
         report.Drawn(Report::Clock::now() - start,
                      options.framesPerSecond ? rate.SecondsOf(number + 1) : 0);
+        TellNotes(engine);
         frames.Write();
     }
     report.Finish("standard input");
@@ -60,6 +61,7 @@ int Run(int argc, char **argv) {
     overlay::Engine engine({OptionNames(), !options->tracksPath.empty(), options->shape.hasChroma});
     if (!Load(engine, *options))
         return tool::kBadData;
+    TellNotes(engine);
     if (options->check)
         return 0;
     if (options->input.empty())

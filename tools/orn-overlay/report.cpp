@@ -31,6 +31,11 @@ bool NoErrors(const overlay::Errors &errors) {
     return errors.empty();
 }
 
+void TellNotes(overlay::Engine &engine) {
+    for (const overlay::Error &note : engine.TakeNotes())
+        tool::Say(kProgram, "note: " + note.Message());
+}
+
 void TellFrames(overlay::Engine &engine, const overlay::FrameShape &shape) {
     if (!NoErrors(engine.SetFrames(shape)))
         throw tool::Failure(tool::kBadData, "nothing is drawn");

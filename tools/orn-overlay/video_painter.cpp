@@ -76,5 +76,6 @@ void Painter::Work(ClipItem item) {
     const auto start = Report::Clock::now();
     engine.Draw(image, picture.number, picture.time);
     report.Drawn(Report::Clock::now() - start, picture.EndSeconds());
+    TellNotes(engine);
     film.WriteFrame(canvas.Take(), picture.pts, picture.duration);
 }

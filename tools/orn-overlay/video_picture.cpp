@@ -76,6 +76,7 @@ class PictureMaker {
             return;
         const OrnMinRenderImage image = canvas.Place(fitting.Fit(std::move(shown.frame)));
         engine.Draw(image, shown.number, shown.time);
+        TellNotes(engine);
         for (; times > 0; --times)
             picture.Add(image);
     }
