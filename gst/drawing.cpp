@@ -67,7 +67,7 @@ Problems Drawing::SetTracks(const std::string &path) {
     const std::optional<std::string> tracks =
         path.empty() ? std::string() : ReadFile(path, problems);
     if (tracks)
-        Add(problems, engine.SetTracks(*tracks, path, {}));
+        Add(problems, engine.SetTracks({{*tracks, path}}, {}));
     return problems;
 }
 

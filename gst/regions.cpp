@@ -32,7 +32,6 @@ int64_t IdOf(double number) {
     return std::fabs(number) <= kMaxId ? static_cast<int64_t>(number) : kNotTracked;
 }
 
-// Names of quarks are never released.
 overlay::TrackedBox BoxOf(int64_t id, double left, double top, double width, double height,
                           double confidence, GQuark type) {
     const char *const name = g_quark_to_string(type);

@@ -3,6 +3,7 @@
 #include "arguments.h"
 
 #include "colour.h"
+#include "placeholders.h"
 #include "words.h"
 
 #include <algorithm>
@@ -22,7 +23,7 @@ void AddPlace(std::string_view word, Axis axis, Overlay &overlay) {
     if (place.source == Source::Before && std::none_of(places.begin(), places.end(), sameAxis))
         throw Failure("no coordinate before " + Quoted(word) + " to count from");
     if (place.source == Source::Box && !overlay.perBox)
-        throw Failure(Quoted(word) + " has a meaning in lines of 'tracks' only");
+        throw PlacedFailure(Quoted(word) + " has a meaning in lines of 'tracks' only", word.data());
     overlay.places.push_back(place);
 }
 
@@ -86,11 +87,13 @@ void TakeColours(std::string_view &line, const Command &command, Overlay &overla
         return;
     for (size_t i = 0; i < command.colours; ++i) {
         const std::string_view word = TakeWord(line);
-        overlay.paints[i].ofId = word == "id";
-        if (!overlay.paints[i].ofId)
-            overlay.paints[i].rgb = ParseColour(word);
+        Paint &paint = overlay.paints[i];
+        paint.own = word == "id" ? Own::Id : word == "class" ? Own::Class : Own::Nothing;
+        if (paint.own == Own::Nothing)
+            paint.rgb = ParseColour(word);
         else if (!overlay.perBox)
-            throw Failure("colour 'id' has a meaning in lines of 'tracks' only");
+            throw PlacedFailure(
+                "colour " + Quoted(word) + " has a meaning in lines of 'tracks' only", word.data());
     }
 }
 
@@ -118,11 +121,16 @@ void TakePoints(std::string_view &line, const Command &command, Overlay &overlay
                       std::to_string(count));
 }
 
-void TakeText(std::string_view &line, Overlay &overlay) {
-    overlay.text = TakeQuoted(line);
-    if (!IsDrawableUtf8(overlay.text))
+void TakeText(std::string_view &line, const ScriptFiles &files, Overlay &overlay) {
+    const std::string_view quoted = WithoutBlanksBefore(line);
+    const std::string text = TakeQuoted(line);
+    if (!IsDrawableUtf8(text))
         throw Failure("the string is not UTF-8");
-    overlay.hasPlaceholders = overlay.text.find('{') != std::string::npos;
+    try {
+        overlay.text = ParseText(text, overlay.perBox, files.folder);
+    } catch (const TextFailure &failure) {
+        throw PlacedFailure(failure.what(), PlaceInQuoted(quoted, failure.position));
+    }
 }
 
 void TakePicture(std::string_view &line, const ScriptFiles &files, Overlay &overlay) {
@@ -147,7 +155,7 @@ void TakeWords(std::string_view &line, const Command &command, Overlay &overlay)
 void TakeString(std::string_view &line, const Command &command, const ScriptFiles &files,
                 Overlay &overlay) {
     if (command.last == Last::String)
-        TakeText(line, overlay);
+        TakeText(line, files, overlay);
     if (command.last == Last::Bitmap)
         overlay.bitmap = LoadBitmap(TakePath(line, files));
     if (command.last == Last::Picture)

@@ -22,6 +22,8 @@ bool ResolvePlaces(Canvas &canvas, const Overlay &overlay) {
 template <typename Boxes>
 void DrawForBoxes(Canvas &canvas, const Overlay &overlay, const Boxes &boxes) {
     for (const TrackedBox &box : boxes) {
+        if (!MeetsAll(overlay.conditions, box))
+            continue;
         canvas.box = &box;
         canvas.surroundings.box = RectOf(box);
         if (ResolvePlaces(canvas, overlay))
@@ -32,8 +34,11 @@ void DrawForBoxes(Canvas &canvas, const Overlay &overlay, const Boxes &boxes) {
 } // namespace
 
 OrnMinRenderColour ColourFor(const Canvas &canvas, const Paint &paint) {
-    if (!paint.ofId)
+    if (paint.own == Own::Nothing)
         return paint.colour;
+    if (paint.own == Own::Class)
+        return canvas
+            .palette[canvas.classColours.Of(canvas.box->className) % canvas.palette.size()];
     const auto count = static_cast<int64_t>(canvas.palette.size());
     const int64_t index = (canvas.box->id - 1) % count; // the first id takes the first colour
     return canvas.palette[static_cast<size_t>(index < 0 ? index + count : index)];

@@ -2,6 +2,8 @@
 // The frame being drawn into, and what drawing into it takes.
 #pragma once
 
+#include "class_colours.h"
+#include "clock.h"
 #include "colour.h"
 #include "frame.h"
 #include "frame_memory.h"
@@ -24,10 +26,14 @@ struct Canvas {
     LiveBoxes live;
     GlyphGaps gaps; // of changing texts
     Notes notes;
+    ClassColours classColours; // of all boxes so far
+    ClockSettings clock;
+    FrameRate frameRate;
 
     OrnMinRenderImage image{};
     int64_t frameNumber = 0;
     FrameTime time;
+    int64_t clockTime = 0;           // of this frame, in nanoseconds since 1970
     const TrackedBox *box = nullptr; // that a command of tracks draws now
     bool boxIsLive = false;          // and not one of tracks
     Surroundings surroundings{};

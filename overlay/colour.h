@@ -22,7 +22,7 @@ OrnMinRenderColour ColourOf(uint32_t rgb, const ColourSpace &space);
 
 // The colours by which tracked boxes are told apart: bright, so that black text can be read on
 // them.
-using Palette = std::array<OrnMinRenderColour, 8>;
+using Palette = std::array<OrnMinRenderColour, 24>;
 Palette MakePalette(const ColourSpace &space);
 
 // All names, each with a blank before it.

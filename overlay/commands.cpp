@@ -131,7 +131,7 @@ std::string ScriptHelp(const InputNames &names) {
         "FRAMES: * (all), 12, 10-50 (both included), 10- (to the end), or tracks (for\n"
         "each box of " +
         names.tracks +
-        ").\n"
+        "), or tracks class=car,bus conf>=0.5 (for some of them).\n"
         "COMMAND ARGUMENTS:\n";
     const std::string words =
         "A line font \"file.cbf\", or font \"sans\" 2.5% with the name of an installed set and a "
@@ -144,9 +144,10 @@ std::string ScriptHelp(const InputNames &names) {
         "TURN: down, up or inverted.\n"
         "N, SIZE: pixels, or N% of the frame's height. mask and mosaic of tracks may leave out "
         "L T R B.\n"
-        "COLOUR: #rrggbb, id (the tracked box's own) or";
+        "COLOUR: #rrggbb, id or class (the tracked box's own) or";
     return frames + CommandList() + words + ColourNames() +
-           ".\nString: \\\" \\\\ \\n, and {frame} {time} {id} {conf} {class} for their values.";
+           ".\nString: \\\" \\\\ \\n, and for their values {frame} {time} {fps}\n"
+           "{clock:%F %T} {file:name.txt}, of the tracked box {id} {conf} {class}. {{ is a brace.";
 }
 
 } // namespace overlay

@@ -27,7 +27,7 @@ constexpr TextShape kLabel{kLabelMargin, 0, Edge::Start};
 // Of a text that stays the same, the script's reader tells what the font lacks.
 std::string ShownText(Canvas &canvas, const Overlay &overlay) {
     std::string text = TextOf(canvas, overlay);
-    if (!overlay.hasPlaceholders)
+    if (!Changes(overlay))
         return text;
     const std::string gaps = canvas.gaps.NewIn(canvas.context, overlay.font, text);
     if (!gaps.empty())

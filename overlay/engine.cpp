@@ -5,6 +5,7 @@
 #include "canvas.h"
 #include "colour.h"
 #include "commands.h"
+#include "placeholders.h"
 #include "script.h"
 #include "timeline.h"
 
@@ -39,6 +40,7 @@ struct Engine::State {
     Errors OpenPictures();
     Errors ChooseFonts();
     void NoteGaps();
+    void ScaleTracks();
 
     Settings settings;
     FontChoice font;
@@ -49,12 +51,18 @@ struct Engine::State {
     Context context{OrnMinRenderCreateContext(), OrnMinRenderDestroyContext};
     Canvas canvas;
     bool toldRepeat = false; // of an id, among the boxes of a frame
+    bool tracksInShares = false;
 };
 
 void Engine::State::MixColours() {
     for (Overlay &overlay : overlays)
         for (Paint &paint : overlay.paints)
             paint.colour = ColourOf(paint.rgb, canvas.shape.colours);
+}
+
+void Engine::State::ScaleTracks() {
+    if (tracksInShares)
+        canvas.tracks.SetScale(canvas.shape.width, canvas.shape.height);
 }
 
 Errors Engine::State::OpenPictures() {
@@ -88,9 +96,10 @@ Errors Engine::State::ChooseFonts() {
 // Of texts that stay the same, each line by itself.
 void Engine::State::NoteGaps() {
     for (const Overlay &overlay : overlays) {
-        if (!overlay.font || overlay.hasPlaceholders)
+        if (!overlay.font || Changes(overlay))
             continue;
-        const std::string gaps = GlyphGaps().NewIn(context.get(), overlay.font, overlay.text);
+        const std::string gaps =
+            GlyphGaps().NewIn(context.get(), overlay.font, TextOf(canvas, overlay));
         if (!gaps.empty())
             canvas.notes.Add("", overlay.line, gaps);
     }
@@ -100,6 +109,7 @@ Engine::Engine(const Settings &settings) : state(std::make_unique<State>(setting
     if (!state->context)
         throw std::bad_alloc();
     state->canvas.context = state->context.get();
+    state->canvas.clock = settings.clock;
 }
 
 Engine::~Engine() = default;
@@ -144,20 +154,25 @@ Errors Engine::SetScript(std::string_view content, const std::string &file) {
     return {};
 }
 
-Errors Engine::SetTracks(std::string_view content, const std::string &file,
-                         const TrackSettings &settings) {
+Errors Engine::SetTracks(const std::vector<TrackFile> &files, const TrackSettings &settings) {
     Errors errors;
-    Tracks tracks = ParseTracks(content, file, settings, state->settings.names, errors);
+    ParsedTracks parsed = ParseTracks(files, settings, state->settings.names, errors);
     if (!errors.empty())
         return errors;
-    state->canvas.tracks = std::move(tracks);
+    for (const TrackedBox &box : parsed.boxes)
+        state->canvas.classColours.Add(box.className);
+    state->canvas.tracks = Tracks(std::move(parsed.boxes), settings.maxGap);
+    state->tracksInShares = parsed.inShares;
+    state->ScaleTracks();
     const std::string repeats = state->canvas.tracks.Repeats(settings.firstFrame.value_or(1));
     if (!repeats.empty())
-        state->canvas.notes.Add(file, 0, repeats);
+        state->canvas.notes.Add(files[0].name, 0, repeats);
     return errors;
 }
 
 void Engine::SetBoxes(int64_t number, const std::vector<TrackedBox> &boxes) {
+    for (const TrackedBox &box : boxes)
+        state->canvas.classColours.Add(box.className);
     state->canvas.live.Append(number, boxes);
     if (!state->toldRepeat && state->canvas.live.HasRepeat(number)) {
         state->canvas.notes.Add("tracked boxes", 0,
@@ -170,6 +185,7 @@ Errors Engine::SetFrames(const FrameShape &shape) {
     state->canvas.shape = shape;
     state->canvas.palette = MakePalette(shape.colours);
     state->canvas.spare.reset();
+    state->ScaleTracks();
     state->MixColours();
     Errors errors = state->OpenPictures();
     const Errors ofFonts = state->ChooseFonts();
@@ -198,6 +214,8 @@ void Engine::Draw(const OrnMinRenderImage &image, int64_t number, const FrameTim
     canvas.image = image;
     canvas.frameNumber = number;
     canvas.time = time;
+    canvas.clockTime = ClockTime(canvas.clock, time);
+    canvas.frameRate.Add(canvas.clockTime);
     canvas.surroundings = {{0, 0, canvas.shape.width, canvas.shape.height}, {}, {}};
     for (const size_t i : state->timeline.At(number))
         DrawOverlay(canvas, state->overlays[i]);

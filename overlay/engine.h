@@ -11,10 +11,11 @@
 //     engine.Draw(image, frameNumber, {frameNumber, 25});    // for every frame
 #pragma once
 
+#include "clock.h"
 #include "frame.h"
 #include "live_boxes.h"
 #include "messages.h"
-#include "tracks_csv.h"
+#include "track_lines.h"
 
 #include <memory>
 
@@ -30,6 +31,8 @@ struct Settings {
     // Whether frames will have chroma, if that is known by now. A picture of a script (raw frames
     // with nothing before them) is checked with the script then, otherwise by SetFrames.
     std::optional<bool> hasChroma;
+
+    ClockSettings clock = {}; // of texts
 };
 
 // Serves one thread at a time; separate engines share nothing. What the Set... functions are given
@@ -52,14 +55,13 @@ class Engine {
     // too: with tracks, it shows them.
     Errors SetScript(std::string_view content, const std::string &file);
 
-    // Takes tracked boxes, as a table; file is what messages call it. With an error, the boxes stay
-    // what they were.
-    Errors SetTracks(std::string_view content, const std::string &file,
-                     const TrackSettings &settings);
+    // Takes the tracked boxes of all frames, from one file or, in YOLO's way, from one a frame.
+    // With an error, the boxes stay what they were.
+    Errors SetTracks(const std::vector<TrackFile> &files, const TrackSettings &settings);
 
-    // Takes the tracked boxes that come with frame number, besides those of SetTracks. Trails find
-    // those of earlier frames, up to LiveBoxes::kKeptFrames back; those of later ones are
-    // forgotten.
+    // Takes the tracked boxes that come with frame number (from a TrackStream, for example),
+    // besides those of SetTracks. Trails find those of earlier frames, up to LiveBoxes::kKeptFrames
+    // back; those of later ones are forgotten.
     void SetBoxes(int64_t number, const std::vector<TrackedBox> &boxes);
 
     // Takes the shape of the frames that follow. Errors tell of pictures that hold no frames with

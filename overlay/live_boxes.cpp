@@ -21,9 +21,9 @@ void LiveBoxes::Append(int64_t frame, const std::vector<TrackedBox> &ofFrame) {
     if (!boxes.empty() && boxes.front().frame < frame - 2 * kKeptFrames)
         boxes.erase(boxes.begin(), boxes.begin() + (At(frame - kKeptFrames).first - boxes.data()));
     const auto oldCount = static_cast<ptrdiff_t>(boxes.size());
-    for (TrackedBox box : ofFrame) {
-        box.frame = frame;
+    for (const TrackedBox &box : ofFrame) {
         boxes.push_back(box);
+        boxes.back().frame = frame;
     }
     const auto added = boxes.begin() + oldCount;
     if (!std::is_sorted(added, boxes.end(), ComesFirst)) // sorting stably takes memory

@@ -13,7 +13,8 @@ constexpr size_t kMaxQuoted = 40; // of a wrong word: what is no script at all h
 } // namespace
 
 std::string Error::Message() const {
-    return file + (line > 0 ? ":" + std::to_string(line) : "") + ": " + reason;
+    return file + (line > 0 ? ":" + std::to_string(line) : "") +
+           (column > 0 ? ":" + std::to_string(column) : "") + ": " + reason;
 }
 
 std::string Quoted(std::string_view word) {

@@ -16,13 +16,21 @@ struct Failure : std::runtime_error {
     using runtime_error::runtime_error;
 };
 
+// A Failure at a place of the line that is being read.
+struct PlacedFailure : Failure {
+    PlacedFailure(const std::string &reason, const char *at) : Failure(reason), place(at) {
+    }
+    const char *place;
+};
+
 // Something wrong in an input.
 struct Error {
     std::string file;
     size_t line; // from 1; 0: the file as a whole
     std::string reason;
+    size_t column = 0; // in characters, from 1; 0: the line as a whole
 
-    std::string Message() const; // "file:line: reason"
+    std::string Message() const; // "file:line:column: reason"
 };
 
 using Errors = std::vector<Error>;

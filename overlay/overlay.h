@@ -2,10 +2,12 @@
 // What one line of a script asks for.
 #pragma once
 
+#include "box_condition.h"
 #include "font_set.h"
 #include "frame.h"
 #include "place.h"
 #include "resources.h"
+#include "text_file.h"
 #include "timeline.h"
 
 #include <array>
@@ -14,13 +16,17 @@ namespace overlay {
 
 struct Canvas;
 struct Overlay;
+struct TextPiece;
 
 // Draws an overlay into the frame of the canvas, which holds the overlay's places as pixels.
 using DrawFunction = void (*)(Canvas &canvas, const Overlay &overlay);
 
+// What gives a tracked box a colour of its own.
+enum class Own { Nothing, Id, Class };
+
 struct Paint {
     uint32_t rgb = 0;            // 0xrrggbb
-    bool ofId = false;           // the tracked box's own colour instead
+    Own own = Own::Nothing;      // or else the tracked box's own colour
     OrnMinRenderColour colour{}; // rgb in the frames' colour space, once that is known
 };
 
@@ -33,11 +39,19 @@ struct TextStyle {
     bool hasMarkers = true; // of a paragraph's new lines
 };
 
+// A part of a text: as it stands, or a value that changes from frame to frame.
+struct TextPiece {
+    std::string (*value)(const Canvas &canvas, const TextPiece &piece) = nullptr;
+    std::string argument; // of the value; without one, what the piece shows
+    std::shared_ptr<TextFile> file;
+};
+
 // A command uses the members that its arguments fill.
 struct Overlay {
     size_t line = 0; // of the script, from 1
     FrameRange frames;
-    bool perBox = false; // drawn for each tracked box of the frame
+    bool perBox = false;                  // drawn for each tracked box of the frame
+    std::vector<BoxCondition> conditions; // that a box has to meet, all of them
     DrawFunction draw = nullptr;
     Planes planes = Planes::None;  // that it may change
     std::vector<Place> places;     // in the order of the script
@@ -48,8 +62,7 @@ struct Overlay {
     FontChoice fontChoice; // of texts
     Font font;             // that fits the frames, once they are known
     TextStyle textStyle;
-    std::string text;
-    bool hasPlaceholders = false; // so that it changes from frame to frame
+    std::vector<TextPiece> text;
     Bitmap bitmap;
     std::unique_ptr<Picture> picture;
 };

@@ -4,6 +4,7 @@
 #include "script.h"
 
 #include "arguments.h"
+#include "box_condition.h"
 #include "commands.h"
 #include "words.h"
 
@@ -29,6 +30,8 @@ void TakeFrames(std::string_view &line, Overlay &overlay) {
     const std::string_view word = TakeWord(line);
     overlay.frames.last = kLastFrame;
     overlay.perBox = word == "tracks";
+    if (overlay.perBox)
+        overlay.conditions = TakeConditions(line);
     if (word == "*" || overlay.perBox)
         return;
     if (!IsDigit(word[0]) || word.find_first_not_of("0123456789-") != std::string_view::npos)

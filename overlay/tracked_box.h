@@ -4,7 +4,7 @@
 
 #include <cstdint>
 #include <orn_min_render.h>
-#include <string_view>
+#include <string>
 
 namespace overlay {
 
@@ -17,8 +17,14 @@ struct TrackedBox {
     double right;
     double bottom;
     double confidence;
-    std::string_view className = {}; // empty: not known; outlives all engines that are told
+    std::string className = {}; // empty: not known
 };
+
+// With all edges multiplied by the sides of a frame.
+TrackedBox Scaled(TrackedBox box, double width, double height);
+
+// Between two boxes of a track: every edge moves evenly.
+TrackedBox BoxBetween(const TrackedBox &from, const TrackedBox &to, int64_t frame);
 
 // Rounded to whole pixels.
 OrnMinRenderRect RectOf(const TrackedBox &box);

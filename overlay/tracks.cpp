@@ -15,28 +15,17 @@ bool ComesFirst(const TrackedBox &a, const TrackedBox &b) {
     return std::tie(a.id, a.frame) < std::tie(b.id, b.frame);
 }
 
-double Between(double from, double to, double share) {
-    return from + share * (to - from);
-}
-
-// Every edge moves evenly.
-TrackedBox BoxBetween(const TrackedBox &from, const TrackedBox &to, int64_t frame) {
-    const double share =
-        static_cast<double>(frame - from.frame) / static_cast<double>(to.frame - from.frame);
-    return {frame,
-            from.id,
-            Between(from.left, to.left, share),
-            Between(from.top, to.top, share),
-            Between(from.right, to.right, share),
-            Between(from.bottom, to.bottom, share),
-            Between(from.confidence, to.confidence, share)};
-}
-
 } // namespace
 
 Tracks::Tracks(std::vector<TrackedBox> boxes, int64_t gap) : rows(std::move(boxes)), maxGap(gap) {
     std::stable_sort(rows.begin(), rows.end(), ComesFirst);
     timeline = TimelineOfRows();
+}
+
+void Tracks::SetScale(double x, double y) {
+    scaleX = x;
+    scaleY = y;
+    shownFrame.reset();
 }
 
 bool Tracks::IsJoinedToNext(size_t row) const {
@@ -55,7 +44,9 @@ Timeline Tracks::TimelineOfRows() const {
 }
 
 TrackedBox Tracks::BoxOf(size_t row, int64_t frame) const {
-    return rows[row].frame == frame ? rows[row] : BoxBetween(rows[row], rows[row + 1], frame);
+    return Scaled(rows[row].frame == frame ? rows[row]
+                                           : BoxBetween(rows[row], rows[row + 1], frame),
+                  scaleX, scaleY);
 }
 
 std::string Tracks::Repeats(int64_t first) const {

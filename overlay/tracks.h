@@ -19,6 +19,9 @@ class Tracks {
     // every frame between them, too; not with 0 or 1.
     explicit Tracks(std::vector<TrackedBox> boxes, int64_t maxGap = 0);
 
+    // Boxes come out with their edges multiplied by these: for rows in shares of the frame.
+    void SetScale(double x, double y);
+
     // The boxes of a frame, by id, valid until another frame is asked for. Any order of frames, but
     // one after the other is fastest.
     const std::vector<TrackedBox> &At(int64_t frame);
@@ -38,6 +41,8 @@ class Tracks {
 
     std::vector<TrackedBox> rows; // by id, then by frame
     int64_t maxGap = 0;
+    double scaleX = 1;
+    double scaleY = 1;
     Timeline timeline; // of the rows, each shown up to the next one that it is joined to
     std::vector<TrackedBox> shown;
     std::optional<int64_t> shownFrame;

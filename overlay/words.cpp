@@ -60,6 +60,12 @@ size_t Utf8Length(unsigned char lead) {
     return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF8 ? 4 : lead < 0xFC ? 5 : 6;
 }
 
+// In characters, as editors count them.
+size_t ColumnOf(std::string_view line, const char *place) {
+    return 1 + static_cast<size_t>(
+                   std::count_if(line.data(), place, [](char c) { return !IsContinuation(c); }));
+}
+
 } // namespace
 
 void ParseLines(std::string_view content, const std::string &file, Errors &errors,
@@ -72,6 +78,8 @@ void ParseLines(std::string_view content, const std::string &file, Errors &error
             continue;
         try {
             parse(line, number);
+        } catch (const PlacedFailure &failure) {
+            errors.push_back({file, number, failure.what(), ColumnOf(line, failure.place)});
         } catch (const Failure &failure) {
             errors.push_back({file, number, failure.what()});
         }
@@ -82,6 +90,11 @@ void ParseLines(std::string_view content, const std::string &file, Errors &error
 
 std::string_view WithoutBlanksBefore(std::string_view line) {
     return line.substr(std::min(line.find_first_not_of(kBlanks), line.size()));
+}
+
+std::string_view Trimmed(std::string_view text) {
+    text = WithoutBlanksBefore(text);
+    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
 }
 
 std::string_view NextWord(std::string_view line) {
@@ -130,6 +143,13 @@ std::string TakeQuoted(std::string_view &line) {
         text += escaped ? Unescaped(line[++i]) : line[i];
     }
     throw Failure("unterminated string");
+}
+
+const char *PlaceInQuoted(std::string_view quoted, size_t position) {
+    size_t i = 1;
+    for (; position > 0; --position)
+        i += quoted[i] == '\\' ? 2 : 1;
+    return quoted.data() + i;
 }
 
 bool IsDrawableUtf8(std::string_view text) {

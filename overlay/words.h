@@ -19,6 +19,9 @@ void ParseLines(std::string_view content, const std::string &file, Errors &error
 
 std::string_view WithoutBlanksBefore(std::string_view line);
 
+// Without blanks at either end.
+std::string_view Trimmed(std::string_view text);
+
 // The next word without taking it; empty at the end of the line.
 std::string_view NextWord(std::string_view line);
 
@@ -31,6 +34,9 @@ bool IsDigit(char c);
 
 // Takes a string from the front of the line and resolves its escapes. Throws Failure.
 std::string TakeQuoted(std::string_view &line);
+
+// Where byte number position of a string's text stands in the line; quoted begins with its quote.
+const char *PlaceInQuoted(std::string_view quoted, size_t position);
 
 // Whether the library draws all of a text: it would end silently at the first byte that is no
 // UTF-8, or at a zero.

@@ -47,7 +47,7 @@ need_packages() {
         apt-get install -y --no-install-recommends $missing
 }
 
-build_packages="g++ cmake ninja-build libfreetype-dev libcli11-dev pkgconf libavformat-dev \
+build_packages="g++ cmake ninja-build libfreetype-dev libcli11-dev nlohmann-json3-dev pkgconf libavformat-dev \
 libavcodec-dev libavfilter-dev libswscale-dev libavutil-dev"
 gstreamer_packages="libgstreamer-plugins-base1.0-dev gstreamer1.0-plugins-base
     gir1.2-gst-plugins-base-1.0 python3-gst-1.0"

@@ -178,8 +178,8 @@ TEST(Gst, BadFilesStopItBeforeTheFirstFrame) {
         {"font-location", wrong.path,
          wrong.path + ": not a CBF font, or cut short (cbfdump --check tells more)"},
         {"tracks-location", wrong.path,
-         wrong.path + ":2: expected frame,id,left,top,width,"
-                      "height and perhaps confidence, found 1 value"},
+         wrong.path + ":2: expected frame class x y width height and perhaps confidence and id, "
+                      "found 2 values"},
         {"tracks-location", "/nowhere",
          "Failed to open file “/nowhere”: No such file or directory"},
     };

@@ -267,6 +267,7 @@ expect 1 'other.txt:1: .*needs a font: .*--font.*orn-min-render-fonts' "$overlay
 
 # ---- places, tracks and layouts ----
 # The two scripts of a row (where | stands for the end of a line) draw the same into two frames.
+printf '{id}\r\n' >braces.txt
 printf '\357\273\277frame,id,left,top,width,height,conf\r1,7,10,4,4.6,3,0.9\r\r2, 2.0e0 ,60,2,20,5\r' >tracks.csv
 printf '1,3,4,4,9,9,0.1\r\n# a gap\n1,1,8,4,4,4\r\n3,1,16,6,8,4,-1,-1,-1\n4,3,50,2,4,4\n1,4,40,2,4,4\n3,5,50,2,4,4\n' >gap.csv
 while IFS='=' read -r files one other; do
@@ -298,7 +299,8 @@ done <<'TABLE'
 =* paragraph 0 0 1%-9 white red "a"|* label 0 0 red white "b"=* label 0 0 red white "b"
 --fps 0.3=* text 60 20 white right "{time} {frame}"=0 text 60 20 white right "00:00:00.0 0"|1 text 60 20 white right "00:00:03.3 1"|2 text 60 20 white right "00:00:06.6 2"
 --fps 10/3=* text 60 20 white right "{time} {frame}"=0 text 60 20 white right "00:00:00.0 0"|1 text 60 20 white right "00:00:00.3 1"|2 text 60 20 white right "00:00:00.6 2"
---tracks tracks.csv=tracks measure 1 9 "a"|* text 3 20 white "{id}"=* text 3 20 white "{id}"
+--fps 2 --utc --start 2024-02-29T23:59:59.5Z=* text 3 20 white "{clock:%F %T.%3N} {fps}"=0 text 3 20 white "2024-02-29 23:59:59.500 0.0"|1 text 3 20 white "2024-03-01 00:00:00.000 2.0"|2 text 3 20 white "2024-03-01 00:00:00.500 2.0"
+=* text 3 20 white "{file:braces.txt}"=* text 3 20 white "{{id}"
 --tracks tracks.csv=tracks fill box.left box.top box.right box.bottom white=0 fill 10 4 15 7 white|1 fill 60 2 80 7 white
 --tracks tracks.csv=* fill 0 0 1 1 red=* fill 0 0 1 1 red|0 box 10 4 14 6 #2fe0c0|0 label 10 4 black #2fe0c0 bottom "7"|1 box 60 2 79 6 #35c4ff|1 label 60 2 black #35c4ff bottom "2"
 --tracks gap.csv --max-gap 2 --min-confidence -1=tracks disc box.left box.top box.right box.bottom white=0 disc 4 4 13 13 white|0 disc 8 4 12 8 white|0 disc 40 2 44 6 white|1 disc 12 5 18 9 white|2 disc 16 6 24 10 white|2 disc 50 2 54 6 white

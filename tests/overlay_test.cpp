@@ -82,7 +82,7 @@ TEST(Overlay, TwoEnginesShareNothing) {
     Engine other({{}, true, {}});
     one.SetScript("* fill 0 0 1 1 white", "one");
     other.SetScript("tracks fill box.left 0 +1 1 id", "other");
-    other.SetTracks("1,1,2,0,1,1\n2,2,3,0,1,1\n", "tracks", {});
+    other.SetTracks({{"1,1,2,0,1,1\n2,2,3,0,1,1\n", "tracks"}}, {});
     one.SetFrames({kWidth, kHeight, true, kLimited});
     other.SetFrames(kY8);
     const auto first = Drawn(other, 0);
@@ -169,7 +169,7 @@ TEST(Overlay, PicturesFollowTheShape) {
 TEST(Overlay, ErrorsAreValuesAndChangeNothing) {
     Engine engine({{"font=", "tracks=", "first="}, true, {}});
     engine.SetScript("tracks fill box.left 0 +1 1 white", "right");
-    engine.SetTracks("1,1,2,0,1,1", "right", {});
+    engine.SetTracks({{"1,1,2,0,1,1", "right"}}, {});
     engine.SetFrames(kY8);
     const auto before = Drawn(engine, 0);
     EXPECT_TRUE(before[2]);
@@ -177,7 +177,7 @@ TEST(Overlay, ErrorsAreValuesAndChangeNothing) {
               "wrong:2: 'text' needs a font: name one by font= or in a line before, "
               "or install the package orn-min-render-fonts\n"
               "wrong:3: unknown command 'blob'\n");
-    EXPECT_EQ(Told(engine.SetTracks("0,1,2,0,1,1", "wrong", {})),
+    EXPECT_EQ(Told(engine.SetTracks({{"0,1,2,0,1,1", "wrong"}}, {})),
               "wrong:1: bad frame '0': the first one is 1, unless first= is given\n");
     EXPECT_EQ(Told(engine.SetFont("/nowhere.cbf")), "/nowhere.cbf: No such file or directory\n");
     EXPECT_EQ(Drawn(engine, 0), before);
@@ -193,7 +193,7 @@ TEST(Overlay, ErrorsAreValuesAndChangeNothing) {
 TEST(Overlay, BoxesOfFrames) {
     Engine engine({{}, true, {}});
     engine.SetScript("tracks trail 5000 white\ntracks fill box.left 0 +1 1 white", "script");
-    engine.SetTracks("1,1,15,0,1,1", "tracks", {});
+    engine.SetTracks({{"1,1,15,0,1,1", "tracks"}}, {});
     engine.SetFrames(kY8);
     const auto give = [&engine](int64_t number, std::vector<double> lefts) {
         std::vector<overlay::TrackedBox> boxes;

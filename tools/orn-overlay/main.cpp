@@ -29,7 +29,8 @@ bool Load(overlay::Engine &engine, const Options &options) {
     if (options.tracksPath.empty())
         return scriptIsRight;
     const std::string tracks = tool::ReadText(options.tracksPath);
-    return NoErrors(engine.SetTracks(tracks, options.tracksPath, options.tracks)) && scriptIsRight;
+    return NoErrors(engine.SetTracks({{tracks, options.tracksPath}}, options.tracks)) &&
+           scriptIsRight;
 }
 
 void DrawRawFrames(overlay::Engine &engine, const Options &options) {
@@ -58,7 +59,8 @@ int Run(int argc, char **argv) {
     const std::optional<Options> options = ReadOptions(argc, argv);
     if (!options)
         return 0;
-    overlay::Engine engine({OptionNames(), !options->tracksPath.empty(), options->shape.hasChroma});
+    overlay::Engine engine(
+        {OptionNames(), !options->tracksPath.empty(), options->shape.hasChroma});
     if (!Load(engine, *options))
         return tool::kBadData;
     TellNotes(engine);

@@ -2,9 +2,12 @@
 // Options are read one by one, then checked together.
 #include "options.h"
 
+#include "start_time.h"
+
 #include "common/command_line.h"
 #include "common/version.h"
 #include "overlay/engine.h"
+#include "overlay/track_values.h"
 
 #include <algorithm>
 #include <vector>
@@ -112,6 +115,12 @@ constexpr Choice<overlay::Range> kRanges[] = {{"full", overlay::Range::Full},
 constexpr Choice<overlay::Matrix> kMatrices[] = {{"bt601", overlay::Matrix::Bt601},
                                                  {"bt709", overlay::Matrix::Bt709}};
 
+constexpr Choice<overlay::TrackFormat> kTrackFormats[] = {
+    {"mot", overlay::TrackFormat::Mot},   {"jsonl", overlay::TrackFormat::JsonLines},
+    {"yolo", overlay::TrackFormat::Yolo}, {"coco", overlay::TrackFormat::Coco},
+    {"csv", overlay::TrackFormat::Csv},
+};
+
 void AddFrameOptions(CLI::App &app, Options &options) {
     overlay::FrameShape &shape = options.shape;
     app.add_option_function<std::string>(
@@ -171,7 +180,14 @@ void AddVideoOptions(CLI::App &app, Options &options) {
 
 void AddTrackOptions(CLI::App &app, Options &options) {
     app.add_option("--tracks", options.tracksPath,
-                   "Tracked boxes: frame,id,left,top,width,height,confidence,...")
+                   "Tracked boxes: a table, JSON, or a folder of YOLO's files")
+        ->type_name("FILE");
+    AddChoice(app, "--tracks-format", kTrackFormats, options.tracks.format,
+              "mot, jsonl, yolo, coco or csv, where the file doesn't show it")
+        ->type_name("FORMAT")
+        ->default_str("");
+    app.add_option("--classes", options.classesPath,
+                   "Names of classes, for tracks that have their numbers: a name a line")
         ->type_name("FILE");
     tool::AddInteger(app, "--first-frame", options.tracks.firstFrame, 0, kMaxFirstFrame,
                      "The number that the file of tracks gives to the first frame, if not 1")
@@ -183,6 +199,14 @@ void AddTrackOptions(CLI::App &app, Options &options) {
     tool::AddReal(app, "--min-confidence", options.tracks.minConfidence, -overlay::kMaxTrackReal,
                   overlay::kMaxTrackReal, "Leave out boxes below X")
         ->type_name("X");
+}
+
+void AddClockOptions(CLI::App &app, Options &options, std::string &start) {
+    app.add_flag("--utc", options.clock.utc, "Show {clock} in UTC, not in the time of this place");
+    app.add_option("--start", start,
+                   "Let {clock} begin with the first frame, at a time such as\n"
+                   "2026-11-23T14:05:09Z, instead of showing the time of day")
+        ->type_name("TIME");
 }
 
 void AddOptions(CLI::App &app, Options &options) {
@@ -239,12 +263,20 @@ void CheckVideoOptions(const CLI::App &app, const Options &options) {
         throw CLI::RequiredError("-o");
 }
 
-void CheckOptions(const CLI::App &app, Options &options) {
+void CheckOptions(const CLI::App &app, const std::string &start, Options &options) {
     if (options.scriptPath.empty() && options.tracksPath.empty())
         throw CLI::RequiredError("SCRIPT (or --tracks)");
     CheckVideoOptions(app, options);
+    CheckTogether(app, {"--tracks-format", "--classes"}, "is for tracked boxes (--tracks)",
+                  !options.tracksPath.empty());
     if (options.input.empty() && options.shape.width == 0 && !options.check)
         throw CLI::RequiredError("--size (or -i)");
+    if (app.count("--start") > 0) {
+        options.clock.start = ParseStartTime(start, options.clock.utc);
+        if (!options.clock.start)
+            throw CLI::ValidationError("--start", "expected a time such as 2026-11-23T14:05:09Z, "
+                                                  "not '" + start + "'");
+    }
     options.rangeIsGiven = app.count("--range") > 0;
     options.matrixIsGiven = app.count("--matrix") > 0;
     CheckStride("--stride", options.inputStride, options.shape);
@@ -265,10 +297,12 @@ std::optional<Options> ReadOptions(int argc, char **argv) {
                  "or into raw frames, from standard input to standard output:\n"
                  "  orn-overlay --size 1280x720 SCRIPT <in >out",
                  kProgram);
+    std::string start; // its zone depends on another option
     AddOptions(app, options);
+    AddClockOptions(app, options, start);
     app.set_version_flag("--version", tool::VersionText(kProgram));
     app.footer(overlay::Engine::Help(OptionNames()) + "\nman orn-overlay tells all.");
-    app.callback([&app, &options] { CheckOptions(app, options); });
+    app.callback([&] { CheckOptions(app, start, options); });
     if (!tool::ParseCommandLine(app, argc, argv))
         return std::nullopt;
     return options;

@@ -2,8 +2,9 @@
 // The command line of orn-overlay.
 #pragma once
 
+#include "overlay/clock.h"
 #include "overlay/frame.h"
-#include "overlay/tracks_csv.h"
+#include "overlay/track_settings.h"
 
 #include <cstdint>
 #include <optional>
@@ -48,7 +49,9 @@ struct Options {
     std::string scriptPath; // empty: none
     std::string fontPath;
     std::string tracksPath;
+    std::string classesPath;
     overlay::TrackSettings tracks;
+    overlay::ClockSettings clock;
     overlay::FrameShape shape; // with a size for raw frames, unless check is set
     bool rangeIsGiven = false; // otherwise a clip's own is used
     bool matrixIsGiven = false;

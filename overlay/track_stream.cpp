@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+// A frame is complete when its line says so or when a later one begins. With gaps to be filled, the
+// boxes between two rows are made when the second one comes, which is the latest moment for them.
+#include "track_stream.h"
+
+#include "tracks.h"
+#include "words.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace overlay {
+
+namespace {
+
+constexpr size_t kMaxLine = 1 << 20;
+constexpr size_t kMaxBoxesOfFrame = 65536;
+constexpr size_t kMaxIds = 65536; // that gaps are filled for at a time
+
+} // namespace
+
+TrackStream::TrackStream(const TrackSettings &settings, const InputNames &names, std::string name,
+                         const FrameShape &ofFrames)
+    : lines(settings, names), file(std::move(name)), shape(ofFrames), maxGap(settings.maxGap) {
+}
+
+Errors TrackStream::Feed(std::string_view bytes) {
+    Errors errors;
+    while (!bytes.empty()) {
+        const size_t end = bytes.find('\n');
+        const std::string_view piece = bytes.substr(0, end);
+        tooLong = tooLong || partial.size() + piece.size() > kMaxLine;
+        if (!tooLong)
+            partial.append(piece);
+        bytes.remove_prefix(end == std::string_view::npos ? bytes.size() : end + 1);
+        if (end != std::string_view::npos)
+            TakeLine(std::exchange(partial, {}), errors);
+    }
+    return errors;
+}
+
+void TrackStream::TakeLine(std::string_view line, Errors &errors) {
+    ++lineNumber;
+    const auto take = [this](std::string_view text, size_t) {
+        std::vector<TrackedBox> boxes;
+        const std::optional<TrackLines::Line> read = lines.Take(text, boxes);
+        if (read)
+            AddBoxes(*read, boxes);
+    };
+    Errors ofLine;
+    if (std::exchange(tooLong, false))
+        ofLine.push_back(
+            {file, 0, "the line has more than " + std::to_string(kMaxLine) + " bytes"});
+    else
+        ParseLines(line, file, ofLine, take);
+    for (Error &error : ofLine) {
+        error.line = lineNumber;
+        errors.push_back(std::move(error));
+    }
+}
+
+void TrackStream::AddBoxes(const TrackLines::Line &line, std::vector<TrackedBox> &boxes) {
+    if (line.frame <= completeTo || (current && line.frame < *current))
+        throw Failure("the row is late: rows have to be sorted by frame, and later ones than this "
+                      "have come already");
+    if (frames[line.frame].size() + boxes.size() > kMaxBoxesOfFrame)
+        throw Failure("the frame has more than " + std::to_string(kMaxBoxesOfFrame) + " boxes");
+    if (current && line.frame > *current)
+        Complete(line.frame - 1);
+    current = line.frame;
+    for (TrackedBox &box : boxes) {
+        if (lines.Format() == TrackFormat::Yolo)
+            box = Scaled(box, shape.width, shape.height);
+        FillGapBefore(box);
+        Add(std::move(box));
+    }
+    if (line.isWhole)
+        Complete(line.frame);
+}
+
+void TrackStream::FillGapBefore(const TrackedBox &box) {
+    if (maxGap < 2 || box.id < 0)
+        return;
+    const auto last = lastOfId.find(box.id);
+    if (last != lastOfId.end() && box.frame - last->second.frame <= maxGap)
+        for (int64_t frame = last->second.frame + 1; frame < box.frame; ++frame)
+            Add(BoxBetween(last->second, box, frame));
+    if (lastOfId.size() < kMaxIds)
+        lastOfId.insert_or_assign(box.id, box);
+}
+
+void TrackStream::Add(TrackedBox box) {
+    const int64_t frame = box.frame;
+    frames[frame].push_back(std::move(box));
+    ++waiting;
+}
+
+void TrackStream::Complete(int64_t frame) {
+    completeTo = std::max(completeTo, frame);
+    newest = current;
+    for (auto last = lastOfId.begin(); last != lastOfId.end();)
+        last = last->second.frame < frame - maxGap ? lastOfId.erase(last) : std::next(last);
+}
+
+Errors TrackStream::End() {
+    Errors errors;
+    if (!partial.empty() || tooLong)
+        TakeLine(std::exchange(partial, {}), errors);
+    newest = current;
+    ended = true;
+    return errors;
+}
+
+void TrackStream::Pause() {
+    newest = current;
+}
+
+std::optional<TrackStream::Frame> TrackStream::Take(int64_t upTo) {
+    const auto first = frames.begin();
+    if (first == frames.end() || first->first > upTo || !Has(first->first))
+        return std::nullopt;
+    Frame frame{first->first, std::move(first->second)};
+    waiting -= frame.boxes.size();
+    frames.erase(first);
+    return frame;
+}
+
+std::optional<TrackStream::Frame> TrackStream::TakeNewest() {
+    if (!newest)
+        return std::nullopt;
+    for (auto old = frames.begin(); old != frames.end() && old->first < *newest;) {
+        waiting -= old->second.size();
+        old = frames.erase(old);
+    }
+    Frame frame{*newest, frames[*newest]}; // which stays: there may be more of it
+    newest.reset();
+    return frame;
+}
+
+} // namespace overlay

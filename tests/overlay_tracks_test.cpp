@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: MIT
+// Files of tracks in all formats, whole and as they arrive.
+#include "overlay/track_stream.h"
+
+#include <gtest/gtest.h>
+
+using overlay::Errors;
+using overlay::TrackedBox;
+using overlay::TrackFormat;
+using overlay::TrackSettings;
+
+static std::string TextOf(const TrackedBox &box) {
+    char text[200];
+    std::snprintf(text, sizeof text, "%lld:%lld %g,%g-%g,%g %g", static_cast<long long>(box.frame),
+                  static_cast<long long>(box.id), box.left, box.top, box.right, box.bottom,
+                  box.confidence);
+    return text + (box.className.empty() ? "" : " " + box.className) + "\n";
+}
+
+static std::string TextOf(const Errors &errors) {
+    std::string text;
+    for (const overlay::Error &error : errors)
+        text += error.Message() + "\n";
+    return text;
+}
+
+// All boxes, and then what is wrong.
+static std::string Parsed(const std::string &file, const TrackSettings &settings = {}) {
+    Errors errors;
+    std::string text;
+    for (const TrackedBox &box : overlay::ParseTracks({{file, "f"}}, settings, {}, errors).boxes)
+        text += TextOf(box);
+    return text + TextOf(errors);
+}
+
+TEST(Tracks, EveryFormatIsKnownByItsContent) {
+    const char *const files[][2] = {
+        {"1,3,2,4,10,20,0.5\n", "0:3 2,4-12,24 0.5\n"},
+        {"1,3,2,4,10,20,1,7,0.9\n", "0:3 2,4-12,24 1 bus\n"},
+        {"1,3,2,4,10,20,1,7,8,9\n", "0:3 2,4-12,24 1\n"}, // a place in the world, no class
+        {"1,3,2,4,10,20,1,-1,-1\n", "0:3 2,4-12,24 1\n"},
+        {"{\"frame\": 12, \"boxes\": [{\"id\": 3, \"class\": \"person\", \"conf\": 0.91, "
+         "\"box\": [2, 4, 12, 24]}]}\n\n{\"frame\":1,\"boxes\":[{\"class\":7,\"box\":[0,0,0,0]}]}",
+         "11:3 2,4-12,24 0.91 person\n0:-1 0,0-0,0 1 bus\n"},
+        {"1 7 0.5 0.5 0.25 0.5\n2 8 0.5 0.5 1 1 0.5 3\n7 0.5 0.5 1 1",
+         "0:-1 0.375,0.25-0.625,0.75 1 bus\n1:3 0,0-1,1 0.5 8\n0:-1 0,0-1,1 1 bus\n"},
+        {" [{\"image_id\": 2, \"category_id\": 7, \"bbox\": [2, 4, 10, 20], \"score\": 0.5}]",
+         "1:-1 2,4-12,24 0.5 bus\n"},
+        {"x_min,y_min,x_max,y_max,class_id,confidence,tracker_id,class_name,frame_number\n"
+         "2,4,12,24,7,0.5,,\"a, \"\"b\"\"\",1\n2,4,12,24,7,,3,,2\n",
+         "0:-1 2,4-12,24 0.5 a, \"b\"\n1:3 2,4-12,24 1 bus\n"},
+        {"frame,id,left,top,width,height,confidence\n1,3,2,4,10,20,0.5", "0:3 2,4-12,24 0.5\n"},
+        {"frame,id,x,y,w,h\n1,3,2,4,10,20", "0:3 2,4-12,24 1\n"},
+    };
+    TrackSettings settings;
+    settings.classes[7] = "bus";
+    for (const auto &[file, boxes] : files)
+        EXPECT_EQ(Parsed(file, settings), boxes) << file;
+}
+
+TEST(Tracks, WhatIsWrongIsToldByItsLine) {
+    const char *const files[][2] = {
+        {"0,3,2,4,10,20", "f:1: bad frame '0': the first one is 1, unless first frame is given\n"},
+        {"1,1.5,2,4,10,20\n1,1,2,4,-1,20\n1,1,inf,4,1,20\n1,1,2e12,4,1,20\n1,1,2",
+         "f:1: bad id '1.5': expected a whole number\nf:2: bad width '-1': expected 0 or more\n"
+         "f:3: bad left 'inf': expected a number\n"
+         "f:4: bad left '2000000000000': expected a number from -1e12 to 1e12\n"
+         "f:5: expected frame,id,left,top,width,height and perhaps confidence, found 3 values\n"},
+        {"{\"frame\": 1, \"boxes\": [{\"box\": [1, 2, 3]}]}\n{\"frame\": 1,\n{\"boxes\": []}\n"
+         "{\"frame\": 1, \"boxes\": [{\"box\": [3, 2, 1, 4]}]}\n7",
+         "f:1: bad \"box\": expected four numbers\nf:2: the line is no JSON from byte 13 on\n"
+         "f:3: expected an object with \"frame\"\n"
+         "f:4: bad right '1': it lies left of the left edge\n"
+         "f:5: expected an object with \"frame\"\n"},
+        {"[{\"image_id\": 1}, 7]", "f: result 1: expected an object with \"bbox\"\n"
+                                   "f: result 2: expected an object with \"image_id\"\n"},
+        {"[1", "f: result 1: expected an object with \"image_id\"\n"
+               "f: the file is no JSON from byte 3 on\n"},
+        {"frame_number,x,y,w,h\n1,2,3,4,5",
+         "f:1: the first row has to name the columns frame, left, top, right or width, and bottom "
+         "or height\n"},
+        {"1 0 0.5 0.5 0.5 0.5 1 1 1", "f:1: expected frame class x y width height and perhaps "
+                                      "confidence and id, found 9 values\n"},
+    };
+    for (const auto &[file, errors] : files)
+        EXPECT_EQ(Parsed(file), errors) << file;
+}
+
+TEST(Tracks, FilesOfYoloAreOfOneFrameEach) {
+    Errors errors;
+    const auto parsed = overlay::ParseTracks(
+        {{"0 0.5 0.5 1 1\n", "one", 3}, {"0 0.5 0.5 1 1 0.25 9", "other", 7}}, {}, {}, errors);
+    EXPECT_TRUE(parsed.inShares && errors.empty());
+    EXPECT_EQ(TextOf(parsed.boxes.at(0)) + TextOf(parsed.boxes.at(1)),
+              "2:-1 0,0-1,1 1 0\n6:9 0,0-1,1 0.25 0\n");
+}
+
+TEST(Tracks, NamesOfClasses) {
+    Errors errors;
+    const auto names =
+        overlay::ParseClassNames("person\n car \n7: traffic light\nbus\n", "f", errors);
+    EXPECT_EQ(names,
+              (overlay::ClassNames{{0, "person"}, {1, "car"}, {7, "traffic light"}, {8, "bus"}}));
+    EXPECT_EQ(overlay::NameOfClass(names, 3), "3");
+}
+
+// What a stream gives for a frame as soon as it has it.
+static std::string Taken(overlay::TrackStream &stream, int64_t upTo) {
+    std::string text;
+    while (const auto frame = stream.Take(upTo))
+        for (const TrackedBox &box : frame->boxes)
+            text += TextOf(box);
+    return text;
+}
+
+TEST(TrackStream, AFrameIsThereWhenALaterOneBegins) {
+    overlay::TrackStream stream({}, {}, "f", {100, 100, false, {}});
+    EXPECT_EQ(TextOf(stream.Feed("1,1,0,0,1,1\n1,2,0,0,")), "");
+    EXPECT_FALSE(stream.Has(0));
+    EXPECT_EQ(TextOf(stream.Feed("1,1\n4,1,0,0,1,1\n")), "");
+    EXPECT_TRUE(stream.Has(2) && !stream.Has(3));
+    EXPECT_EQ(Taken(stream, 9), "0:1 0,0-1,1 1\n0:2 0,0-1,1 1\n");
+    EXPECT_EQ(TextOf(stream.Feed("3,1,0,0,1,1\n5,1,0,0,blob,1\n5,1,0,0,1,1")),
+              "f:4: the row is late: rows have to be sorted by frame, and later ones than this "
+              "have come already\nf:5: bad width 'blob': expected a number\n");
+    EXPECT_EQ(TextOf(stream.End()), "");
+    EXPECT_TRUE(stream.Has(INT64_MAX / 2));
+    EXPECT_EQ(Taken(stream, 9), "3:1 0,0-1,1 1\n4:1 0,0-1,1 1\n");
+    EXPECT_EQ(stream.Waiting(), 0u);
+}
+
+TEST(TrackStream, JsonLinesAreWholeFramesAndYoloIsScaled) {
+    overlay::TrackStream json({}, {}, "f", {100, 100, false, {}});
+    json.Feed("{\"frame\": 3, \"boxes\": []}\n");
+    EXPECT_TRUE(json.Has(2) && !json.Has(3));
+    EXPECT_NE(TextOf(json.Feed("{\"frame\": 3, \"boxes\": []}\n")), "");
+    overlay::TrackStream yolo({}, {}, "f", {200, 100, false, {}});
+    yolo.Feed("1 0 0.5 0.5 0.5 0.5\n");
+    yolo.End();
+    EXPECT_EQ(Taken(yolo, 0), "0:-1 50,25-150,75 1 0\n");
+}
+
+TEST(TrackStream, GapsAreFilledInTime) {
+    TrackSettings settings;
+    settings.maxGap = 3;
+    overlay::TrackStream stream(settings, {}, "f", {100, 100, false, {}});
+    stream.Feed("1,1,0,0,1,1\n4,1,3,0,1,1\n9,1,0,0,1,1\n");
+    EXPECT_TRUE(stream.Has(4) && !stream.Has(5)); // frame 7 is complete, and 8 may fill from 5 on
+    EXPECT_EQ(Taken(stream, 9), "0:1 0,0-1,1 1\n1:1 1,0-2,1 1\n2:1 2,0-3,1 1\n3:1 3,0-4,1 1\n");
+}
+
+TEST(TrackStream, TheNewestIsWhatWasSaidLast) {
+    overlay::TrackStream stream({}, {}, "f", {100, 100, false, {}});
+    stream.Feed("1,1,0,0,1,1\n2,1,0,0,1,1\n5,1,7,0,1,1\n");
+    EXPECT_EQ(stream.TakeNewest()->number, 1);
+    EXPECT_FALSE(stream.TakeNewest());
+    stream.Pause();
+    EXPECT_EQ(TextOf(stream.TakeNewest()->boxes.at(0)), "4:1 7,0-8,1 1\n");
+    stream.Feed("5,2,0,0,1,1\n");
+    stream.Pause();
+    EXPECT_EQ(stream.TakeNewest()->boxes.size(), 2u);
+    std::string line = "6,1,0,0,1,1" + std::string(1 << 20, ' ');
+    EXPECT_EQ(TextOf(stream.Feed(line + "\n")), "f:5: the line has more than 1048576 bytes\n");
+}
