@@ -51,12 +51,12 @@ void SetCorners(TrackedBox &box, double left, double top, double right, double b
 }
 
 void SetSides(TrackedBox &box, double left, double top, double width, double height) {
+    box.left = CheckedReal(left, "left");
+    box.top = CheckedReal(top, "top");
     if (CheckedReal(width, "width") < 0)
         Refuse("width", width, "expected 0 or more");
     if (CheckedReal(height, "height") < 0)
         Refuse("height", height, "expected 0 or more");
-    box.left = CheckedReal(left, "left");
-    box.top = CheckedReal(top, "top");
     box.right = left + width;
     box.bottom = top + height;
 }

@@ -4,6 +4,7 @@
 #include "options.h"
 #include "raw_frames.h"
 #include "report.h"
+#include "track_files.h"
 #include "video.h"
 
 #include "common/failure.h"
@@ -19,6 +20,18 @@
 
 namespace {
 
+bool LoadTracks(overlay::Engine &engine, const Options &options) {
+    overlay::TrackSettings settings = options.tracks;
+    if (!options.classesPath.empty()) {
+        overlay::Errors errors;
+        settings.classes = overlay::ParseClassNames(tool::ReadText(options.classesPath),
+                                                    options.classesPath, errors);
+        if (!NoErrors(errors))
+            return false;
+    }
+    return NoErrors(engine.SetTracks(ReadTrackFiles(options.tracksPath), settings));
+}
+
 // False when something is wrong, of which it has told.
 bool Load(overlay::Engine &engine, const Options &options) {
     if (!options.fontPath.empty() && !NoErrors(engine.SetFont(options.fontPath)))
@@ -28,9 +41,7 @@ bool Load(overlay::Engine &engine, const Options &options) {
     const bool scriptIsRight = NoErrors(engine.SetScript(script, options.scriptPath));
     if (options.tracksPath.empty())
         return scriptIsRight;
-    const std::string tracks = tool::ReadText(options.tracksPath);
-    return NoErrors(engine.SetTracks({{tracks, options.tracksPath}}, options.tracks)) &&
-           scriptIsRight;
+    return LoadTracks(engine, options) && scriptIsRight;
 }
 
 void DrawRawFrames(overlay::Engine &engine, const Options &options) {
@@ -60,7 +71,7 @@ int Run(int argc, char **argv) {
     if (!options)
         return 0;
     overlay::Engine engine(
-        {OptionNames(), !options->tracksPath.empty(), options->shape.hasChroma});
+        {OptionNames(), !options->tracksPath.empty(), options->shape.hasChroma, options->clock});
     if (!Load(engine, *options))
         return tool::kBadData;
     TellNotes(engine);

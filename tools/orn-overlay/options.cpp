@@ -275,7 +275,8 @@ void CheckOptions(const CLI::App &app, const std::string &start, Options &option
         options.clock.start = ParseStartTime(start, options.clock.utc);
         if (!options.clock.start)
             throw CLI::ValidationError("--start", "expected a time such as 2026-11-23T14:05:09Z, "
-                                                  "not '" + start + "'");
+                                                  "not '" +
+                                                      start + "'");
     }
     options.rangeIsGiven = app.count("--range") > 0;
     options.matrixIsGiven = app.count("--matrix") > 0;
