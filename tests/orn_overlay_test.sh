@@ -319,7 +319,7 @@ done <<'TABLE'
 1,1.5,2,3,4,5=bad id '1.5'
 1,1,nan,3,4,5=bad left 'nan'
 1,1,2,3,-4,5=bad width '-4'
-1,1,1e308,3,1e308,5=bad left '1e308'
+1,1,1e308,3,1e308,5=bad left '1e+308'
 1,1,2,3,4,5,high=bad confidence 'high'
 TABLE
 echo 'tracks fill 1 1 2 2 red' >tracks.txt

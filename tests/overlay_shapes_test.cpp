@@ -24,7 +24,7 @@ Bytes Drawn(const std::string &script, const Bytes &before, bool hasChroma = tru
     overlay::Engine engine({{}, hasTracks, {}});
     const overlay::Errors errors = engine.SetScript(script, "script");
     EXPECT_TRUE(errors.empty()) << script << ": " << errors[0].Message();
-    engine.SetTracks("1,1,5,3,11,9", "tracks", {});
+    engine.SetTracks({{"1,1,5,3,11,9", "tracks"}}, {});
     engine.SetFrames({kWidth, kHeight, hasChroma, {}});
     Bytes bytes = before;
     OrnMinRenderImage image{0, kWidth, kHeight, kStride, bytes.data(), 0, nullptr};
