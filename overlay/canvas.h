@@ -8,6 +8,7 @@
 #include "frame.h"
 #include "frame_memory.h"
 #include "glyph_gaps.h"
+#include "label_places.h"
 #include "live_boxes.h"
 #include "notes.h"
 #include "overlay.h"
@@ -17,6 +18,16 @@
 #include <algorithm>
 
 namespace overlay {
+
+// A label or paragraph that has its place.
+struct PlacedLabel {
+    const Overlay *overlay;
+    std::string text;
+    OrnMinRenderPoint pen;
+    OrnMinRenderRect rect; // of the background
+    OrnMinRenderColour colour;
+    OrnMinRenderColour background;
+};
 
 struct Canvas {
     OrnMinRenderContext *context = nullptr;
@@ -38,7 +49,9 @@ struct Canvas {
     bool boxIsLive = false;          // and not one of tracks
     Surroundings surroundings{};
     std::vector<int32_t> coordinates; // the places of the overlay being drawn, as pixels
-    std::optional<FrameMemory> spare; // another frame of the shape, once something was copied
+    LabelPlaces labelPlaces;
+    std::vector<PlacedLabel> waitingLabels; // for all lines of tracks to be drawn
+    std::optional<FrameMemory> spare;       // another frame of the shape, once something was copied
 };
 
 // The first four coordinates, in order: the library's calls differ in what reversed corners draw.

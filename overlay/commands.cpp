@@ -24,7 +24,8 @@ enum OptionSet : OptionSets {
     kInside = 8,
     kTurn = 16,
     kLines = 32,
-    kThick = 64
+    kThick = 64,
+    kMove = 128
 };
 constexpr OptionSets kStroke = kDash | kThick;
 constexpr OptionSets kPlainText = kAlign | kInside | kTurn;
@@ -53,6 +54,8 @@ constexpr Option kOptions[] = {
     {"up", kTurn, [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirection::Up; }},
     {"inverted", kTurn,
      [](Overlay &o) { o.textStyle.direction = OrnMinRenderTextDirection::Inverted; }},
+    {"avoid", kMove, [](Overlay &o) { o.textStyle.avoids = true; }},
+    {"fixed", kMove, [](Overlay &o) { o.textStyle.avoids = false; }},
     {"plain", kLines, [](Overlay &o) { o.textStyle.hasMarkers = false; }},
 };
 
@@ -78,8 +81,8 @@ constexpr Command kCommands[] = {
      Last::String, kLumaAlone},
     {"outlined", "X Y COLOUR OUTLINE [ALIGN] [inside] [TURN] \"string\"", "xy", 2, kPlainText,
      DrawOutlined, Last::String, kLumaAlone},
-    {"label", "X Y COLOUR BACKGROUND [ALIGN] [TURN] \"string\"", "xy", 2, kAlign | kTurn, DrawLabel,
-     Last::String, kKeptInside},
+    {"label", "X Y COLOUR BACKGROUND [ALIGN] [TURN] [avoid|fixed] \"string\"", "xy", 2,
+     kAlign | kTurn | kMove, DrawLabel, Last::String, kKeptInside | kAvoidsInTracks},
     {"paragraph", "X Y WIDTH COLOUR BACKGROUND [ALIGN] [plain] \"string\"", "xyW", 2,
      kAlign | kLines, DrawParagraph, Last::String, kKeptInside},
     {"measure", "X Y [ALIGN] [inside] [TURN] \"string\"", "xy", 0, kPlainText, DrawMeasure,
@@ -142,6 +145,8 @@ std::string ScriptHelp(const InputNames &names) {
         "(of the last text), box.top (of the tracked box).\n"
         "ALIGN: what lies at X Y: left, center or right; top, middle or bottom.\n"
         "TURN: down, up or inverted.\n"
+        "avoid: takes another place where it covers less of labels and boxes, as labels of tracks\n"
+        "do unless they are fixed.\n"
         "N, SIZE: pixels, or N% of the frame's height. mask and mosaic of tracks may leave out "
         "L T R B.\n"
         "COLOUR: #rrggbb, id or class (the tracked box's own) or";

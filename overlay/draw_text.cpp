@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <new>
+#include <utility>
 
 namespace overlay {
 
@@ -61,25 +62,61 @@ template <typename Draw> void DrawAll(Draw draw) {
 }
 
 void DrawOutlinedText(const Canvas &canvas, const Overlay &overlay, const char *text,
-                      OrnMinRenderPoint pen) {
+                      OrnMinRenderPoint pen, uint8_t outline, uint8_t luma) {
     const int32_t lineStart = LineStart(overlay, pen);
     DrawAll([&] {
         OrnMinRenderDrawOutlineTextY8(canvas.context, &canvas.image, overlay.font.get(), text, &pen,
-                                      lineStart, ColourFor(canvas, overlay.paints[1]).y,
-                                      ColourFor(canvas, overlay.paints[0]).y);
+                                      lineStart, outline, luma);
     });
 }
 
-// The background gives the text its chroma; an outline in the background's luma keeps neighbouring
-// glyphs apart. Texts of backgrounds side by side stay level, so they move along with the corner.
-void DrawTextOnBackground(Canvas &canvas, const Overlay &overlay, const char *text) {
-    const PlacedText placed = PlaceText(canvas, overlay, text, kLabel);
-    const OrnMinRenderRect rect = canvas.shape.hasChroma ? WholeSamples(placed.rect) : placed.rect;
+// The first label of a frame that avoids boxes makes them known.
+void TellBoxes(Canvas &canvas) {
+    if (canvas.labelPlaces.HasBoxes())
+        return;
+    for (const TrackedBox &box : canvas.tracks.At(canvas.frameNumber))
+        canvas.labelPlaces.AddBox(RectOf(box));
+    for (const TrackedBox &box : canvas.live.At(canvas.frameNumber))
+        canvas.labelPlaces.AddBox(RectOf(box));
+}
+
+// Outside of lines of tracks, a label goes around the point that its places name.
+OrnMinRenderRect AvoidingPlace(Canvas &canvas, const Overlay &overlay,
+                               const OrnMinRenderRect &asked) {
+    TellBoxes(canvas);
+    const OrnMinRenderPoint at = PointAt(canvas, 0);
+    if (canvas.box)
+        return canvas.labelPlaces.Choose(
+            {overlay.line, canvas.box->id, *canvas.surroundings.box, asked});
+    return canvas.labelPlaces.Choose({overlay.line, 0, {at.x, at.y, at.x, at.y}, asked});
+}
+
+// Texts of backgrounds side by side stay level, so they move along with the corner.
+PlacedLabel PlaceLabel(Canvas &canvas, const Overlay &overlay, std::string text) {
+    const PlacedText placed = PlaceText(canvas, overlay, text.c_str(), kLabel);
+    const OrnMinRenderRect chosen =
+        overlay.textStyle.avoids ? AvoidingPlace(canvas, overlay, placed.rect) : placed.rect;
+    const OrnMinRenderRect rect = canvas.shape.hasChroma ? WholeSamples(chosen) : chosen;
     canvas.surroundings.text = rect;
-    FillRect(canvas, rect, ColourFor(canvas, overlay.paints[1]));
-    DrawOutlinedText(canvas, overlay, text,
-                     {placed.pen.x - (placed.rect.left - rect.left),
-                      placed.pen.y - (placed.rect.top - rect.top)});
+    canvas.labelPlaces.AddLabel(rect);
+    const auto moved = [](int32_t pen, int32_t from, int32_t to) {
+        return Saturated(int64_t{pen} + to - from);
+    };
+    return {&overlay,
+            std::move(text),
+            {moved(placed.pen.x, placed.rect.left, rect.left),
+             moved(placed.pen.y, placed.rect.top, rect.top)},
+            rect,
+            ColourFor(canvas, overlay.paints[0]),
+            ColourFor(canvas, overlay.paints[1])};
+}
+
+// The background gives the text its chroma; an outline in the background's luma keeps neighbouring
+// glyphs apart.
+void DrawPlacedLabel(const Canvas &canvas, const PlacedLabel &label) {
+    FillRect(canvas, label.rect, label.background);
+    DrawOutlinedText(canvas, *label.overlay, label.text.c_str(), label.pen, label.background.y,
+                     label.colour.y);
 }
 
 } // namespace
@@ -96,12 +133,23 @@ void DrawText(Canvas &canvas, const Overlay &overlay) {
 
 void DrawOutlined(Canvas &canvas, const Overlay &overlay) {
     const std::string text = ShownText(canvas, overlay);
-    DrawOutlinedText(canvas, overlay, text.c_str(),
-                     PlaceLastText(canvas, overlay, text.c_str(), kOutlined));
+    DrawOutlinedText(
+        canvas, overlay, text.c_str(), PlaceLastText(canvas, overlay, text.c_str(), kOutlined),
+        ColourFor(canvas, overlay.paints[1]).y, ColourFor(canvas, overlay.paints[0]).y);
 }
 
 void DrawLabel(Canvas &canvas, const Overlay &overlay) {
-    DrawTextOnBackground(canvas, overlay, ShownText(canvas, overlay).c_str());
+    PlacedLabel label = PlaceLabel(canvas, overlay, ShownText(canvas, overlay));
+    if (overlay.perBox && overlay.textStyle.avoids)
+        canvas.waitingLabels.push_back(std::move(label));
+    else
+        DrawPlacedLabel(canvas, label);
+}
+
+void DrawWaitingLabels(Canvas &canvas) {
+    for (const PlacedLabel &label : canvas.waitingLabels)
+        DrawPlacedLabel(canvas, label);
+    canvas.waitingLabels.clear();
 }
 
 void DrawParagraph(Canvas &canvas, const Overlay &overlay) {
@@ -109,7 +157,7 @@ void DrawParagraph(Canvas &canvas, const Overlay &overlay) {
     const LineShape lines{canvas.context, overlay.font.get(), canvas.coordinates[2],
                           overlay.textStyle.hasMarkers ? "- " : ""};
     if (!text.empty() && lines.width > 0) // a percentage of the frame may come to nothing
-        DrawTextOnBackground(canvas, overlay, FitLines(text, lines).c_str());
+        DrawPlacedLabel(canvas, PlaceLabel(canvas, overlay, FitLines(text, lines)));
 }
 
 void DrawMeasure(Canvas &canvas, const Overlay &overlay) {

@@ -12,4 +12,7 @@ void DrawLabel(Canvas &canvas, const Overlay &overlay);
 void DrawParagraph(Canvas &canvas, const Overlay &overlay);
 void DrawMeasure(Canvas &canvas, const Overlay &overlay);
 
+// Draws the labels that have waited, upon everything that was drawn since.
+void DrawWaitingLabels(Canvas &canvas);
+
 } // namespace overlay

@@ -5,6 +5,7 @@
 #include "canvas.h"
 #include "colour.h"
 #include "commands.h"
+#include "draw_text.h"
 #include "placeholders.h"
 #include "script.h"
 #include "timeline.h"
@@ -217,8 +218,21 @@ void Engine::Draw(const OrnMinRenderImage &image, int64_t number, const FrameTim
     canvas.clockTime = ClockTime(canvas.clock, time);
     canvas.frameRate.Add(canvas.clockTime);
     canvas.surroundings = {{0, 0, canvas.shape.width, canvas.shape.height}, {}, {}};
-    for (const size_t i : state->timeline.At(number))
-        DrawOverlay(canvas, state->overlays[i]);
+    canvas.labelPlaces.BeginFrame(number, canvas.shape.width, canvas.shape.height);
+    canvas.waitingLabels.clear(); // those of a frame that ended with an exception
+    const std::vector<size_t> &shown = state->timeline.At(number);
+    const auto isPerBox = [this](size_t i) { return state->overlays[i].perBox; };
+    const auto afterBoxes = std::find_if(shown.rbegin(), shown.rend(), isPerBox).base();
+    for (auto i = shown.begin(); i != shown.end(); ++i) {
+        if (i == afterBoxes)
+            DrawWaitingLabels(canvas);
+        DrawOverlay(canvas, state->overlays[*i]);
+    }
+    DrawWaitingLabels(canvas);
+}
+
+const std::vector<OrnMinRenderRect> &Engine::Labels() const {
+    return state->canvas.labelPlaces.Labels();
 }
 
 Errors Engine::TakeNotes() {

@@ -82,6 +82,8 @@ class Engine {
     // lacks (of a text that changes, once they are to be drawn), two boxes of one id in a frame.
     // Each is told once.
     Errors TakeNotes();
+    // Where the labels and paragraphs of the frame that was drawn last lie, up to 256 of them.
+    const std::vector<OrnMinRenderRect> &Labels() const;
 
     // The language of scripts in one screen. Ends without a line feed.
     static std::string Help(const InputNames &names);

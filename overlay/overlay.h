@@ -36,6 +36,7 @@ struct TextStyle {
     std::optional<Edge> horizontal;
     std::optional<Edge> vertical;
     bool inside = false;    // moved into the frame
+    bool avoids = false;    // labels and boxes; of a label
     bool hasMarkers = true; // of a paragraph's new lines
 };
 

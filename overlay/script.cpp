@@ -127,6 +127,7 @@ Overlay ScriptReader::TakeOverlayLine(std::string_view line) {
     overlay.draw = command.draw;
     overlay.planes = (command.traits & kLumaAlone) != 0 ? Planes::Luma : Planes::LumaAndChroma;
     overlay.textStyle.inside = (command.traits & kKeptInside) != 0;
+    overlay.textStyle.avoids = overlay.perBox && (command.traits & kAvoidsInTracks) != 0;
     TakeArguments(line, command, inputs.files, overlay);
     RequireInputs(command, inputs, overlay);
     if (command.last == Last::String)

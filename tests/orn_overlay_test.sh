@@ -308,8 +308,26 @@ done <<'TABLE'
 --tracks gap.csv --max-gap 1=tracks line 0 0 box.center box.center white=0 line 0 0 10 6 white|0 line 0 0 8 8 white|0 line 0 0 42 4 white|2 line 0 0 20 8 white|2 line 0 0 52 4 white
 --tracks gap.csv --max-gap 2=tracks trail 1 white thick 3=1 line 15 9 10 8 white thick 3|2 line 20 10 15 9 white thick 3
 --tracks gap.csv --max-gap 2=tracks trail 1 white=1 line 15 9 10 8 white|2 line 20 10 15 9 white
+--tracks gap.csv=tracks label box.left box.top white red fixed bottom "{id}"=0 label 8 4 white red bottom "1"|0 label 4 4 white red bottom "3"|0 label 40 2 white red bottom "4"|2 label 16 6 white red bottom "1"|2 label 50 2 white red bottom "5"
 --tracks gap.csv --first-frame 0=tracks text box.center 20 white "{id} {conf}"=1 text 10 20 white center "1 1.00"|1 text 8 20 white center "3 0.10"|1 text 42 20 white center "4 1.00"
 TABLE
+# Labels of tracks lie upon all that lines of tracks draw, and below what comes after these.
+cat >one.txt <<'SCRIPT'
+tracks label box.left box.top white red bottom "{id}"
+tracks fill box.left box.top box.right box.bottom white
+* hline 1 40 8 cyan
+SCRIPT
+cat >other.txt <<'SCRIPT'
+tracks fill box.left box.top box.right box.bottom white
+tracks label box.left box.top white red avoid bottom "{id}"
+* hline 1 40 8 cyan
+SCRIPT
+for script in one other; do
+    bytes $((3 * 64 * 24)) 000 >in
+    input=in expect 0 '' "$overlay" --size 64x24 --format y8 --font sans.cbf --tracks gap.csv $script.txt
+    mv output $script.out
+done
+cmp -s one.out other.out || fail "labels of tracks don't lie upon their boxes"
 while IFS='=' read -r row reason; do
     printf 'frame,id\n%s\n' "$row" >bad.csv
     expect 1 "bad.csv:2: $reason" "$overlay" --check --tracks bad.csv

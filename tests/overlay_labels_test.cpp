@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: MIT
+// Where labels go that avoid each other, in a frame of 100 x 100 pixels.
+#include "overlay/label_places.h"
+
+#include <gtest/gtest.h>
+#include <limits>
+#include <ostream>
+#include <random>
+
+static bool operator==(const OrnMinRenderRect &a, const OrnMinRenderRect &b) {
+    return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom;
+}
+
+static std::ostream &operator<<(std::ostream &out, const OrnMinRenderRect &r) {
+    return out << "{" << r.left << "," << r.top << " " << r.right << "," << r.bottom << "}";
+}
+
+namespace {
+
+using overlay::LabelPlaces;
+using Rects = std::vector<OrnMinRenderRect>;
+
+constexpr OrnMinRenderRect kBox{40, 40, 60, 70};
+constexpr OrnMinRenderRect kAbove{40, 30, 70, 40};
+constexpr OrnMinRenderRect kBelow{40, 70, 70, 80};
+
+OrnMinRenderRect Chosen(LabelPlaces &places, int64_t frame, const Rects &boxes, const Rects &labels,
+                        const LabelPlaces::Request &request = {1, 7, kBox, kAbove}) {
+    places.BeginFrame(frame, 100, 100);
+    for (const OrnMinRenderRect &box : boxes)
+        places.AddBox(box);
+    for (const OrnMinRenderRect &label : labels)
+        places.AddLabel(label);
+    return places.Choose(request);
+}
+
+// Pixels of the frame, those of two labels twice.
+int64_t Covered(const OrnMinRenderRect &rect, const Rects &labels) {
+    int64_t count = 0;
+    for (const OrnMinRenderRect &label : labels)
+        for (int32_t y = std::max({0, rect.top, label.top}); y < 100; ++y)
+            for (int32_t x = std::max({0, rect.left, label.left}); x < 100; ++x)
+                count += y < std::min(rect.bottom, label.bottom) &&
+                         x < std::min(rect.right, label.right);
+    return count;
+}
+
+} // namespace
+
+// What stands around the box, and where its label goes, which would best lie right above it.
+TEST(OverlayLabels, TakeThePlaceThatCoversLeast) {
+    const struct {
+        const char *what;
+        Rects boxes;
+        Rects labels;
+        OrnMinRenderRect expected;
+    } cases[] = {
+        {"nothing", {kBox}, {}, kAbove},
+        {"a label beside", {kBox}, {{70, 30, 100, 40}}, kAbove},
+        {"a twentieth of a label", {kBox}, {{40, 20, 53, 31}}, kAbove},
+        {"more of a label", {kBox}, {{40, 20, 60, 32}}, kBelow},
+        {"a label on the right", {kBox}, {{60, 30, 100, 40}}, {30, 30, 60, 40}},
+        {"another box", {kBox, {55, 20, 90, 40}}, {}, kBelow},
+        {"labels above and below", {kBox}, {{0, 0, 100, 40}, {0, 70, 100, 100}}, {60, 40, 90, 50}},
+        {"all but its left",
+         {kBox},
+         {{0, 0, 100, 40}, {0, 70, 100, 100}, {60, 40, 100, 70}},
+         {10, 40, 40, 50}},
+        {"boxes all around",
+         {kBox, {0, 0, 100, 40}, {0, 70, 100, 100}, {60, 40, 100, 70}, {0, 40, 40, 70}},
+         {},
+         {40, 40, 70, 50}},
+    };
+    for (const auto &[what, boxes, labels, expected] : cases) {
+        LabelPlaces places;
+        EXPECT_EQ(Chosen(places, 0, boxes, labels), expected) << what;
+    }
+}
+
+// A label stays where it was as long as that is nearly as good: its own box in mind, in the frame
+// after, in one some frames later, in one that is drawn again; not in one before or far away.
+TEST(OverlayLabels, KeepTheirPlaces) {
+    const Rects blocked{{40, 20, 70, 40}};
+    const auto other = [](size_t line, int64_t id) {
+        return LabelPlaces::Request{line, id, kBox, kAbove};
+    };
+    LabelPlaces places;
+    EXPECT_EQ(Chosen(places, 5, {kBox}, blocked), kBelow);
+    EXPECT_EQ(Chosen(places, 5, {kBox}, {}), kAbove); // the frame again, as if for the first time
+    EXPECT_EQ(Chosen(places, 5, {kBox}, blocked), kBelow);
+    EXPECT_EQ(Chosen(places, 6, {kBox}, {}), kBelow);
+    EXPECT_EQ(Chosen(places, 6, {kBox}, {}), kBelow);
+    EXPECT_EQ(Chosen(places, 56, {kBox}, {}), kBelow);
+    EXPECT_EQ(Chosen(places, 57, {kBox}, {{0, 79, 46, 99}}), kBelow);
+    EXPECT_EQ(Chosen(places, 58, {kBox}, {{0, 72, 100, 99}}), kAbove);
+    EXPECT_EQ(Chosen(places, 59, {kBox}, blocked), kBelow);
+    EXPECT_EQ(Chosen(places, 110, {kBox}, {}), kAbove);
+    EXPECT_EQ(Chosen(places, 111, {kBox}, blocked), kBelow);
+    EXPECT_EQ(Chosen(places, 110, {kBox}, {}), kAbove);
+    EXPECT_EQ(Chosen(places, 111, {kBox}, blocked), kBelow);
+    EXPECT_EQ(Chosen(places, 112, {kBox}, {}, other(1, 8)), kAbove);
+    EXPECT_EQ(Chosen(places, 113, {kBox}, blocked, other(1, -1)), kBelow);
+    EXPECT_EQ(Chosen(places, 114, {kBox}, {}, other(1, -1)), kAbove); // told apart by nothing
+    EXPECT_EQ(Chosen(places, 115, {kBox}, blocked), kBelow);
+    EXPECT_EQ(Chosen(places, 116, {kBox}, {}, other(2, 7)), kAbove);
+}
+
+// Wherever boxes lie, labels keep their size, stay in the frame if they can, and cover no more of
+// other labels than where they are asked to go.
+TEST(OverlayLabels, StayInTheFrame) {
+    using Limits = std::numeric_limits<int32_t>;
+    std::mt19937 random(1);
+    const auto edges = [&random](bool far) {
+        const int32_t ends[] = {Limits::min(), Limits::max(), -1, 50};
+        const int32_t a = far ? ends[random() % 4] : static_cast<int32_t>(random() % 140) - 20;
+        const int32_t b = far ? ends[random() % 4] : static_cast<int32_t>(random() % 140) - 20;
+        return std::minmax<int32_t>({a, b});
+    };
+    for (int step = 0; step < 5000; ++step) {
+        const auto [left, right] = edges(step % 3 == 0);
+        const auto [top, bottom] = edges(step % 3 == 0);
+        const auto width = static_cast<int32_t>(1 + random() % 120);
+        const auto height = static_cast<int32_t>(1 + random() % 40);
+        const int32_t x = std::max(0, std::min(left, 100 - width)),
+                      y = std::max(0, std::min(top, 90));
+        const OrnMinRenderRect box{left, top, right, bottom}, asked{x, y, x + width, y + height};
+        LabelPlaces places;
+        places.BeginFrame(step, 100, 100);
+        Rects labels;
+        for (int i = 0; i < 20; ++i) {
+            const auto [from, to] = edges(false);
+            labels.push_back({from, to, from + 30, to + 10});
+            places.AddLabel(labels.back());
+            if (step % 2 == 1)
+                places.AddBox({to, from, to + 20, from + 40});
+        }
+        const OrnMinRenderRect chosen = places.Choose({1, step % 5, box, asked});
+        EXPECT_EQ(chosen.right - chosen.left, width);
+        EXPECT_EQ(chosen.bottom - chosen.top, height);
+        if (step % 2 == 0) {
+            EXPECT_LE(Covered(chosen, labels), Covered(asked, labels));
+        }
+        EXPECT_TRUE(chosen == asked || (chosen.left >= 0 && chosen.top >= 0));
+        EXPECT_TRUE(chosen == asked || width > 100 || chosen.right <= 100);
+        EXPECT_TRUE(chosen == asked || height > 100 || chosen.bottom <= 100);
+    }
+    LabelPlaces places; // beyond so many, nothing is looked at
+    places.BeginFrame(0, 100, 100);
+    for (size_t i = 0; i < LabelPlaces::kMaxRects; ++i)
+        places.AddLabel(kAbove);
+    EXPECT_EQ(places.Choose({1, 7, kBox, kAbove}), kAbove);
+    places.AddLabel(kAbove);
+    EXPECT_EQ(places.Labels().size(), LabelPlaces::kMaxRects);
+}
