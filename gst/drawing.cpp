@@ -5,6 +5,10 @@
 #include "frame_shape.h"
 #include "regions.h"
 
+#ifdef ORN_HAS_PICTURES
+#include "overlay/ffmpeg_pictures.h"
+#endif
+
 #include <memory>
 
 namespace {
@@ -32,12 +36,19 @@ std::optional<std::string> ReadFile(const std::string &path, Problems &problems)
     return std::string(bytes, count);
 }
 
+overlay::Settings EngineSettings() {
+    overlay::Settings settings;
+    settings.names = {"font-location", "tracks-location", "orn-overlay's --first-frame"};
+    settings.hasTracks = true;
+#ifdef ORN_HAS_PICTURES
+    settings.decodePicture = overlay::DecodePicture;
+#endif
+    return settings;
+}
+
 } // namespace
 
-Drawing::Drawing()
-    : engine({{"font-location", "tracks-location", "orn-overlay's --first-frame"},
-              true,
-              std::nullopt}) {
+Drawing::Drawing() : engine(EngineSettings()) {
     gst_video_info_init(&info);
 }
 

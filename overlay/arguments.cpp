@@ -45,7 +45,9 @@ void AddWidth(std::string_view word, Overlay &overlay) {
 }
 
 void AddCoordinate(std::string_view word, char kind, Overlay &overlay) {
-    if (kind == 'n')
+    if (kind == 'a' && word == "auto")
+        overlay.places.emplace_back(); // 0, which no other size is
+    else if (kind == 'n' || kind == 'a')
         AddCount(word, overlay);
     else if (kind == 's')
         overlay.places.push_back(ParseSize(word));
@@ -134,9 +136,17 @@ void TakeText(std::string_view &line, const ScriptFiles &files, Overlay &overlay
 }
 
 void TakePicture(std::string_view &line, const ScriptFiles &files, Overlay &overlay) {
-    overlay.picture = std::make_unique<Picture>(TakePath(line, files),
-                                                static_cast<int32_t>(overlay.places[2].offset),
-                                                static_cast<int32_t>(overlay.places[3].offset));
+    const std::string path = TakePath(line, files);
+    const auto width = static_cast<int32_t>(overlay.places[2].offset);
+    const auto height = static_cast<int32_t>(overlay.places[3].offset);
+    if (IsStill(path)) {
+        overlay.still =
+            std::make_unique<Still>(LoadStill(path, width, height, files.decodePicture));
+        return;
+    }
+    if (width == 0 || height == 0)
+        throw Failure("'auto' is for files named .png, .jpg or .jpeg: raw frames need both sizes");
+    overlay.picture = std::make_unique<Picture>(path, width, height);
     if (files.hasChroma)
         overlay.picture->Open(*files.hasChroma);
 }

@@ -75,7 +75,7 @@ constexpr Command kCommands[] = {
     {"roundbox", "L T R B RX RY COLOUR [thick N]", "xyxywh", 1, kThick, DrawRoundBox},
     {"roundfill", "L T R B RX RY COLOUR", "xyxywh", 1, 0, DrawRoundFill},
     {"bitmap", "L T R B COLOUR [half] \"file.pbm\"", "xyxy", 1, kHalf, DrawBitmap, Last::Bitmap},
-    {"picture", "X Y WIDTH HEIGHT \"file.raw\"", "xynn", 0, 0, DrawPicture, Last::Picture},
+    {"picture", "X Y WIDTH HEIGHT \"file.png\"", "xyaa", 0, 0, DrawPicture, Last::Picture},
     {"copy", "L T R B FROM_X FROM_Y", "xyxyxy", 0, 0, DrawCopy},
     {"text", "X Y COLOUR [ALIGN] [inside] [TURN] \"string\"", "xy", 1, kPlainText, DrawText,
      Last::String, kLumaAlone},

@@ -27,7 +27,8 @@ struct Command {
     std::string_view name;
     std::string_view arguments;   // as people read them
     std::string_view coordinates; // a letter each: x and y places, w and h lengths, W a width that
-                                  // is more than 0, s a size, n counts from 1
+                                  // is more than 0, s a size, n counts from 1, a is
+                                  // like n or "auto"
     size_t colours;
     OptionSets options;
     DrawFunction draw;

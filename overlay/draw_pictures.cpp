@@ -13,8 +13,10 @@ void DrawBitmap(Canvas &canvas, const Overlay &overlay) {
          ColourFor(canvas, overlay.paints[0]));
 }
 
-// The first frame of its line shows the first of the file.
+// The first frame of its line shows the first of a file of frames.
 void DrawPicture(Canvas &canvas, const Overlay &overlay) {
+    if (overlay.still)
+        return overlay.still->Draw(canvas.image, PointAt(canvas, 0));
     const OrnMinRenderImage *source =
         overlay.picture->FrameAt(canvas.frameNumber - overlay.frames.first);
     const OrnMinRenderPoint corner = PointAt(canvas, 0);

@@ -56,9 +56,12 @@ struct Engine::State {
 };
 
 void Engine::State::MixColours() {
-    for (Overlay &overlay : overlays)
+    for (Overlay &overlay : overlays) {
         for (Paint &paint : overlay.paints)
             paint.colour = ColourOf(paint.rgb, canvas.shape.colours);
+        if (overlay.still && KnowsFrames())
+            overlay.still->Mix(canvas.shape.colours);
+    }
 }
 
 void Engine::State::ScaleTracks() {
@@ -137,7 +140,8 @@ Errors Engine::SetScript(std::string_view content, const std::string &file) {
                         state->fonts,
                         state->settings.hasTracks,
                         state->KnowsFrames() ? state->canvas.shape.height : kAssumedHeight,
-                        {std::filesystem::path(file).parent_path(), state->settings.hasChroma}};
+                        {std::filesystem::path(file).parent_path(), state->settings.hasChroma,
+                         state->settings.decodePicture}};
     if (state->KnowsFrames())
         inputs.files.hasChroma = state->canvas.shape.hasChroma;
     Errors errors;

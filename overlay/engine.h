@@ -15,6 +15,7 @@
 #include "frame.h"
 #include "live_boxes.h"
 #include "messages.h"
+#include "still.h"
 #include "track_lines.h"
 
 #include <memory>
@@ -33,6 +34,10 @@ struct Settings {
     std::optional<bool> hasChroma;
 
     ClockSettings clock = {}; // of texts
+
+    // Reads PNG and JPEG files for a script: DecodePicture of ffmpeg_pictures.h, for example.
+    // Without one, a script that names such a file is wrong.
+    PictureDecoder decodePicture = {};
 };
 
 // Serves one thread at a time; separate engines share nothing. What the Set... functions are given

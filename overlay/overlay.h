@@ -65,7 +65,8 @@ struct Overlay {
     TextStyle textStyle;
     std::vector<TextPiece> text;
     Bitmap bitmap;
-    std::unique_ptr<Picture> picture;
+    std::unique_ptr<Picture> picture; // of raw frames
+    std::unique_ptr<Still> still;     // or of one picture
 };
 
 } // namespace overlay

@@ -19,6 +19,7 @@ using File = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
 
 // The largest picture of raw pixels has half as much, and some files have no end.
 constexpr size_t kMaxBitmapBytes = size_t{1} << 28;
+constexpr size_t kMaxStillBytes = size_t{1} << 26;
 
 // Reads no more than the parts of maxBytes. Throws FileFailure when the file can't be read.
 std::string ReadStart(const std::string &path, size_t maxBytes) {
@@ -32,6 +33,14 @@ std::string ReadStart(const std::string &path, size_t maxBytes) {
     }
     if (!file || std::ferror(file.get()))
         throw SystemFailure(path);
+    return content;
+}
+
+// The whole file. Throws FileFailure, also when it has more than maxBytes.
+std::string ReadLimited(const std::string &path, size_t maxBytes) {
+    std::string content = ReadStart(path, maxBytes + 1);
+    if (content.size() > maxBytes)
+        throw FileFailure(path, "has more than " + std::to_string(maxBytes) + " bytes");
     return content;
 }
 
@@ -64,11 +73,29 @@ Font FontStore::Get(const std::string &path, int32_t direction) {
 }
 
 Bitmap LoadBitmap(const std::string &path) {
-    const std::string content = ReadStart(path, kMaxBitmapBytes + 1);
-    if (content.size() > kMaxBitmapBytes)
-        throw FileFailure(path, "has more than " + std::to_string(kMaxBitmapBytes) + " bytes");
+    const std::string content = ReadLimited(path, kMaxBitmapBytes);
     try {
         return ParsePbm(content);
+    } catch (const Failure &failure) {
+        throw FileFailure(path, failure.what());
+    }
+}
+
+bool IsStill(const std::string &path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    for (char &c : extension)
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return extension == ".png" || extension == ".jpg" || extension == ".jpeg";
+}
+
+Still LoadStill(const std::string &path, int32_t width, int32_t height,
+                const PictureDecoder &decode) {
+    if (!decode)
+        throw FileFailure(path, "only raw frames can be read here: this build is without FFmpeg's "
+                                "libraries, which PNG and JPEG need");
+    const std::string content = ReadLimited(path, kMaxStillBytes);
+    try {
+        return Still(decode(content, width, height));
     } catch (const Failure &failure) {
         throw FileFailure(path, failure.what());
     }

@@ -5,6 +5,7 @@
 #include "frame_memory.h"
 #include "messages.h"
 #include "pbm.h"
+#include "still.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -39,6 +40,13 @@ class FontStore {
 // Throws FileFailure.
 Bitmap LoadBitmap(const std::string &path);
 
+// Whether a name is that of a PNG or JPEG file, and not of raw frames.
+bool IsStill(const std::string &path);
+
+// A side of 0 follows from the other one. Throws FileFailure, also when there is no decoder.
+Still LoadStill(const std::string &path, int32_t width, int32_t height,
+                const PictureDecoder &decode);
+
 // A file of raw frames, without padding, shown from the first one over and over.
 class Picture {
   public:
@@ -72,6 +80,7 @@ class Picture {
 struct ScriptFiles {
     std::filesystem::path folder;  // from which their names count
     std::optional<bool> hasChroma; // whether pictures have it, where that is known already
+    PictureDecoder decodePicture;  // of PNG and JPEG; may be none
 };
 
 } // namespace overlay

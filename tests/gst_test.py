@@ -19,11 +19,12 @@ SCRIPT = """* label 3 40% white #203040 "{time} {frame}"
 1-2 copy 5 5 40 30 9 2
 * text 1 bottom-3 white bottom "plain"
 2- picture 7 3 6 5 "picture.raw"
+* picture 21 4 auto 17 "BADGE"
 * bitmap 11 5 40 40 #ff8000 half "bitmap.pbm"
 * ellipse 3 1 30 30 red
 tracks trail 3 id
 tracks label box.left box.top black id "{class} {id} {conf}"
-"""
+""".replace("BADGE", os.path.abspath(os.path.dirname(__file__) + "/../docs/gallery/badge.png"))
 COLOURS = {"bt601": ["limited", "bt601"], "bt709": ["limited", "bt709"], "1:4:0:0": ["full", "bt601"]}
 BOXES = [[(7, 2 + 4 * n, 9, 12, 20, 0.25 + n / 10), (3, 30, 20 - 3 * n, 9, 9, 1)] for n in range(FRAMES)]
 randomness = random.Random(1)

@@ -70,8 +70,8 @@ int Run(int argc, char **argv) {
     const std::optional<Options> options = ReadOptions(argc, argv);
     if (!options)
         return 0;
-    overlay::Engine engine(
-        {OptionNames(), !options->tracksPath.empty(), options->shape.hasChroma, options->clock});
+    overlay::Engine engine({OptionNames(), !options->tracksPath.empty(), options->shape.hasChroma,
+                            options->clock, PictureFileDecoder()});
     if (!Load(engine, *options))
         return tool::kBadData;
     TellNotes(engine);

@@ -3,6 +3,10 @@
 
 #include "common/failure.h"
 
+overlay::PictureDecoder PictureFileDecoder() {
+    return nullptr;
+}
+
 void DrawVideo(overlay::Engine & /*engine*/, const Options & /*options*/) {
     throw tool::Failure(tool::kBadUsage,
                         "this build reads raw frames only, without -i and -o: it was "

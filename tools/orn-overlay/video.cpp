@@ -11,6 +11,7 @@
 #include "common/output_file.h"
 #include "common/streams.h"
 #include "common/text.h"
+#include "overlay/ffmpeg_pictures.h"
 
 #include <unistd.h>
 
@@ -103,6 +104,11 @@ class FilmMaker {
 };
 
 } // namespace
+
+overlay::PictureDecoder PictureFileDecoder() {
+    KeepLibraryMessages();
+    return overlay::DecodePicture;
+}
 
 void DrawVideo(overlay::Engine &engine, const Options &options) {
     KeepLibraryMessages();

@@ -10,3 +10,6 @@
 // The engine has its script, fonts and tracks, and will be told of the frames. Throws
 // tool::Failure.
 void DrawVideo(overlay::Engine &engine, const Options &options);
+
+// Reads PNG and JPEG files for the engine; null without FFmpeg's libraries.
+overlay::PictureDecoder PictureFileDecoder();

@@ -1,0 +1,107 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""PNG and JPEG pictures in frames: orn_overlay_picture_test.py ORN_OVERLAY. Takes ffmpeg."""
+import os
+import pathlib
+import struct
+import subprocess
+import sys
+import tempfile
+import zlib
+
+overlay = pathlib.Path(sys.argv[1]).resolve()
+WIDTH, HEIGHT = 23, 13
+failures = []
+folder = tempfile.TemporaryDirectory()
+os.chdir(folder.name)
+
+
+def chunk(kind, content):
+    return struct.pack(">I", len(content)) + kind + content + struct.pack(
+        ">I", zlib.crc32(kind + content))
+
+
+def png(name, rows, size=None):
+    width, height = size or (len(rows[0]), len(rows))
+    data = b"".join(b"\0" + b"".join(map(bytes, row)) for row in rows)
+    pathlib.Path(name).write_bytes(
+        b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">2I5B", width, height, 8, 6, 0, 0, 0)) +
+        chunk(b"IDAT", zlib.compress(data)) + chunk(b"IEND", b""))
+
+
+def draw(script, *options, status=0, message=""):
+    pathlib.Path("script").write_text(script)
+    frame = bytes([50]) * (2 * WIDTH * (HEIGHT + 1))
+    chroma = (WIDTH + 1) * ((HEIGHT + 1) // 2) if "y8" not in options else 0
+    done = subprocess.run([overlay, "--size", f"{WIDTH}x{HEIGHT}", *options, "script"], check=False,
+                          input=frame[:WIDTH * HEIGHT + chroma], capture_output=True, timeout=50)
+    said = done.stderr.decode()
+    if done.returncode != status or message not in said or (said and not message):
+        failures.append(f"{script}: exit {done.returncode}, not {status} with '{message}': {said}")
+    return done.stdout
+
+
+def same(script, other, *options):
+    one, two = draw(script, *options), draw(other, *options)
+    if one != two or set(one) == {50}:
+        failures.append(f"not the same, or nothing: {script}: {other}: {one.hex()} {two.hex()}")
+
+
+# Transparent pixels are of a colour that is nowhere to be seen.
+RED, BLUE, NONE = (200, 30, 10, 255), (10, 20, 220, 128), (0, 255, 0, 127)
+png("parts.png", [[RED, RED, NONE, NONE], [RED, RED, NONE, BLUE], [BLUE, NONE, NONE, NONE]])
+png("half.png", [[(*RED[:3], 200)] * 8 + [NONE[:3] + (0,)] * 8] * 8)
+png("dot.PNG", [[RED]])
+PARTS = """* fill {0} {1} +2 +2 #c81e0a
+* fill {2} {3} +1 +1 #0a14dc
+* fill {0} {4} +1 +1 #0a14dc
+"""
+for options in ["--format", "y8"], ["--range", "limited"], ["--matrix", "bt709"]:
+    same("* picture right-15 bottom-1 auto 9 \"dot.PNG\"", "* fill 8 12 17 13 #c81e0a", *options)
+    same("* picture -2 -6 8 8 \"dot.PNG\"", "* fill 0 0 6 2 #c81e0a", *options)
+    # Half of what is scaled is transparent, to the pixel; its colours stay.
+    for size in "16 auto", "8 4":
+        middle = 1 if size == "8 4" else 0
+        drawn = draw(f"* picture 2 2 {size} \"half.png\"", *options)
+        red = draw("* fill 2 2 6 6 #c81e0a", *options)
+        for x in range(2 + middle, 6 - middle):
+            if abs(drawn[3 * WIDTH + x] - red[3 * WIDTH + 3]) > 2:
+                failures.append(f"{options}: {size}: column {x} is {drawn[3 * WIDTH + x]}")
+        if drawn[3 * WIDTH + 12:4 * WIDTH] != bytes([50]) * (WIDTH - 12):
+            failures.append(f"{options}: {size}: what is transparent is drawn")
+same("* picture 4 2 4 3 \"parts.png\"", PARTS.format(4, 2, 7, 3, 4), "--format", "y8")
+same("* picture 5 -1 auto auto \"parts.png\"", PARTS.format(5, -1, 8, 0, 1), "--format", "y8")
+# A sample of four pixels of which one is drawn keeps its chroma, one with half of its pixels does not.
+drawn = draw("* picture 4 2 4 3 \"parts.png\"")[WIDTH * HEIGHT:]
+fills = draw("* fill 4 2 6 4 #c81e0a\n* fill 4 4 5 5 #0a14dc")[WIDTH * HEIGHT:]
+if drawn != fills:
+    failures.append(f"chroma at the edges: {drawn.hex()} {fills.hex()}")
+
+subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "color=#4080c0:size=64x48", "-frames:v",
+                "1", "-q:v", "1", "even.jpg"], check=True)
+drawn, even = draw("* picture 2 2 8 auto \"even.jpg\""), draw("* fill 2 2 10 8 #4080c0")
+if max(abs(a - b) for a, b in zip(drawn, even)) > 3:
+    failures.append(f"JPEG: {drawn.hex()} {even.hex()}")
+
+photo, logo = pathlib.Path("even.jpg").read_bytes(), pathlib.Path("parts.png").read_bytes()
+pathlib.Path("cut.jpg").write_bytes(photo[:-100])
+pathlib.Path("cut.png").write_bytes(logo[:-30])
+pathlib.Path("wrong.png").write_bytes(logo[:-20] + bytes([logo[-20] ^ 1]) + logo[-19:])
+pathlib.Path("text.png").write_text("P6 1 1")
+pathlib.Path("folder.jpeg").mkdir()
+png("huge.png", [[RED]], (60000, 60000))
+png("wide.png", [[RED] * 3000])
+for arguments, reason in [
+        ("9 9 \"cut.jpg\"", "cut.jpg: is damaged"), ("9 9 \"cut.png\"", "cut.png: is damaged"),
+        ("9 9 \"wrong.png\"", "wrong.png: is damaged"), ("9 9 \"huge.png\"", "more than 8192 x 4320"),
+        ("9 9 \"text.png\"", "text.png: is neither a PNG nor a JPEG"),
+        ("9 9 \"nowhere.jpg\"", "nowhere.jpg: No such file"),
+        ("9 9 \"folder.jpeg\"", "folder.jpeg: Is a directory"),
+        ("auto 100 \"wide.png\"", "wide.png: would be drawn with more than"),
+        ("65535 65535 \"dot.PNG\"", "would be drawn with more than 8192 x 4320"),
+        ("auto 9 \"frames.raw\"", "raw frames need both sizes"), ("9 0 \"dot.PNG\"", "bad number '0'")]:
+    draw(f"* fill 0 0 1 1 red\n* picture 0 0 {arguments}", "--check", status=1, message="script:2: ")
+    draw(f"* picture 0 0 {arguments}", "--check", status=1, message=reason)
+draw("* picture 1999999999 -2147483648 9 auto \"dot.PNG\"\n* picture 9 2147483647 9 9 \"dot.PNG\"")
+os.chdir("/")
+sys.exit("\n".join(failures) or 0)
