@@ -8,7 +8,7 @@ set -eu
 
 need_packages mmdebstrap dpkg-dev
 packages=$root/build-package cache=$root/build-root fresh=$root/build-root/fresh
-ours=$(cd "$packages" && ls ./*.deb | sed -n '/-dbgsym/d; s,^\./\([^_]*\)_.*,\1,p')
+ours=$(cd "$packages" && ls ./*.deb | sed 's,^\./\([^_]*\)_.*,\1,')
 helpers="gcc g++ libc6-dev cmake ninja-build pkgconf gstreamer1.0-tools gstreamer1.0-plugins-base"
 
 fail() {
