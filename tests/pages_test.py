@@ -77,7 +77,7 @@ def main(folder):
         PATH=f"{tree}/bin:{os.environ['PATH']}", LD_LIBRARY_PATH=f"{tree}/lib",
         GST_PLUGIN_PATH=f"{tree}/lib/gstreamer-1.0", GST_REGISTRY=f"{folder}/registry",
         PKG_CONFIG_PATH=f"{tree}/lib/pkgconfig", CMAKE_PREFIX_PATH=tree, DESTDIR=f"{folder}/root",
-        CMAKE_BUILD_TYPE="Debug", MAKEFLAGS="-j2")
+        XDG_DATA_DIRS=f"{tree}/share:/usr/share", CMAKE_BUILD_TYPE="Debug", MAKEFLAGS="-j2")
     subprocess.run(["cmake", "--install", build, "--prefix", tree], check=True,
                    env=dict(os.environ, DESTDIR=""), stdout=subprocess.DEVNULL)
     given = pathlib.Path(folder, "given")
