@@ -176,6 +176,8 @@ void TakeString(std::string_view &line, const Command &command, const ScriptFile
 template <typename Take> void TellingUsage(const Command &command, Take take) {
     try {
         take();
+    } catch (const PlacedFailure &) {
+        throw; // of a word that is in its place
     } catch (const Failure &failure) {
         throw Failure(std::string(failure.what()) + "; usage: " + std::string(command.name) + " " +
                       std::string(command.arguments));

@@ -33,6 +33,12 @@ void DrawForBoxes(Canvas &canvas, const Overlay &overlay, const Boxes &boxes) {
 
 } // namespace
 
+void NoteGaps(Canvas &canvas, const Overlay &overlay, const std::string &text) {
+    const std::string gaps = canvas.gaps.NewIn(canvas.context, overlay.font, overlay.line, text);
+    if (!gaps.empty())
+        canvas.notes.Add("", overlay.line, gaps);
+}
+
 OrnMinRenderColour ColourFor(const Canvas &canvas, const Paint &paint) {
     if (paint.own == Own::Nothing)
         return paint.colour;

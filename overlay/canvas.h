@@ -35,7 +35,7 @@ struct Canvas {
     Palette palette;  // of the tracked boxes
     Tracks tracks;
     LiveBoxes live;
-    GlyphGaps gaps; // of changing texts
+    GlyphGaps gaps; // of the script
     Notes notes;
     ClassColours classColours; // of all boxes so far
     ClockSettings clock;
@@ -64,6 +64,9 @@ inline OrnMinRenderRect Corners(const Canvas &canvas) {
 inline OrnMinRenderPoint PointAt(const Canvas &canvas, size_t i) {
     return {canvas.coordinates[i], canvas.coordinates[i + 1]};
 }
+
+// Notes what the overlay's font lacks of a text, and was not noted of the same line before.
+void NoteGaps(Canvas &canvas, const Overlay &overlay, const std::string &text);
 
 // The colour of an overlay's paint; for colours of ids, that of the box being drawn.
 OrnMinRenderColour ColourFor(const Canvas &canvas, const Paint &paint);

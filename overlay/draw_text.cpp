@@ -25,14 +25,11 @@ constexpr TextShape kPlain{};
 constexpr TextShape kOutlined{0, kOutlineReach, Edge::Origin};
 constexpr TextShape kLabel{kLabelMargin, 0, Edge::Start};
 
-// Of a text that stays the same, the script's reader tells what the font lacks.
+// What the font lacks of a text that stays the same has been told before.
 std::string ShownText(Canvas &canvas, const Overlay &overlay) {
     std::string text = TextOf(canvas, overlay);
-    if (!Changes(overlay))
-        return text;
-    const std::string gaps = canvas.gaps.NewIn(canvas.context, overlay.font, text);
-    if (!gaps.empty())
-        canvas.notes.Add("", overlay.line, gaps);
+    if (Changes(overlay))
+        NoteGaps(canvas, overlay, text);
     return text;
 }
 

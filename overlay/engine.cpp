@@ -40,7 +40,6 @@ struct Engine::State {
     void MixColours();
     Errors OpenPictures();
     Errors ChooseFonts();
-    void NoteGaps();
     void ScaleTracks();
 
     Settings settings;
@@ -97,18 +96,6 @@ Errors Engine::State::ChooseFonts() {
     return errors;
 }
 
-// Of texts that stay the same, each line by itself.
-void Engine::State::NoteGaps() {
-    for (const Overlay &overlay : overlays) {
-        if (!overlay.font || Changes(overlay))
-            continue;
-        const std::string gaps =
-            GlyphGaps().NewIn(context.get(), overlay.font, TextOf(canvas, overlay));
-        if (!gaps.empty())
-            canvas.notes.Add("", overlay.line, gaps);
-    }
-}
-
 Engine::Engine(const Settings &settings) : state(std::make_unique<State>(settings)) {
     if (!state->context)
         throw std::bad_alloc();
@@ -155,7 +142,9 @@ Errors Engine::SetScript(std::string_view content, const std::string &file) {
     state->MixColours();
     state->canvas.gaps = {};
     state->canvas.notes.Forget();
-    state->NoteGaps();
+    for (const Overlay &overlay : state->overlays)
+        if (overlay.font)
+            NoteGaps(state->canvas, overlay, FixedPartsOf(overlay));
     return {};
 }
 

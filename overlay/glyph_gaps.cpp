@@ -101,14 +101,14 @@ bool GlyphGaps::Known::Add(uint32_t codePoint) {
     return others.size() < kMaxOthers && others.insert(codePoint).second;
 }
 
-std::string GlyphGaps::NewIn(OrnMinRenderContext *context, const Font &font,
+std::string GlyphGaps::NewIn(OrnMinRenderContext *context, const Font &font, size_t line,
                              std::string_view text) {
-    Known &ofFont = known[font];
+    Known &ofLine = known[line];
     std::vector<std::string> names;
     while (!text.empty()) {
         const std::string_view next = TakeCharacter(text);
         const uint32_t codePoint = CodePointOf(next);
-        if (codePoint == '\n' || IsBlank(codePoint) || !ofFont.Add(codePoint))
+        if (codePoint == '\n' || IsBlank(codePoint) || !ofLine.Add(codePoint))
             continue;
         const std::string character(next);
         if (IsGap(context, font, character))

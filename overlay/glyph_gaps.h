@@ -16,18 +16,19 @@ namespace overlay {
 class GlyphGaps {
   public:
     // Which characters of a text the font lacks, in words; empty if there are none. A character is
-    // told once for each font.
-    std::string NewIn(OrnMinRenderContext *context, const Font &font, std::string_view text);
+    // told once for each line of the script.
+    std::string NewIn(OrnMinRenderContext *context, const Font &font, size_t line,
+                      std::string_view text);
 
   private:
-    // Of one font.
+    // Of one line.
     struct Known {
         std::array<bool, 256> low{}; // most texts have no others
         std::unordered_set<uint32_t> others;
         bool Add(uint32_t codePoint); // false if it was known, or there is no room for more
     };
 
-    std::map<Font, Known> known;
+    std::map<size_t, Known> known;
 };
 
 } // namespace overlay

@@ -149,6 +149,14 @@ bool Changes(const Overlay &overlay) {
                        [](const TextPiece &piece) { return piece.value != nullptr; });
 }
 
+std::string FixedPartsOf(const Overlay &overlay) {
+    std::string fixed;
+    for (const TextPiece &piece : overlay.text)
+        if (!piece.value)
+            fixed += piece.argument;
+    return fixed;
+}
+
 std::string TextOf(const Canvas &canvas, const Overlay &overlay) {
     std::string shown;
     for (const TextPiece &piece : overlay.text)

@@ -23,6 +23,9 @@ std::vector<TextPiece> ParseText(std::string_view text, bool perBox,
 // Whether the overlay's text may change from frame to frame.
 bool Changes(const Overlay &overlay);
 
+// The overlay's text without what changes.
+std::string FixedPartsOf(const Overlay &overlay);
+
 // The overlay's text as this frame and box show it.
 std::string TextOf(const Canvas &canvas, const Overlay &overlay);
 
