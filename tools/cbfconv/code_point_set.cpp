@@ -11,6 +11,10 @@ namespace cbfconv {
 
 void CodePointSet::Set(uint32_t first, uint32_t last, bool member) {
     std::fill(members.begin() + first, members.begin() + last + 1, member);
+    if (member)
+        end = std::max(end, last + 1);
+    else if (last + 1 >= end)
+        end = std::min(end, first);
 }
 
 static void ChangeRange(CodePointSet &set, const std::string &text, bool member) {

@@ -14,6 +14,10 @@ class CodePointSet {
     bool Has(uint32_t codePoint) const {
         return members[codePoint];
     }
+    // None lies at it or above.
+    uint32_t End() const {
+        return end;
+    }
     void Set(uint32_t first, uint32_t last, bool member);
 
     // "0x20-0x7E,U+0400-U+04FF,176", or "all": adds or removes these. Throws std::invalid_argument,
@@ -27,6 +31,7 @@ class CodePointSet {
 
   private:
     std::vector<bool> members = std::vector<bool>(tool::kMaxCodePoint + 1);
+    uint32_t end = 0;
     bool all = false;
 };
 

@@ -16,18 +16,6 @@ namespace cbfconv {
 
 using tool::Failure;
 
-// What keeps the font from being written is left out where it may be. No glyph may remain.
-static cbf::File MakeFile(const Options &options, MergedFont &merged) {
-    while (!merged.font.glyphs.empty()) {
-        cbf::File file = cbf::WriteFont(merged.font);
-        if (file.fault.problem == cbf::Problem::None)
-            return file;
-        if (!LeaveOut(options, file.fault, merged))
-            throw Failure(tool::kBadData, Blame(file.fault, options.inputs, merged));
-    }
-    return {};
-}
-
 static void Publish(const std::string &path, const cbf::Bytes &bytes, const cbf::Font &font,
                     tool::Progress &progress) {
     tool::OutputFile file(path);

@@ -143,6 +143,29 @@ void AddSpacing(const Options &options, cbf::Font &font) {
         space(glyph);
 }
 
+// Takes out the character that keeps the font from being written; false where it has to stay.
+bool LeaveOut(const Options &options, const cbf::Fault &fault, MergedFont &merged) {
+    if (fault.inFallback || fault.problem == cbf::Problem::FileSize ||
+        !MayLeaveOut(options, merged.origins.at(fault.codePoint)))
+        return false;
+    merged.leftOut[cbf::Reason(fault.problem)].push_back(fault.codePoint);
+    merged.font.glyphs.erase(fault.codePoint);
+    merged.origins.erase(fault.codePoint);
+    return true;
+}
+
+// The input and the glyph that keep the font from being written.
+std::string Blame(const cbf::Fault &fault, const std::vector<Input> &inputs,
+                  const MergedFont &merged) {
+    const size_t origin =
+        fault.inFallback ? merged.fallbackOrigin : merged.origins.at(fault.codePoint);
+    const std::string name =
+        fault.inFallback ? "fallback glyph" : cbf::CodePointName(fault.codePoint);
+    const cbf::Glyph &glyph =
+        fault.inFallback ? merged.font.fallback : merged.font.glyphs.at(fault.codePoint);
+    return inputs[origin].path + ": " + name + ": " + cbf::Reason(fault.problem) + SizesOf(glyph);
+}
+
 } // namespace
 
 MergedFont ReadFonts(const Options &options, tool::Progress &progress) {
@@ -152,22 +175,26 @@ MergedFont ReadFonts(const Options &options, tool::Progress &progress) {
     ReadFallback(options.fallback, inputs, sources, merged);
     for (const auto &source : sources)
         merged.font.lineHeight = std::max(merged.font.lineHeight, source->LineHeight());
-    for (uint32_t c = 0; c <= tool::kMaxCodePoint; ++c) {
-        progress.Tell("reading", c, tool::kMaxCodePoint);
+    uint32_t end = 0;
+    for (const Input &input : inputs)
+        end = std::max(end, input.wanted.End());
+    for (uint32_t c = 0; c < end; ++c) {
+        progress.Tell("reading", c, end);
         ReadCharacter(options, sources, c, merged);
     }
     AddSpacing(options, merged.font);
     return merged;
 }
 
-bool LeaveOut(const Options &options, const cbf::Fault &fault, MergedFont &merged) {
-    if (fault.inFallback || fault.problem == cbf::Problem::FileSize ||
-        !MayLeaveOut(options, merged.origins.at(fault.codePoint)))
-        return false;
-    merged.leftOut[cbf::Reason(fault.problem)].push_back(fault.codePoint);
-    merged.font.glyphs.erase(fault.codePoint);
-    merged.origins.erase(fault.codePoint);
-    return true;
+cbf::File MakeFile(const Options &options, MergedFont &merged) {
+    while (!merged.font.glyphs.empty()) {
+        cbf::File file = cbf::WriteFont(merged.font);
+        if (file.fault.problem == cbf::Problem::None)
+            return file;
+        if (!LeaveOut(options, file.fault, merged))
+            throw Failure(tool::kBadData, Blame(file.fault, options.inputs, merged));
+    }
+    return {};
 }
 
 } // namespace cbfconv

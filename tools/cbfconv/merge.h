@@ -21,7 +21,8 @@ struct MergedFont {
 // Throws tool::Failure.
 MergedFont ReadFonts(const Options &options, tool::Progress &progress);
 
-// Takes out the character that keeps the font from being written; false where it has to stay.
-bool LeaveOut(const Options &options, const cbf::Fault &fault, MergedFont &merged);
+// The font as a file. What keeps it from being written is left out where it may be; where no glyph
+// remains there is no file. Throws tool::Failure.
+cbf::File MakeFile(const Options &options, MergedFont &merged);
 
 } // namespace cbfconv

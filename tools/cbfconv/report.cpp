@@ -20,17 +20,6 @@ std::string ListPaths(const std::vector<Input> &inputs) {
     return list;
 }
 
-std::string Blame(const cbf::Fault &fault, const std::vector<Input> &inputs,
-                  const MergedFont &merged) {
-    const size_t origin =
-        fault.inFallback ? merged.fallbackOrigin : merged.origins.at(fault.codePoint);
-    const std::string name =
-        fault.inFallback ? "fallback glyph" : cbf::CodePointName(fault.codePoint);
-    const cbf::Glyph &glyph =
-        fault.inFallback ? merged.font.fallback : merged.font.glyphs.at(fault.codePoint);
-    return inputs[origin].path + ": " + name + ": " + cbf::Reason(fault.problem) + SizesOf(glyph);
-}
-
 // "U+0041-U+0043, U+0050, ... and 7 more", of code points in ascending order.
 static std::string ListCodePoints(const std::vector<uint32_t> &codePoints) {
     constexpr size_t kListed = 6; // ranges

@@ -10,10 +10,6 @@ namespace cbfconv {
 // "a.ttf, b.bdf"
 std::string ListPaths(const std::vector<Input> &inputs);
 
-// The input and the glyph that keep the font from being written.
-std::string Blame(const cbf::Fault &fault, const std::vector<Input> &inputs,
-                  const MergedFont &merged);
-
 // What the fonts have and a CBF font can't, on standard error.
 void TellLeftOut(const std::vector<Input> &inputs, const MergedFont &merged);
 
