@@ -21,8 +21,9 @@ static cbfconv::Options ReadOptions(Input *input, const std::string &path) {
     font.choice.instance = flags & 2 ? "wght=300" : "";
     if (flags & 4)
         font.wanted.Change("all", true);
-    font.wanted.Set('\v', kEnd - 1, true);
+    font.wanted.Set(0, kEnd - 1, true);
     font.wanted.Set(kEnd, tool::kMaxCodePoint, false);
+    font.wanted.Set(0, '\n', false); // never drawn, these two
     options.inputs = {font};
     options.strict = flags & 8;
     options.letterSpacing = flags >> 4;

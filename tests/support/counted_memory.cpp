@@ -66,6 +66,10 @@ void *operator new(size_t size) {
     throw std::bad_alloc();
 }
 
+void *operator new(size_t size, const std::nothrow_t &) noexcept {
+    return malloc(size ? size : 1);
+}
+
 void operator delete(void *block) noexcept {
     free(block);
 }
