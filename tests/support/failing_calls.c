@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Put before the C library (LD_PRELOAD), makes one call of a program fail: of the calls of the kind
-// FAULT_CALL (memory, open, read, stream or write) number FAULT_AT, from 1, with the error
-// FAULT_ERROR. Calls count from the program's own start on, when the libraries that it needs have
-// been set up. At the end it tells how many there were, as the size of the file FAULT_COUNT.
+// FAULT_CALL (memory, open, read, stream, map, write, sync or rename) number FAULT_AT, from 1, with
+// the error FAULT_ERROR. Calls count from the program's own start on, when the libraries that it
+// needs have been set up. At the end it tells how many there were, as the size of the file
+// FAULT_COUNT.
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
@@ -11,6 +12,8 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 // The C library's own names of what stands below.
@@ -70,6 +73,14 @@ FILE *fopen(const char *path, const char *mode) {
     return Fails("open") ? NULL : _IO_fopen(path, mode);
 }
 
+FILE *fopen64(const char *path, const char *mode) {
+    return fopen(path, mode);
+}
+
+int mkostemp(char *path, int flags) {
+    return Fails("open") ? -1 : mkostemps(path, 0, flags);
+}
+
 ssize_t read(int descriptor, void *bytes, size_t size) {
     return Fails("read") ? -1 : __read(descriptor, bytes, size);
 }
@@ -83,6 +94,20 @@ size_t fread(void *bytes, size_t size, size_t count, FILE *file) {
 
 ssize_t write(int descriptor, const void *bytes, size_t size) {
     return Fails("write") ? -1 : __write(descriptor, bytes, size);
+}
+
+void *mmap(void *wanted, size_t size, int access, int flags, int descriptor, off_t offset) {
+    if (Fails("map"))
+        return MAP_FAILED;
+    return (void *)syscall(SYS_mmap, wanted, size, access, flags, descriptor, offset);
+}
+
+int fsync(int descriptor) {
+    return Fails("sync") ? -1 : (int)syscall(SYS_fsync, descriptor);
+}
+
+int rename(const char *from, const char *to) {
+    return Fails("rename") ? -1 : renameat(AT_FDCWD, from, AT_FDCWD, to);
 }
 
 __attribute__((destructor)) static void TellCount(void) {

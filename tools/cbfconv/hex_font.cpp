@@ -3,11 +3,14 @@
 #include "cbfconv/hex_font.h"
 
 #include "cbfconv/glyph_box.h"
+#include "common/input_file.h"
 #include "common/utf8.h"
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <charconv>
+#include <cstring>
 #include <fstream>
 #include <unordered_map>
 
@@ -61,20 +64,14 @@ cbf::Glyph GlyphOf(const std::string &digits) {
 
 class HexFont : public FontSource {
   public:
+    // No stream is read: one would take an error, or short memory, for the end of the font.
     explicit HexFont(const std::string &path) {
-        std::ifstream file(path);
-        std::string text;
-        for (int number = 1; std::getline(file, text); ++number) {
-            while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back())))
-                text.pop_back();
-            if (text.empty() || text.front() == '#')
-                continue;
-            Line line = ParseLine(text);
-            if (line.digits.empty())
-                throw FontError("line " + std::to_string(number) +
-                                ": is not a code point and a bitmap of 16 rows of 8, 16, 24 or 32 "
-                                "pixels");
-            bitmaps.emplace(line.codePoint, std::move(line.digits));
+        const std::string text = tool::ReadText(path);
+        size_t first = 0;
+        for (int number = 1; first < text.size(); ++number) {
+            const size_t end = std::min(text.find('\n', first), text.size());
+            AddLine(text.substr(first, end - first), number);
+            first = end + 1;
         }
     }
 
@@ -94,6 +91,19 @@ class HexFont : public FontSource {
     }
 
   private:
+    void AddLine(std::string text, int number) {
+        while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back())))
+            text.pop_back();
+        if (text.empty() || text.front() == '#')
+            return;
+        Line line = ParseLine(text);
+        if (line.digits.empty())
+            throw FontError("line " + std::to_string(number) +
+                            ": is not a code point and a bitmap of 16 rows of 8, 16, 24 or 32 "
+                            "pixels");
+        bitmaps.emplace(line.codePoint, std::move(line.digits));
+    }
+
     std::unordered_map<uint32_t, std::string> bitmaps;
 };
 
@@ -103,6 +113,8 @@ bool IsHexFont(const std::string &path) {
     std::ifstream file(path);
     char start[7] = {};
     file.read(start, sizeof start);
+    if (file.bad())
+        throw FontError(std::strerror(errno));
     const char *colon = std::find_if_not(std::begin(start), std::end(start), IsHexDigit);
     return colon >= start + 4 && colon < std::end(start) && *colon == ':';
 }
