@@ -13,6 +13,7 @@ trap 'rm -rf "$work"' EXIT
 cd "$work" || exit 1
 failures=0 targets='new.nut new.cbf new.pgm'
 mkdir wanted
+mkfifo numbers statuses
 
 "$tools/cbfconv" -s 8 -r 0x20-0x7E -o small.cbf "$ttf"
 python3 "$support/make_font.py" boxes.ttf Thin:100
@@ -37,8 +38,9 @@ tracks label box.left box.top black id bottom "{id}"
 SCRIPT
 echo '* box 1 1 +5 +5 red' >box.txt
 
-# What is tried of each tool: the file to write is new.*
-try() {
+# start CASE CALL ERROR: what is tried of each tool; the file to write is new.* Runs wait for numbers.
+start() {
+    export FAULT_CALL="$2" FAULT_ERROR="$3" FAULT_COUNT="$work/count"
     case $1 in
     pipe) set -- --size 64x24 --output-stride 66 --font small.cbf --tracks tracks.csv --max-gap 9 script.txt ;;
     clip) set -- -i in.y4m -o new.nut --encoder ffv1 box.txt ;;
@@ -50,16 +52,23 @@ try() {
     show) set -- --text AB --outline boxes.cbf ;;
     sheet) set -- --sheet new.pgm boxes.cbf ;;
     esac
-    LD_PRELOAD=$library "$tools/$tool" "$@" <in >output 2>errors
+    LD_PRELOAD=$library "$tools/$tool" "$@" 3<numbers 4>statuses &
+    exec 5>numbers 6<statuses
 }
 
-# run CASE CALL N ERROR: from old files, and a count of calls of 0.
+stop() {
+    exec 5>&- 6<&-
+    wait
+}
+
+# run N: from old files, and a count of calls of 0.
 run() {
     for name in $targets; do
         echo old >$name
     done
     : >count
-    FAULT_CALL=$2 FAULT_AT=$3 FAULT_ERROR=$4 FAULT_COUNT=$work/count try "$1"
+    echo "$1" >&5
+    read -r status <&6
 }
 
 # From here on no other program is run as long as all is well: there are thousands of calls.
@@ -91,22 +100,24 @@ saysWhy() {
 # the work must go on.
 while read -r for_tool case call error least goes_on; do
     [ "$for_tool" = "$tool" ] || continue
-    run "$case" "$call" 0 0 || { cat errors; exit 1; }
+    start "$case" "$call" "$error"
+    run 0
+    [ "$status" = 0 ] || { cat errors; exit 1; }
     cp output new.* wanted/
     count=$(stat -c %s count)
     [ "$count" -ge "$least" ] || { echo "only $count calls: $case $call" >&2; failures=1; }
     n=0
     while [ $((n += 1)) -le "$count" ]; do
-        run "$case" "$call" $n "$error"
-        status=$?
-        if [ $status = 0 ] && cmp -s output wanted/output && whole new; then
+        run $n
+        if [ "$status" = 0 ] && cmp -s output wanted/output && whole new; then
             continue
-        elif [ $status = 1 ] && [ "$goes_on" = no ] && saysWhy && whole either; then
+        elif [ "$status" = 1 ] && [ "$goes_on" = no ] && saysWhy && whole either; then
             continue
         fi
         echo "FAILED: $case, $call $n, error $error: exit $status: $(cat errors)" >&2
         failures=$((failures + 1))
     done
+    stop
 done <<'TABLE'
 orn-overlay pipe memory 12 300 no
 orn-overlay pipe open 24 6 no
