@@ -22,7 +22,9 @@ SCRIPT = """* label 3 40% white #203040 "{time} {frame}"
 * picture 21 4 auto 17 "BADGE"
 * bitmap 11 5 40 40 #ff8000 half "bitmap.pbm"
 * ellipse 3 1 30 30 red
-tracks trail 3 id
+1-4 mosaic 3 3 60% 70% 5
+3 mask 5 5 21 19 red
+tracks trail 3 id thick 7%
 tracks label box.left box.top black id "{class} {id} {conf}"
 """.replace("BADGE", os.path.abspath(os.path.dirname(__file__) + "/../docs/gallery/badge.png"))
 COLOURS = {"bt601": ["limited", "bt601"], "bt709": ["limited", "bt709"], "1:4:0:0": ["full", "bt601"]}
