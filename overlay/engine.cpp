@@ -139,6 +139,7 @@ Errors Engine::SetScript(std::string_view content, const std::string &file) {
     state->scriptFile = file;
     state->overlays = std::move(overlays);
     state->timeline = std::move(timeline);
+    state->canvas.labelPlaces = LabelPlaces(); // lines may be others now
     state->MixColours();
     state->canvas.gaps = {};
     state->canvas.notes.Forget();

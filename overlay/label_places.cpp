@@ -115,15 +115,35 @@ OrnMinRenderRect LabelPlaces::At(const Request &request, size_t place) const {
     return {left, top, Saturated(left + width), Saturated(top + height)};
 }
 
+OrnMinRenderRect LabelPlaces::ReachOf(const Request &request) const {
+    OrnMinRenderRect reach = At(request, 0);
+    for (size_t place = 1; place < kPlaceCount; ++place) {
+        const OrnMinRenderRect rect = At(request, place);
+        reach = {std::min(reach.left, rect.left), std::min(reach.top, rect.top),
+                 std::max(reach.right, rect.right), std::max(reach.bottom, rect.bottom)};
+    }
+    return reach;
+}
+
+// Most of a frame is out of reach.
+void LabelPlaces::LookAround(const OrnMinRenderRect &reach, const Request &request) {
+    const OrnMinRenderRect seen = Common(reach, frame);
+    const OrnMinRenderRect ownBox = Common(request.around, frame);
+    near.clear();
+    for (const OrnMinRenderRect &label : labels)
+        if (CommonArea(seen, label) > 0)
+            near.push_back({label, kCostOfLabels});
+    for (const OrnMinRenderRect &box : boxes)
+        if (CommonArea(seen, box) > 0)
+            near.push_back({box, IsSame(box, ownBox) ? kCostOfOwnBox : kCostOfBoxes});
+}
+
 // What comes to the limit is too much already, and not counted to its end.
-int64_t LabelPlaces::Covered(const OrnMinRenderRect &rect, const OrnMinRenderRect &ownBox,
-                             int64_t limit) const {
+int64_t LabelPlaces::Covered(const OrnMinRenderRect &rect, int64_t limit) const {
     const OrnMinRenderRect seen = Common(rect, frame);
     int64_t cost = 0;
-    for (auto label = labels.begin(); cost < limit && label != labels.end(); ++label)
-        cost += kCostOfLabels * CommonArea(seen, *label);
-    for (auto box = boxes.begin(); cost < limit && box != boxes.end(); ++box)
-        cost += (IsSame(*box, ownBox) ? kCostOfOwnBox : kCostOfBoxes) * CommonArea(seen, *box);
+    for (auto other = near.begin(); cost < limit && other != near.end(); ++other)
+        cost += other->costOfPixel * CommonArea(seen, other->rect);
     return cost;
 }
 
@@ -137,19 +157,21 @@ size_t LabelPlaces::PlaceBefore(const Request &request) const {
 OrnMinRenderRect LabelPlaces::Choose(const Request &request) {
     if (labels.size() == kMaxRects)
         return request.asked;
-    const OrnMinRenderRect ownBox = Common(request.around, frame);
     const OrnMinRenderRect asked = Common(request.asked, frame);
     const int64_t pixels = CommonArea(asked, asked);
     const size_t usual = PlaceBefore(request);
+    LookAround(At(request, usual), request);
+    int64_t least = Covered(At(request, usual), std::numeric_limits<int64_t>::max());
     size_t best = usual;
-    int64_t least = Covered(At(request, usual), ownBox, std::numeric_limits<int64_t>::max());
-    for (size_t place = 0; place < kPlaceCount && least > 0; ++place) {
+    if (least > kCostOfMoving * pixels)
+        LookAround(ReachOf(request), request);
+    for (size_t place = 0; place < kPlaceCount; ++place) {
         const int64_t penalty =
             kCostOfMoving * pixels + static_cast<int64_t>(place) * pixels / kStepsPerPixel;
-        if (place == usual || penalty >= least)
-            continue;
-        const int64_t cost = penalty + Covered(At(request, place), ownBox, least - penalty);
-        if (cost < least) {
+        if (penalty >= least)
+            break;
+        const int64_t cost = penalty + Covered(At(request, place), least - penalty);
+        if (place != usual && cost < least) {
             least = cost;
             best = place;
         }

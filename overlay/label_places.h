@@ -53,17 +53,24 @@ class LabelPlaces {
         size_t place;
     };
 
+    struct Obstacle {
+        OrnMinRenderRect rect;
+        int64_t costOfPixel;
+    };
+
     OrnMinRenderRect At(const Request &request, size_t place) const;
     void Add(const OrnMinRenderRect &rect, std::vector<OrnMinRenderRect> &to) const;
-    int64_t Covered(const OrnMinRenderRect &rect, const OrnMinRenderRect &ownBox,
-                    int64_t limit) const;
+    OrnMinRenderRect ReachOf(const Request &request) const;
+    void LookAround(const OrnMinRenderRect &reach, const Request &request);
+    int64_t Covered(const OrnMinRenderRect &rect, int64_t limit) const;
     size_t PlaceBefore(const Request &request) const;
 
     OrnMinRenderRect frame{};
     int64_t current = 0;
     std::vector<OrnMinRenderRect> boxes;
     std::vector<OrnMinRenderRect> labels;
-    std::vector<Kept> before; // of the frame before
+    std::vector<Obstacle> near; // of the label that looks for a place
+    std::vector<Kept> before;   // of the frame before
     std::vector<Kept> now;
 };
 
