@@ -72,6 +72,17 @@ bool IsGap(OrnMinRenderContext *context, const Font &font, const std::string &ch
                PixelsOf(context, font, kInNoFont, extent.box);
 }
 
+// A font may show a character of its own for those that it lacks: '?', for example. Of ASCII, that
+// is the only one then that looks so.
+bool MayStandForOthers(OrnMinRenderContext *context, const Font &font, uint32_t codePoint) {
+    if (codePoint <= ' ' || codePoint >= 0x7F)
+        return codePoint == 0xFFFD || codePoint == 0x25A1; // made for it; a hollow box
+    for (char other = '!'; other <= '~'; ++other)
+        if (static_cast<uint32_t>(other) != codePoint && IsGap(context, font, {other}))
+            return false;
+    return true;
+}
+
 // Whether it shows as itself: no control character, nor one that turns the direction of writing.
 bool IsVisible(uint32_t codePoint) {
     return codePoint > 0x20 && !(codePoint >= 0x7F && codePoint <= 0xA0) &&
@@ -111,7 +122,7 @@ std::string GlyphGaps::NewIn(OrnMinRenderContext *context, const Font &font, siz
         if (codePoint == '\n' || IsBlank(codePoint) || !ofLine.Add(codePoint))
             continue;
         const std::string character(next);
-        if (IsGap(context, font, character))
+        if (IsGap(context, font, character) && !MayStandForOthers(context, font, codePoint))
             names.push_back(Named(character, codePoint));
     }
     return names.empty() ? "" : Told(names);

@@ -366,6 +366,10 @@ done <<'TABLE'
 --tracks once.csv=* text 3 20 white "f"=text: f (U+0066)$
 --tracks twice.csv=* fill 0 0 1 1 red=note: twice.csv: frame 1 has two boxes of id 3, and there are 2 more like this$
 TABLE
+"$cbfconv" -s 16 --fallback '?' -o question.cbf "$ttf"
+printf '* text 3 20 white "Is it? \357\277\275 A_"\n* text 3 20 white "\316\251?"\n' >note.txt
+expect 0 'note.txt:2: the font lacks a character of the text: Ω (U+03A9)$' "$overlay" --check --font question.cbf note.txt
+[ "$(wc -l <errors)" = 1 ] || fail "what a font has is told: $(cat errors)"
 printf '* text 3 20 white "{frame} A"\n* text 3 40 white "{frame}e"\n' >note.txt
 bytes $((4 * 64 * 24)) 000 >in
 input=in expect 0 'note.txt:2: .*text: e (U+0065)$' "$overlay" --size 64x24 --format y8 --font some.cbf note.txt
