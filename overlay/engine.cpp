@@ -3,15 +3,17 @@
 #include "engine.h"
 
 #include "canvas.h"
-#include "colour.h"
 #include "commands.h"
+#include "control.h"
 #include "draw_text.h"
+#include "layer.h"
 #include "placeholders.h"
 #include "script.h"
-#include "timeline.h"
+#include "words.h"
 
 #include <algorithm>
 #include <new>
+#include <set>
 
 namespace overlay {
 
@@ -19,13 +21,12 @@ namespace {
 
 constexpr int32_t kAssumedHeight = 1080; // of frames, while nothing is known of them
 
+constexpr size_t kMaxNames = 1000; // of control lines: what they set stays in memory
+
 using Context = std::unique_ptr<OrnMinRenderContext, decltype(&OrnMinRenderDestroyContext)>;
 
-Timeline TimelineOf(const std::vector<Overlay> &overlays) {
-    std::vector<FrameRange> ranges;
-    for (const Overlay &overlay : overlays)
-        ranges.push_back(overlay.frames);
-    return Timeline(std::move(ranges));
+void Append(Errors &errors, const Errors &others) {
+    errors.insert(errors.end(), others.begin(), others.end());
 }
 
 } // namespace
@@ -37,63 +38,29 @@ struct Engine::State {
     bool KnowsFrames() const {
         return canvas.shape.width > 0;
     }
-    void MixColours();
-    Errors OpenPictures();
-    Errors ChooseFonts();
+    ScriptInputs InputsOf(const std::string &file) const;
+    void SetLine(const ControlLine &line, const std::string &file);
+    void ClearLine(std::string_view name);
     void ScaleTracks();
+    void DrawLayer(Layer &layer, int64_t number);
 
     Settings settings;
     FontChoice font;
-    FontStore fonts; // of that choice alone: those of a script live with its overlays
-    std::string scriptFile;
-    std::vector<Overlay> overlays; // in the order of the script's lines
-    Timeline timeline;
+    FontStore fonts;       // of that choice alone: those of a script live with its overlays
+    Layer script;          // in the order of its lines
+    FontChoice scriptFont; // at the end of the script, and so for control lines
+    FontStore scriptFonts;
+    Layer named;                    // by control lines, in the order in which they came
+    std::vector<std::string> names; // of these
     Context context{OrnMinRenderCreateContext(), OrnMinRenderDestroyContext};
     Canvas canvas;
     bool toldRepeat = false; // of an id, among the boxes of a frame
     bool tracksInShares = false;
 };
 
-void Engine::State::MixColours() {
-    for (Overlay &overlay : overlays) {
-        for (Paint &paint : overlay.paints)
-            paint.colour = ColourOf(paint.rgb, canvas.shape.colours);
-        if (overlay.still && KnowsFrames())
-            overlay.still->Mix(canvas.shape.colours);
-    }
-}
-
 void Engine::State::ScaleTracks() {
     if (tracksInShares)
         canvas.tracks.SetScale(canvas.shape.width, canvas.shape.height);
-}
-
-Errors Engine::State::OpenPictures() {
-    Errors errors;
-    for (const Overlay &overlay : overlays) {
-        try {
-            if (overlay.picture)
-                overlay.picture->Open(canvas.shape.hasChroma);
-        } catch (const Failure &failure) {
-            errors.push_back({scriptFile, overlay.line, failure.what()});
-        }
-    }
-    return errors;
-}
-
-Errors Engine::State::ChooseFonts() {
-    Errors errors;
-    FontStore loaded;
-    for (Overlay &overlay : overlays) {
-        try {
-            if (overlay.fontChoice.FollowsFrames())
-                overlay.font = loaded.Get(overlay.fontChoice.PathFor(canvas.shape.height),
-                                          overlay.textStyle.direction);
-        } catch (const Failure &failure) {
-            errors.push_back({scriptFile, overlay.line, failure.what()});
-        }
-    }
-    return errors;
 }
 
 Engine::Engine(const Settings &settings) : state(std::make_unique<State>(settings)) {
@@ -121,32 +88,85 @@ Errors Engine::SetFont(const std::string &name) {
     return {};
 }
 
+// Names of files count from the folder of the file that names them.
+ScriptInputs Engine::State::InputsOf(const std::string &file) const {
+    ScriptInputs inputs{
+        settings.names,
+        font,
+        fonts,
+        settings.hasTracks,
+        KnowsFrames() ? canvas.shape.height : kAssumedHeight,
+        {std::filesystem::path(file).parent_path(), settings.hasChroma, settings.decodePicture}};
+    if (KnowsFrames())
+        inputs.files.hasChroma = canvas.shape.hasChroma;
+    return inputs;
+}
+
 Errors Engine::SetScript(std::string_view content, const std::string &file) {
-    ScriptInputs inputs{state->settings.names,
-                        state->font,
-                        state->fonts,
-                        state->settings.hasTracks,
-                        state->KnowsFrames() ? state->canvas.shape.height : kAssumedHeight,
-                        {std::filesystem::path(file).parent_path(), state->settings.hasChroma,
-                         state->settings.decodePicture}};
-    if (state->KnowsFrames())
-        inputs.files.hasChroma = state->canvas.shape.hasChroma;
     Errors errors;
-    std::vector<Overlay> overlays = ParseScript(content, file, inputs, errors);
+    ParsedScript parsed = ParseScript(content, file, state->InputsOf(file), errors);
     if (!errors.empty())
         return errors;
-    Timeline timeline = TimelineOf(overlays); // which fits no other script, if memory is short here
-    state->scriptFile = file;
-    state->overlays = std::move(overlays);
-    state->timeline = std::move(timeline);
+    Layer script{file, std::move(parsed.overlays), {}};
+    script.Retime();
+    if (state->KnowsFrames())
+        script.MixColours(state->canvas.shape.colours);
+    state->script = std::move(script);
+    state->scriptFont = std::move(parsed.font);
+    state->scriptFonts = std::move(parsed.fonts);
     state->canvas.labelPlaces = LabelPlaces(); // lines may be others now
-    state->MixColours();
     state->canvas.gaps = {};
     state->canvas.notes.Forget();
-    for (const Overlay &overlay : state->overlays)
+    for (const Overlay &overlay : state->script.overlays)
         if (overlay.font)
             NoteGaps(state->canvas, overlay, FixedPartsOf(overlay));
     return {};
+}
+
+void Engine::State::SetLine(const ControlLine &line, const std::string &file) {
+    ScriptInputs inputs = InputsOf(file);
+    inputs.files.folder = std::filesystem::path(script.file).parent_path();
+    if (scriptFont) {
+        inputs.font = scriptFont;
+        inputs.fonts = scriptFonts;
+    }
+    ParsedScript parsed = ParseLine(*line.line, inputs);
+    scriptFonts = std::move(parsed.fonts);
+    const auto place =
+        static_cast<size_t>(std::find(names.begin(), names.end(), line.name) - names.begin());
+    if (place == kMaxNames)
+        throw Failure("there are " + std::to_string(kMaxNames) + " names already");
+    if (place == names.size()) {
+        named.overlays.emplace_back();
+        names.emplace_back(line.name);
+    }
+    named.overlays[place] = std::move(parsed.overlays.front());
+    if (KnowsFrames())
+        MixColours(named.overlays[place], canvas.shape.colours);
+    named.Retime();
+}
+
+void Engine::State::ClearLine(std::string_view name) {
+    const auto place = std::find(names.begin(), names.end(), name);
+    if (place == names.end())
+        throw Failure("there is no " + Quoted(name) + " to clear");
+    named.overlays.erase(named.overlays.begin() + (place - names.begin()));
+    names.erase(place);
+    named.Retime();
+}
+
+Errors Engine::Control(std::string_view text, const std::string &file, size_t number) {
+    Errors errors;
+    ParseLines(text, file, errors, [&](std::string_view line, size_t) {
+        const ControlLine control = ParseControlLine(line);
+        if (control.line)
+            state->SetLine(control, file);
+        else
+            state->ClearLine(control.name);
+    });
+    for (Error &error : errors)
+        error.line = number;
+    return errors;
 }
 
 Errors Engine::SetTracks(const std::vector<TrackFile> &files, const TrackSettings &settings) {
@@ -181,11 +201,22 @@ Errors Engine::SetFrames(const FrameShape &shape) {
     state->canvas.palette = MakePalette(shape.colours);
     state->canvas.spare.reset();
     state->ScaleTracks();
-    state->MixColours();
-    Errors errors = state->OpenPictures();
-    const Errors ofFonts = state->ChooseFonts();
-    errors.insert(errors.end(), ofFonts.begin(), ofFonts.end());
+    Errors errors;
+    for (Layer *layer : {&state->script, &state->named}) {
+        layer->MixColours(shape.colours);
+        Append(errors, layer->OpenPictures(shape.hasChroma));
+        Append(errors, layer->ChooseFonts(shape.height));
+    }
     return errors;
+}
+
+std::vector<std::string> Engine::FontFiles() const {
+    std::set<std::string> files;
+    const int32_t height = state->KnowsFrames() ? state->canvas.shape.height : kAssumedHeight;
+    for (const Overlay &overlay : state->script.overlays)
+        if (overlay.fontChoice)
+            files.insert(overlay.fontChoice.PathFor(height));
+    return {files.begin(), files.end()};
 }
 
 Planes Engine::Touches(int64_t number) {
@@ -194,12 +225,26 @@ Planes Engine::Touches(int64_t number) {
     Planes planes = Planes::None;
     if (!state->KnowsFrames())
         return planes;
-    for (const size_t i : state->timeline.At(number)) {
-        const Overlay &overlay = state->overlays[i];
-        if (!overlay.perBox || hasBoxes)
-            planes = std::max(planes, overlay.planes);
-    }
+    for (Layer *layer : {&state->script, &state->named})
+        for (const size_t i : layer->timeline.At(number)) {
+            const Overlay &overlay = layer->overlays[i];
+            if (!overlay.perBox || hasBoxes)
+                planes = std::max(planes, overlay.planes);
+        }
     return planes;
+}
+
+// Labels of tracked boxes wait until all of the boxes are drawn.
+void Engine::State::DrawLayer(Layer &layer, int64_t number) {
+    const std::vector<size_t> &shown = layer.timeline.At(number);
+    const auto isPerBox = [&layer](size_t i) { return layer.overlays[i].perBox; };
+    const auto afterBoxes = std::find_if(shown.rbegin(), shown.rend(), isPerBox).base();
+    for (auto i = shown.begin(); i != shown.end(); ++i) {
+        if (i == afterBoxes)
+            DrawWaitingLabels(canvas);
+        DrawOverlay(canvas, layer.overlays[*i]);
+    }
+    DrawWaitingLabels(canvas);
 }
 
 void Engine::Draw(const OrnMinRenderImage &image, int64_t number, const FrameTime &time) {
@@ -214,15 +259,8 @@ void Engine::Draw(const OrnMinRenderImage &image, int64_t number, const FrameTim
     canvas.surroundings = {{0, 0, canvas.shape.width, canvas.shape.height}, {}, {}};
     canvas.labelPlaces.BeginFrame(number, canvas.shape.width, canvas.shape.height);
     canvas.waitingLabels.clear(); // those of a frame that ended with an exception
-    const std::vector<size_t> &shown = state->timeline.At(number);
-    const auto isPerBox = [this](size_t i) { return state->overlays[i].perBox; };
-    const auto afterBoxes = std::find_if(shown.rbegin(), shown.rend(), isPerBox).base();
-    for (auto i = shown.begin(); i != shown.end(); ++i) {
-        if (i == afterBoxes)
-            DrawWaitingLabels(canvas);
-        DrawOverlay(canvas, state->overlays[*i]);
-    }
-    DrawWaitingLabels(canvas);
+    state->DrawLayer(state->script, number);
+    state->DrawLayer(state->named, number);
 }
 
 const std::vector<OrnMinRenderRect> &Engine::Labels() const {
@@ -233,7 +271,7 @@ Errors Engine::TakeNotes() {
     Errors notes = state->canvas.notes.Take();
     for (Error &note : notes)
         if (note.file.empty())
-            note.file = state->scriptFile;
+            note.file = state->script.file;
     return notes;
 }
 

@@ -60,6 +60,11 @@ class Engine {
     // too: with tracks, it shows them.
     Errors SetScript(std::string_view content, const std::string &file);
 
+    // Takes "set NAME LINE", which draws another line of a script, upon the script's own, and takes
+    // the place of what the name stood for; or "clear NAME". Texts have the font that the script
+    // ends with. file and number are what messages call the line. With an error, nothing changes.
+    Errors Control(std::string_view line, const std::string &file, size_t number);
+
     // Takes the tracked boxes of all frames, from one file or, in YOLO's way, from one a frame.
     // With an error, the boxes stay what they were.
     Errors SetTracks(const std::vector<TrackFile> &files, const TrackSettings &settings);
@@ -73,6 +78,9 @@ class Engine {
     // or without chroma as these; such a picture is left out, and all else is drawn. They tell of
     // fonts, too, that should replace others in frames of this height and can't be loaded.
     Errors SetFrames(const FrameShape &shape);
+
+    // The files of the fonts that texts of the script have, each once.
+    std::vector<std::string> FontFiles() const;
 
     // What Draw may change in frame number.
     Planes Touches(int64_t number);

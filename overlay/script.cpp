@@ -74,6 +74,11 @@ class ScriptReader {
     // The font of texts for which none is named. False when it isn't installed.
     bool TakeUsualFont();
 
+    // All is read.
+    ParsedScript With(std::vector<Overlay> overlays) && {
+        return {std::move(overlays), std::move(font), std::move(fonts)};
+    }
+
   private:
     void GiveFont(const Command &command, Overlay &overlay);
 
@@ -137,8 +142,8 @@ Overlay ScriptReader::TakeOverlayLine(std::string_view line) {
 
 } // namespace
 
-std::vector<Overlay> ParseScript(std::string_view content, const std::string &file,
-                                 const ScriptInputs &inputs, Errors &errors) {
+ParsedScript ParseScript(std::string_view content, const std::string &file,
+                         const ScriptInputs &inputs, Errors &errors) {
     std::vector<Overlay> overlays;
     ScriptReader reader(inputs);
     ParseLines(content, file, errors, [&](std::string_view line, size_t number) {
@@ -153,12 +158,21 @@ std::vector<Overlay> ParseScript(std::string_view content, const std::string &fi
     const auto isPerBox = [](const Overlay &overlay) { return overlay.perBox; };
     if (!inputs.hasTracks || !errors.empty() ||
         std::any_of(overlays.begin(), overlays.end(), isPerBox))
-        return overlays;
+        return std::move(reader).With(std::move(overlays));
     ScriptReader shown(inputs);
     overlays.push_back(shown.TakeOverlayLine(kTrackBoxes));
     if (inputs.font || shown.TakeUsualFont())
         overlays.push_back(shown.TakeOverlayLine(kTrackLabels));
-    return overlays;
+    return std::move(reader).With(std::move(overlays));
+}
+
+ParsedScript ParseLine(std::string_view line, const ScriptInputs &inputs) {
+    if (NextWord(line) == "font")
+        throw Failure("a font line stands in a script only");
+    ScriptReader reader(inputs);
+    std::vector<Overlay> overlays;
+    overlays.push_back(reader.TakeOverlayLine(line));
+    return std::move(reader).With(std::move(overlays));
 }
 
 } // namespace overlay

@@ -18,10 +18,20 @@ struct ScriptInputs {
     ScriptFiles files;
 };
 
+// What a script says, and the fonts that it leaves for what is added to it.
+struct ParsedScript {
+    std::vector<Overlay> overlays;
+    FontChoice font; // of the last line
+    FontStore fonts;
+};
+
 // Reads a whole script, and the files that it names. A line that can't be understood gives an error
 // in place of an overlay, and so does what needs a font or tracks that are not there. Where there
 // are tracks that the script says nothing of, lines that show them are added.
-std::vector<Overlay> ParseScript(std::string_view content, const std::string &file,
-                                 const ScriptInputs &inputs, Errors &errors);
+ParsedScript ParseScript(std::string_view content, const std::string &file,
+                         const ScriptInputs &inputs, Errors &errors);
+
+// Reads one line by itself, which draws something. Throws Failure.
+ParsedScript ParseLine(std::string_view line, const ScriptInputs &inputs);
 
 } // namespace overlay

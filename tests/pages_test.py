@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Runs every block of code in README.md and docs/*.md, in a sandbox with an installed tree:
-pages_test.py BUILD SOURCE. Takes ffmpeg, and of GStreamer headers, modules and Python bindings."""
+"""Runs every block of code in README.md and docs/*.md, or in the pages that are named, in a sandbox
+with an installed tree: pages_test.py BUILD SOURCE [PAGE...]. Takes ffmpeg, and of GStreamer headers, modules and Python bindings."""
 import os
 import pathlib
 import re
@@ -16,8 +16,8 @@ FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
 BLOCK = re.compile(r"^```(.*)\n((?:.*\n)*?)```$|^\n((?:    .*\n)(?:(?:    .*)?\n)*)", re.M)
 # Too heavy for here and only looked for. .ci/run runs test, demo and all checks, but not bench.
 HEAVY = re.compile(r"scripts/[a-z]+|\.ci/run")
-# Indented blocks of docs/cbf.md that are read, not run.
-SHOWN = ("pixel = 0", "#...", "06 0a", "04 04", "43 42", "05 00", "02 00", "45 00")
+# Indented blocks that are read, not run.
+SHOWN = ("set alarm", "pixel = 0", "#...", "06 0a", "04 04", "43 42", "05 00", "02 00", "45 00")
 CHECK_C = "cc -xc -Wall -Wextra -Werror -Wno-unused-function -I. "
 RUN = {  # each block lies in a file of that name
     "sh": """bash -euo pipefail -c 'sudo() { [ "$1" = ldconfig ] || "$@"; }; . ./block'""",
@@ -84,7 +84,7 @@ def main(folder):
     given.mkdir()
     os.chdir(given)
     run("given", "", SET_UP)
-    for page in ["README.md", *sorted(f"docs/{path.name}" for path in source.glob("docs/*.md"))]:
+    for page in sys.argv[3:] or ["README.md", *sorted(f"docs/{path.name}" for path in source.glob("docs/*.md"))]:
         sandbox = pathlib.Path(folder, page.replace("/", "-"))
         sandbox.mkdir()
         os.chdir(sandbox)

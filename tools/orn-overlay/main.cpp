@@ -2,64 +2,32 @@
 // orn-overlay: burns the overlays of a script into a video, or into raw frames from standard input,
 // which go to standard output.
 #include "options.h"
+#include "overlays.h"
 #include "raw_frames.h"
 #include "report.h"
-#include "track_files.h"
 #include "video.h"
 
 #include "common/failure.h"
-#include "common/input_file.h"
 #include "common/program.h"
-#include "common/streams.h"
-#include "overlay/engine.h"
 
 #include <csignal>
-#include <string>
 
 #include <unistd.h>
 
 namespace {
 
-bool LoadTracks(overlay::Engine &engine, const Options &options) {
-    overlay::TrackSettings settings = options.tracks;
-    if (!options.classesPath.empty()) {
-        overlay::Errors errors;
-        settings.classes = overlay::ParseClassNames(tool::ReadText(options.classesPath),
-                                                    options.classesPath, errors);
-        if (!NoErrors(errors))
-            return false;
-    }
-    return NoErrors(engine.SetTracks(ReadTrackFiles(options.tracksPath), settings));
-}
-
-// False when something is wrong, of which it has told.
-bool Load(overlay::Engine &engine, const Options &options) {
-    if (!options.fontPath.empty() && !NoErrors(engine.SetFont(options.fontPath)))
-        return false;
-    const std::string script =
-        options.scriptPath.empty() ? std::string() : tool::ReadText(options.scriptPath);
-    const bool scriptIsRight = NoErrors(engine.SetScript(script, options.scriptPath));
-    if (options.tracksPath.empty())
-        return scriptIsRight;
-    return LoadTracks(engine, options) && scriptIsRight;
-}
-
-void DrawRawFrames(overlay::Engine &engine, const Options &options) {
+void DrawRawFrames(Overlays &overlays, const Options &options) {
     if (isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0)
         throw tool::Failure(
             tool::kBadUsage,
             "standard input and output are raw frames: use pipes or files, not a terminal");
-    TellFrames(engine, options.shape);
+    overlays.Begin(options.shape);
     const FrameRate rate = options.framesPerSecond.value_or(FrameRate());
     RawFrames frames(options);
-    const OrnMinRenderImage image = frames.Image();
     Report report(options);
-    for (int64_t number = 0; frames.Read(); ++number) {
-        const auto start = Report::Clock::now();
-        engine.Draw(image, number, rate.TimeOf(number));
-        report.Drawn(Report::Clock::now() - start,
-                     options.framesPerSecond ? rate.SecondsOf(number + 1) : 0);
-        TellNotes(engine);
+    for (int64_t number = 0; frames.ReadAhead(options.tracksDelay); ++number) {
+        const Report::Seconds drawing = overlays.Draw(frames.Image(), number, rate.TimeOf(number));
+        report.Drawn(drawing, options.framesPerSecond ? rate.SecondsOf(number + 1) : 0);
         frames.Write();
     }
     report.Finish("standard input");
@@ -70,17 +38,16 @@ int Run(int argc, char **argv) {
     const std::optional<Options> options = ReadOptions(argc, argv);
     if (!options)
         return 0;
-    overlay::Engine engine({OptionNames(), !options->tracksPath.empty(), options->shape.hasChroma,
-                            options->clock, PictureFileDecoder()});
-    if (!Load(engine, *options))
+    Overlays overlays(*options);
+    if (!overlays.Load())
         return tool::kBadData;
-    TellNotes(engine);
     if (options->check)
         return 0;
     if (options->input.empty())
-        DrawRawFrames(engine, *options);
+        DrawRawFrames(overlays, *options);
     else
-        DrawVideo(engine, *options);
+        DrawVideo(overlays, *options);
+    overlays.Finish();
     return 0;
 }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "picture_decoder.h"
 #include "video.h"
 
 #include "common/failure.h"
@@ -7,7 +8,7 @@ overlay::PictureDecoder PictureFileDecoder() {
     return nullptr;
 }
 
-void DrawVideo(overlay::Engine & /*engine*/, const Options & /*options*/) {
+void DrawVideo(Overlays & /*overlays*/, const Options & /*options*/) {
     throw tool::Failure(tool::kBadUsage,
                         "this build reads raw frames only, without -i and -o: it was "
                         "made with ORN_MIN_RENDER_VIDEO=OFF");

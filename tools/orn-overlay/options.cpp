@@ -18,7 +18,8 @@ constexpr double kMinRate = 0.001; // frames per second; these bounds keep {time
 constexpr double kMaxRate = 1e6;
 constexpr int64_t kMaxRatePart = 1000000;
 constexpr int64_t kMaxStride = 1 << 20;
-constexpr int64_t kMaxGap = 1000; // frames; bounds what filling them takes
+constexpr int64_t kMaxGap = 1000;   // frames; bounds what filling them takes
+constexpr int64_t kMaxDelay = 1000; // frames, each of which stays in memory
 constexpr int64_t kMaxFirstFrame = 1 << 30;
 constexpr int32_t kMaxSheetSide = 20;
 constexpr double kMaxSeconds = 1e7; // four months
@@ -189,6 +190,13 @@ void AddTrackOptions(CLI::App &app, Options &options) {
     app.add_option("--classes", options.classesPath,
                    "Names of classes, for tracks that have their numbers: a name a line")
         ->type_name("FILE");
+    tool::AddInteger(app, "--tracks-delay", options.tracksDelay, 0, kMaxDelay,
+                     "Read N frames more before drawing one: for detectors that see them, too,\n"
+                     "and write their boxes into a pipe")
+        ->type_name("N")
+        ->default_str("0");
+    app.add_flag("--latest", options.latestTracks,
+                 "Draw the boxes that came last through the pipe, and wait for none");
     tool::AddInteger(app, "--first-frame", options.tracks.firstFrame, 0, kMaxFirstFrame,
                      "The number that the file of tracks gives to the first frame, if not 1")
         ->type_name("N");
@@ -209,6 +217,14 @@ void AddClockOptions(CLI::App &app, Options &options, std::string &start) {
         ->type_name("TIME");
 }
 
+void AddLiveOptions(CLI::App &app, Options &options) {
+    app.add_flag("--watch", options.watch,
+                 "Read script and fonts again when they change (and always on SIGHUP)");
+    app.add_option("--control", options.controlPath,
+                   "Pipe for lines from another program: set NAME SCRIPT_LINE, clear NAME")
+        ->type_name("PIPE");
+}
+
 void AddOptions(CLI::App &app, Options &options) {
     app.add_option("script", options.scriptPath,
                    "What to draw (see below); may be left out with --tracks")
@@ -219,6 +235,7 @@ void AddOptions(CLI::App &app, Options &options) {
                    "Font of texts: a CBF file, or the name of an installed set such as sans")
         ->type_name("FONT");
     AddTrackOptions(app, options);
+    AddLiveOptions(app, options);
     app.add_option_function<std::string>(
            "--fps",
            [&options](const std::string &text) { options.framesPerSecond = ParseRate(text); },
@@ -263,12 +280,28 @@ void CheckVideoOptions(const CLI::App &app, const Options &options) {
         throw CLI::RequiredError("-o");
 }
 
+void CheckLiveOptions(const CLI::App &app, const Options &options) {
+    CheckTogether(app, {"--tracks-format", "--classes", "--tracks-delay", "--latest"},
+                  "is for tracked boxes (--tracks)", !options.tracksPath.empty());
+    CheckTogether(app, {"--tracks-delay", "--max-gap"},
+                  "is not for --latest, which waits for nothing", !options.latestTracks);
+    CheckTogether(app, {"--watch"}, "needs a script to read again", !options.scriptPath.empty());
+    const bool readsFrames = options.input.empty() || options.input == "-";
+    const bool isTaken = !options.check && readsFrames;
+    for (const auto &[name, path] :
+         {std::pair("--tracks", options.tracksPath), std::pair("--control", options.controlPath)})
+        if (path == "-" && isTaken)
+            throw CLI::ValidationError(name, "standard input is where the frames come from: name a "
+                                             "pipe");
+    if (options.tracksPath == "-" && options.controlPath == "-")
+        throw CLI::ValidationError("--control", "standard input is where the tracks come from");
+}
+
 void CheckOptions(const CLI::App &app, const std::string &start, Options &options) {
-    if (options.scriptPath.empty() && options.tracksPath.empty())
-        throw CLI::RequiredError("SCRIPT (or --tracks)");
+    if (options.scriptPath.empty() && options.tracksPath.empty() && options.controlPath.empty())
+        throw CLI::RequiredError("SCRIPT (or --tracks, or --control)");
     CheckVideoOptions(app, options);
-    CheckTogether(app, {"--tracks-format", "--classes"}, "is for tracked boxes (--tracks)",
-                  !options.tracksPath.empty());
+    CheckLiveOptions(app, options);
     if (options.input.empty() && options.shape.width == 0 && !options.check)
         throw CLI::RequiredError("--size (or -i)");
     if (app.count("--start") > 0) {

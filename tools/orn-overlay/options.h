@@ -50,6 +50,10 @@ struct Options {
     std::string fontPath;
     std::string tracksPath;
     std::string classesPath;
+    int64_t tracksDelay = 0;   // frames that wait for live tracks
+    bool latestTracks = false; // live tracks are not waited for
+    std::string controlPath;   // empty: none
+    bool watch = false;
     overlay::TrackSettings tracks;
     overlay::ClockSettings clock;
     overlay::FrameShape shape; // with a size for raw frames, unless check is set

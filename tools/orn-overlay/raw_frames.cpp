@@ -16,16 +16,37 @@
 RawFrames::RawFrames(const Options &options)
     : input(options.shape, options.inputStride),
       output(options.shape, options.outputStride.value_or(options.inputStride)),
-      frame(options.shape, input, output) {
+      shape(options.shape) {
+    spare.emplace_back(shape, input, output);
     const size_t bytes = std::max(input.Bytes(), output.Bytes());
-    rows.resize(frame.HasLayout(input) && frame.HasLayout(output) ? 0 : bytes);
+    rows.resize(spare[0].HasLayout(input) && spare[0].HasLayout(output) ? 0 : bytes);
+}
+
+bool RawFrames::ReadAhead(int64_t behind) {
+    try {
+        while (!ended && static_cast<int64_t>(waiting.size()) <= behind) {
+            if (spare.empty())
+                spare.emplace_back(shape, input, output);
+            ended = !Read(spare.front());
+            if (ended)
+                break;
+            waiting.push_back(std::move(spare.front()));
+            spare.pop_front();
+        }
+    } catch (...) {
+        failure = std::current_exception();
+        ended = true;
+    }
+    if (waiting.empty() && failure)
+        std::rethrow_exception(failure);
+    return !waiting.empty();
 }
 
 OrnMinRenderImage RawFrames::Image() {
-    return frame.Image();
+    return waiting.front().Image();
 }
 
-size_t RawFrames::ReadBytes() {
+size_t RawFrames::ReadBytes(overlay::FrameMemory &frame) {
     const auto read = [](uint8_t *bytes, size_t size) {
         return tool::ReadFully(STDIN_FILENO, bytes, size);
     };
@@ -41,8 +62,8 @@ size_t RawFrames::ReadBytes() {
     return bytes;
 }
 
-bool RawFrames::Read() {
-    const size_t bytes = ReadBytes();
+bool RawFrames::Read(overlay::FrameMemory &frame) {
+    const size_t bytes = ReadBytes(frame);
     if (bytes < input.Bytes() && errno)
         throw tool::SystemFailure("standard input");
     if (bytes > 0 && bytes < input.Bytes())
@@ -54,7 +75,7 @@ bool RawFrames::Read() {
     return bytes > 0;
 }
 
-bool RawFrames::WriteBytes() {
+bool RawFrames::WriteBytes(overlay::FrameMemory &frame) {
     const auto write = [](const uint8_t *bytes, size_t size) {
         return tool::WriteFully(STDOUT_FILENO, bytes, size) ? size : 0;
     };
@@ -69,8 +90,10 @@ bool RawFrames::WriteBytes() {
     return write(rows.data(), output.Bytes()) == output.Bytes();
 }
 
-// Nothing is held back, so that a reader sees the frame before the next one has come.
+// What is written is not held back, so that a reader sees the frame before the next one has come.
 void RawFrames::Write() {
-    if (!WriteBytes())
+    if (!WriteBytes(waiting.front()))
         throw tool::SystemFailure("standard output");
+    spare.push_back(std::move(waiting.front()));
+    waiting.pop_front();
 }

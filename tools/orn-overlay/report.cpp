@@ -31,16 +31,6 @@ bool NoErrors(const overlay::Errors &errors) {
     return errors.empty();
 }
 
-void TellNotes(overlay::Engine &engine) {
-    for (const overlay::Error &note : engine.TakeNotes())
-        tool::Say(kProgram, "note: " + note.Message());
-}
-
-void TellFrames(overlay::Engine &engine, const overlay::FrameShape &shape) {
-    if (!NoErrors(engine.SetFrames(shape)))
-        throw tool::Failure(tool::kBadData, "nothing is drawn");
-}
-
 Report::Report(const Options &all)
     : options(all), terminal(isatty(STDERR_FILENO) != 0),
       progress(terminal && WritesFile(options)) {

@@ -13,12 +13,6 @@
 // Tells of all errors; true when there are none.
 bool NoErrors(const overlay::Errors &errors);
 
-// Tells what the engine noted since the last time.
-void TellNotes(overlay::Engine &engine);
-
-// SetFrames, whose errors are told. Throws tool::Failure then.
-void TellFrames(overlay::Engine &engine, const overlay::FrameShape &shape);
-
 class Report {
   public:
     using Clock = std::chrono::steady_clock;

@@ -3,6 +3,8 @@
 // left to do: unlink() and raise() may be called there.
 #include "target_file.h"
 
+#include "signals.h"
+
 #include <csignal>
 #include <filesystem>
 
@@ -14,12 +16,11 @@ constexpr int kEndingSignals[] = {SIGHUP, SIGINT, SIGTERM};
 
 const char *removedBySignal = nullptr; // null: nothing
 volatile std::sig_atomic_t endsFilm = 0;
-volatile std::sig_atomic_t stopRequested = 0;
 
 void HandleSignal(int number) {
     std::signal(number, SIG_DFL);
     if (endsFilm) {
-        stopRequested = 1;
+        RequestStop();
         return;
     }
     if (removedBySignal)
@@ -72,8 +73,4 @@ TargetFile::~TargetFile() {
 void TargetFile::Publish() {
     if (file)
         file->Publish();
-}
-
-bool StopRequested() {
-    return stopRequested != 0;
 }

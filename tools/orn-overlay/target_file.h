@@ -7,7 +7,8 @@
 #include <memory>
 #include <string>
 
-// While it lives, SIGINT, SIGTERM and SIGHUP remove the temporary file and end the program. Where
+// While it lives, SIGINT, SIGTERM and SIGHUP (unless HandleReloads comes after it) remove the
+// temporary file and end the program. Where
 // partial films are kept, the first of them asks the program to end the film (StopRequested), and
 // only the next one ends the program. There is one such object at a time.
 class TargetFile {
@@ -33,5 +34,3 @@ class TargetFile {
     std::unique_ptr<tool::OutputFile> file;
     const bool keeps;
 };
-
-bool StopRequested();

@@ -20,6 +20,8 @@ std::optional<int64_t> NumberOf(const std::filesystem::path &path) {
 } // namespace
 
 std::vector<overlay::TrackFile> ReadTrackFiles(const std::string &path) {
+    if (path == "-")
+        return {{tool::ReadText("/dev/stdin"), "standard input"}};
     std::error_code error;
     if (!std::filesystem::is_directory(path, error))
         return {{tool::ReadText(path), path}};

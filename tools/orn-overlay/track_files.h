@@ -7,6 +7,6 @@
 #include <string>
 #include <vector>
 
-// A file; of a folder, all files *.txt whose names end in the number of a frame, as detectors write
-// YOLO's format. Throws tool::Failure.
+// A file, or - for standard input; of a folder, all files *.txt whose names end in the number of a
+// frame, as detectors write YOLO's format. Throws tool::Failure.
 std::vector<overlay::TrackFile> ReadTrackFiles(const std::string &path);

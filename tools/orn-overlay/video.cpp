@@ -4,6 +4,7 @@
 #include "video.h"
 
 #include "report.h"
+#include "signals.h"
 #include "target_file.h"
 #include "video_painter.h"
 #include "video_picture.h"
@@ -11,7 +12,6 @@
 #include "common/output_file.h"
 #include "common/streams.h"
 #include "common/text.h"
-#include "overlay/ffmpeg_pictures.h"
 
 #include <unistd.h>
 
@@ -39,15 +39,15 @@ FilmTarget TargetOf(const Options &options, const TargetFile &file) {
 
 class FilmMaker {
   public:
-    FilmMaker(overlay::Engine &withEngine, const Options &options)
-        : engine(withEngine), report(options),
+    FilmMaker(Overlays &withOverlays, const Options &all)
+        : overlays(withOverlays), options(all), report(options),
           file(options.output == "-" ? "" : options.output, options.keepPartial), clip(options),
           fitting(clip, options), film(clip, fitting.Shape(), TargetOf(options, file)) {
     }
 
     // Throws what went wrong; a film that is to be kept nevertheless is finished before.
     void Make() {
-        TellFrames(engine, fitting.Shape().frames);
+        overlays.Begin(fitting.Shape().frames);
         report.Expect(clip.Length());
         std::exception_ptr failure = Draw();
         if (!failure || file.KeepsPartial())
@@ -60,7 +60,8 @@ class FilmMaker {
   private:
     // What went wrong, if anything did.
     std::exception_ptr Draw() {
-        Painter painter(engine, fitting.Shape().frames, film, report);
+        Painter painter(overlays, fitting.Shape().frames, film, report,
+                        static_cast<size_t>(options.tracksDelay));
         try {
             while (std::optional<ClipItem> item = clip.Read()) {
                 FramePtr &frame = item->picture.frame;
@@ -95,7 +96,8 @@ class FilmMaker {
         report.Finish(clip.Name());
     }
 
-    overlay::Engine &engine;
+    Overlays &overlays;
+    const Options &options;
     Report report;
     TargetFile file;
     Clip clip;
@@ -105,16 +107,11 @@ class FilmMaker {
 
 } // namespace
 
-overlay::PictureDecoder PictureFileDecoder() {
-    KeepLibraryMessages();
-    return overlay::DecodePicture;
-}
-
-void DrawVideo(overlay::Engine &engine, const Options &options) {
+void DrawVideo(Overlays &overlays, const Options &options) {
     KeepLibraryMessages();
     CheckFiles(options);
     if (options.frame || options.sheet)
-        MakePicture(engine, options);
+        MakePicture(overlays, options);
     else
-        FilmMaker(engine, options).Make();
+        FilmMaker(overlays, options).Make();
 }

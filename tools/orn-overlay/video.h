@@ -4,12 +4,7 @@
 #pragma once
 
 #include "options.h"
+#include "overlays.h"
 
-#include "overlay/engine.h"
-
-// The engine has its script, fonts and tracks, and will be told of the frames. Throws
-// tool::Failure.
-void DrawVideo(overlay::Engine &engine, const Options &options);
-
-// Reads PNG and JPEG files for the engine; null without FFmpeg's libraries.
-overlay::PictureDecoder PictureFileDecoder();
+// The overlays are loaded, and begin here. Throws tool::Failure.
+void DrawVideo(Overlays &overlays, const Options &options);

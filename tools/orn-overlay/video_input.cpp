@@ -3,7 +3,7 @@
 // decoded, and time stamps are kept where sums of them can't overflow.
 #include "video_input.h"
 
-#include "target_file.h"
+#include "signals.h"
 
 #include "common/text.h"
 

@@ -6,13 +6,14 @@ namespace {
 
 constexpr size_t kMaxFrames = 2;
 constexpr size_t kMaxItems = 256;
+constexpr size_t kItemsOfFrame = 8; // of sound, mostly
 
 } // namespace
 
-Painter::Painter(overlay::Engine &withEngine, const overlay::FrameShape &shape, Film &intoFilm,
-                 Report &toReport)
-    : engine(withEngine), canvas(shape, intoFilm.Layout()), film(intoFilm), report(toReport),
-      thread([this] { Run(); }) {
+Painter::Painter(Overlays &withOverlays, const overlay::FrameShape &shape, Film &intoFilm,
+                 Report &toReport, size_t framesToWait)
+    : overlays(withOverlays), delay(framesToWait), canvas(shape, intoFilm.Layout()), film(intoFilm),
+      report(toReport), thread([this] { Run(); }) {
 }
 
 Painter::~Painter() {
@@ -22,7 +23,8 @@ Painter::~Painter() {
 bool Painter::Push(ClipItem item) {
     std::unique_lock<std::mutex> guard(lock);
     changed.wait(guard, [this] {
-        return failure || (waitingFrames < kMaxFrames && items.size() < kMaxItems);
+        return failure || (waitingFrames < kMaxFrames + delay &&
+                           items.size() < kMaxItems + kItemsOfFrame * delay);
     });
     if (failure)
         return false;
@@ -73,9 +75,7 @@ void Painter::Work(ClipItem item) {
     }
     ClipFrame &picture = item.picture;
     const OrnMinRenderImage image = canvas.Place(std::move(picture.frame));
-    const auto start = Report::Clock::now();
-    engine.Draw(image, picture.number, picture.time);
-    report.Drawn(Report::Clock::now() - start, picture.EndSeconds());
-    TellNotes(engine);
+    const Report::Seconds drawing = overlays.Draw(image, picture.number, picture.time);
+    report.Drawn(drawing, picture.EndSeconds());
     film.WriteFrame(canvas.Take(), picture.pts, picture.duration);
 }

@@ -2,12 +2,11 @@
 // Draws and encodes in a thread of its own, while the caller decodes what comes next.
 #pragma once
 
+#include "overlays.h"
 #include "report.h"
 #include "video_canvas.h"
 #include "video_input.h"
 #include "video_output.h"
-
-#include "overlay/engine.h"
 
 #include <condition_variable>
 #include <deque>
@@ -17,9 +16,10 @@
 
 class Painter {
   public:
-    // Uses these from its thread until Finish.
-    Painter(overlay::Engine &withEngine, const overlay::FrameShape &shape, Film &intoFilm,
-            Report &toReport);
+    // Uses these from its thread until Finish. More frames may wait than are needed for two threads
+    // to work: for tracks that come so late.
+    Painter(Overlays &withOverlays, const overlay::FrameShape &shape, Film &intoFilm,
+            Report &toReport, size_t framesToWait);
     ~Painter();
     Painter(const Painter &) = delete;
     Painter &operator=(const Painter &) = delete;
@@ -36,7 +36,8 @@ class Painter {
     std::optional<ClipItem> Next();
     void Work(ClipItem item);
 
-    overlay::Engine &engine;
+    Overlays &overlays;
+    const size_t delay;
     VideoCanvas canvas;
     Film &film;
     Report &report;

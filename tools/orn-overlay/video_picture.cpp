@@ -45,14 +45,14 @@ void CheckReached(const Options &options, const Clip &clip, const ClipFrame &las
 
 class PictureMaker {
   public:
-    PictureMaker(overlay::Engine &withEngine, const Options &all)
-        : engine(withEngine), options(all), clip(options), fitting(clip, options),
+    PictureMaker(Overlays &withOverlays, const Options &all)
+        : overlays(withOverlays), options(all), clip(options), fitting(clip, options),
           canvas(fitting.Shape().frames, AV_PIX_FMT_NV12),
           picture(fitting.Shape(), options.sheet.value_or(Sheet())) {
     }
 
     void Make() {
-        TellFrames(engine, fitting.Shape().frames);
+        overlays.Begin(fitting.Shape().frames);
         const std::vector<Moment> moments = MomentsOf(options, clip);
         size_t done = 0;
         std::optional<ClipFrame> shown = clip.ReadFrame();
@@ -75,13 +75,12 @@ class PictureMaker {
         if (times == 0)
             return;
         const OrnMinRenderImage image = canvas.Place(fitting.Fit(std::move(shown.frame)));
-        engine.Draw(image, shown.number, shown.time);
-        TellNotes(engine);
+        overlays.Draw(image, shown.number, shown.time);
         for (; times > 0; --times)
             picture.Add(image);
     }
 
-    overlay::Engine &engine;
+    Overlays &overlays;
     const Options &options;
     Clip clip;
     Fitting fitting;
@@ -91,9 +90,9 @@ class PictureMaker {
 
 } // namespace
 
-void MakePicture(overlay::Engine &engine, const Options &options) {
+void MakePicture(Overlays &overlays, const Options &options) {
     if (std::filesystem::path(options.output).extension() != ".png")
         throw tool::Failure(tool::kBadUsage,
                             options.output + ": a picture's name should end in .png");
-    PictureMaker(engine, options).Make();
+    PictureMaker(overlays, options).Make();
 }

@@ -3,8 +3,7 @@
 #pragma once
 
 #include "options.h"
-
-#include "overlay/engine.h"
+#include "overlays.h"
 
 // The frame or the sheet that the options ask for. Throws tool::Failure.
-void MakePicture(overlay::Engine &engine, const Options &options);
+void MakePicture(Overlays &overlays, const Options &options);

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+// Once who wrote has closed a FIFO, another may open it, so its end is no end.
+#include "control_pipe.h"
+
+#include "options.h"
+#include "report.h"
+
+#include "common/failure.h"
+
+#include <cerrno>
+#include <utility>
+
+#include <fcntl.h>
+#include <poll.h>
+
+namespace {
+
+constexpr size_t kMaxLine = 65536;
+constexpr size_t kMaxBytes = 1 << 20; // for one frame
+
+int Open(const std::string &path) {
+    return path == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                       : open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+}
+
+bool HasBytes(int descriptor) {
+    pollfd waiting = {descriptor, POLLIN, 0};
+    return poll(&waiting, 1, 0) > 0 && (waiting.revents & POLLIN) != 0;
+}
+
+} // namespace
+
+ControlPipe::ControlPipe(const std::string &path)
+    : name(path == "-" ? "standard input" : path), file(Open(path)) {
+    if (file.number < 0)
+        throw tool::SystemFailure(name);
+}
+
+void ControlPipe::Apply(overlay::Engine &engine) {
+    char bytes[65536];
+    for (size_t taken = 0; taken < kMaxBytes && HasBytes(file.number);) {
+        const ssize_t count = read(file.number, bytes, sizeof bytes);
+        if (count < 0 && errno != EINTR && errno != EAGAIN)
+            throw tool::SystemFailure(name);
+        if (count <= 0)
+            return;
+        Take(engine, {bytes, static_cast<size_t>(count)});
+        taken += static_cast<size_t>(count);
+    }
+}
+
+void ControlPipe::Take(overlay::Engine &engine, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const size_t end = bytes.find('\n');
+        const std::string_view piece = bytes.substr(0, end);
+        tooLong = tooLong || partial.size() + piece.size() > kMaxLine;
+        if (!tooLong)
+            partial.append(piece);
+        bytes.remove_prefix(end == std::string_view::npos ? bytes.size() : end + 1);
+        if (end == std::string_view::npos)
+            return;
+        ++lineNumber;
+        const std::string line = std::exchange(partial, {});
+        if (std::exchange(tooLong, false))
+            NoErrors({{name, lineNumber, "the line has more than 65536 bytes"}});
+        else
+            NoErrors(engine.Control(line, name, lineNumber));
+    }
+}

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+// Lines from another program that change overlays between two frames.
+#pragma once
+
+#include "overlay/engine.h"
+
+#include "common/descriptor.h"
+
+#include <string>
+
+class ControlPipe {
+  public:
+    // A pipe (FIFO), a file, or - for standard input. Doesn't wait for who writes. Throws
+    // tool::Failure.
+    explicit ControlPipe(const std::string &path);
+
+    // Gives the engine the lines that have come, whole ones only, and tells what is wrong with
+    // them. Never waits; of a flood, it takes a part.
+    void Apply(overlay::Engine &engine);
+
+  private:
+    void Take(overlay::Engine &engine, std::string_view bytes);
+
+    std::string name;
+    tool::Descriptor file;
+    std::string partial;
+    bool tooLong = false;
+    size_t lineNumber = 0;
+};
