@@ -102,6 +102,24 @@ class Kernels : public testing::Test {
     Rooms rooms;
 };
 
+#if defined(__x86_64__) && defined(ORN_ALL_SETS)
+// The compiler's runtime asks the processor for itself. A set too few would only be slower, one too
+// many ends the program, but on other machines than this one.
+TEST_F(Kernels, SetsAreThoseOfTheProcessor) {
+    const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") &&
+                      __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
+    const bool avx512 = avx2 && __builtin_cpu_supports("avx512f") &&
+                        __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl");
+    std::vector<kernels::Set> expected = {kernels::Set::Plain};
+    if (avx2)
+        expected.push_back(kernels::Set::Avx2);
+    if (avx512)
+        expected.push_back(kernels::Set::Avx512);
+    EXPECT_EQ(Sets(), expected);
+    EXPECT_EQ(kernels::Best(), expected.back());
+}
+#endif
+
 TEST_F(Kernels, FillRows) {
     ForSets([&](kernels::Set set) {
         for (const bool luma : {true, false})
