@@ -60,6 +60,8 @@ Problems Drawing::Load(const Wishes &wishes) {
         Add(problems, SetScript(wishes));
     if ((wishes.changed & kTracks) != 0)
         Add(problems, SetTracks(wishes.tracksLocation));
+    for (const std::string &line : wishes.controlLines)
+        Add(problems, engine.Control(line, "control", 0));
     return problems;
 }
 

@@ -18,6 +18,7 @@ constexpr Inputs kFont = 1;
 constexpr Inputs kScript = 2;
 constexpr Inputs kTracks = 4;
 constexpr Inputs kAllInputs = kFont | kScript | kTracks;
+constexpr Inputs kControl = 8;
 
 struct Switches {
     bool drawRegions = true;
@@ -30,6 +31,7 @@ struct Wishes {
     std::string scriptLocation;
     std::string tracksLocation;
     std::optional<std::string> script; // in place of the file
+    std::vector<std::string> controlLines; // since they were taken
     Switches switches;
     Inputs changed = kAllInputs; // since they were loaded
 };

@@ -15,6 +15,8 @@ GST_DEBUG_CATEGORY_STATIC(orn_overlay_debug);
 
 namespace {
 
+constexpr size_t kMaxControlLines = 10000; // that wait, should no frame come
+
 // Everything of the element that GObject does not allocate.
 struct State {
     Wishes wishes; // under the object's lock
@@ -105,6 +107,7 @@ Wishes TakeWishes(OrnOverlay *self) {
     const ObjectLock lock(self);
     Wishes taken = self->state->wishes;
     self->state->wishes.changed = 0;
+    self->state->wishes.controlLines.clear();
     return taken;
 }
 
@@ -266,6 +269,15 @@ void GetProperty(GObject *object, guint id, GValue *value, GParamSpec *spec) {
     }
 }
 
+void Control(OrnOverlay *self, const gchar *line) {
+    const ObjectLock lock(self);
+    Wishes &wishes = self->state->wishes;
+    if (!line || wishes.controlLines.size() == kMaxControlLines)
+        return;
+    wishes.controlLines.emplace_back(line);
+    wishes.changed |= kControl;
+}
+
 void Finalise(GObject *object) {
     delete SelfOf(object)->state;
     G_OBJECT_CLASS(orn_overlay_parent_class)->finalize(object);
@@ -309,6 +321,13 @@ void AddProperties(GObjectClass *object) {
               "Draw; otherwise frames pass as they are, and are counted");
 }
 
+// "set NAME LINE" or "clear NAME", to be done before the next frame; what is wrong is posted then.
+void AddSignals(GType type) {
+    g_signal_new_class_handler(
+        "control", type, static_cast<GSignalFlags>(G_SIGNAL_RUN_LAST | G_SIGNAL_ACTION),
+        G_CALLBACK(Control), nullptr, nullptr, nullptr, G_TYPE_NONE, 1, G_TYPE_STRING);
+}
+
 void AddPads(GstElementClass *element) {
     const GstPadDirection directions[] = {GST_PAD_SINK, GST_PAD_SRC};
     GstCaps *caps = gst_caps_from_string(ORN_VIDEO_CAPS);
@@ -327,6 +346,7 @@ static void orn_overlay_class_init(OrnOverlayClass *klass) {
     object->get_property = GetProperty;
     object->finalize = Finalise;
     AddProperties(object);
+    AddSignals(G_TYPE_FROM_CLASS(klass));
 
     GstElementClass *element = GST_ELEMENT_CLASS(klass);
     gst_element_class_set_static_metadata(

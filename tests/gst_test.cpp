@@ -162,6 +162,17 @@ TEST(Gst, Properties) {
     EXPECT_EQ(made.Told(GST_MESSAGE_WARNING), "script:3: unknown command 'blob' (and 1 more)");
     EXPECT_EQ(made.DrawnIn(8), "1");
     EXPECT_EQ(made.Told(GST_MESSAGE_WARNING), ""); // it is told once
+    const auto control = [&made](const std::string &line) {
+        g_signal_emit_by_name(made.element, "control", line.c_str());
+    };
+    control("set a " + Fill("*", 7));
+    control("set b " + Fill("*", 4));
+    control("set a " + Fill("*", 3));
+    EXPECT_EQ(made.DrawnIn(9), "1 3 4");
+    control("clear b");
+    control("clear c");
+    EXPECT_EQ(made.DrawnIn(10), "1 3");
+    EXPECT_EQ(made.Told(GST_MESSAGE_WARNING), "control: there is no 'c' to clear");
     gchar *text = nullptr;
     g_object_get(made.element, "script-location", &text, nullptr);
     EXPECT_EQ(text, script.path);
