@@ -128,7 +128,7 @@ TEST(OverlayShapes, ThickLines) {
         const auto first = depth(0, 2), second = depth(2, 4), last = depth(4, 0);
         ExpectShape("* line" + Numbers({c[0], c[1], c[2], c[3]}) + size, first);
         std::string points;
-        for (const size_t i : {0, 2, 4})
+        for (const size_t i : {size_t{0}, size_t{2}, size_t{4}})
             points += " " + std::to_string(c[i]) + "," + std::to_string(c[i + 1]);
         ExpectShape("* polyline" + size + points,
                     [&](double x, double y) { return std::max(first(x, y), second(x, y)); });
