@@ -51,6 +51,7 @@ build_packages="g++ cmake ninja-build libfreetype-dev libcli11-dev nlohmann-json
 libavcodec-dev libavfilter-dev libswscale-dev libavutil-dev"
 gstreamer_packages="libgstreamer-plugins-base1.0-dev gstreamer1.0-plugins-base
     gir1.2-gst-plugins-base-1.0 python3-gst-1.0"
+python_packages="python3-numpy python3-av python3-venv mypy"
 
 # build FOLDER [--target TARGET] [CMAKE ARGUMENTS]: configures once (and again when the arguments
 # change) and builds all, or the target alone.

@@ -18,8 +18,8 @@ DESTDIR=$work/staged cmake --install "$build" >log
 prefix=$(sed -n 's/^CMAKE_INSTALL_PREFIX:PATH=//p' "$build/CMakeCache.txt")
 mv "staged$prefix" tree
 so=$(find "$work/tree" -name liborn_min_render.so) lib=${so%/*}
-# The pages may: they name folders that are the same everywhere.
-! grep -rI --exclude-dir=man -e "$work" -e "$prefix/" -e "$build" tree || fail "a file names a folder"
+# The pages, and what looks for fonts, may: they name folders that are the same everywhere.
+! grep -rI --exclude-dir=man --exclude=_font.py -e "$work" -e "$prefix/" -e "$build" tree || fail "a file names a folder"
 [ "$(readlink "$so"):$(readlink "$so.1")" = "${so##*/}.1:${so##*/}.$version" ] ||
     fail "the names of the shared object do not lead to ${so##*/}.$version"
 readelf -d "$so" | grep -q 'SONAME.*\[liborn_min_render.so.1\]' || fail "another SONAME"
@@ -29,6 +29,17 @@ grep -q "^orn-min-render ($version)" "$source/packaging/debian/changelog" ||
 for page in "$source"/docs/man/*.[1-9]; do
     [ -f "tree/share/man/man${page##*.}/${page##*/}" ] || fail "$page is not installed"
 done
+
+# The Python package finds the library of its own tree.
+package=$(find "$work/tree" -path '*-packages/orn_min_render')
+if [ "$package" ]; then
+    (cd / && PYTHONPATH=${package%/*} python3 -B - "$so.1") <<'PYTHON' || fail "the Python package does not draw"
+import sys, orn_min_render
+orn_min_render.draw_detections(orn_min_render.Frame.nv12(bytearray(99), 8, 8), [(1, 1, 7, 7)])
+assert orn_min_render._library.path() == sys.argv[1]
+PYTHON
+    ! find "$package" ! -name '*.py' ! -name py.typed -type f | grep . || fail "these are not of the package"
+fi
 
 # CMake finds it; the tools run without LD_LIBRARY_PATH, the examples in C and C++ as they are built.
 export PKG_CONFIG_PATH="$lib/pkgconfig"

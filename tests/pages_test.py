@@ -26,6 +26,7 @@ RUN = {  # each block lies in a file of that name
              "cp ../examples/labelled_box.c my_program.c; cmake . && make",
     "gst": "echo '#include <orn_min_render.h>' | cat - block >gst.c; " + CHECK_C +
            "-fsyntax-only gst.c $(pkg-config --cflags orn_min_render gstreamer-video-1.0)",
+    "package": "/usr/bin/python3 -B block",
     "pipeline": "/usr/bin/python3 block && test -s ball.webm",
     "recipe": "cat block >>recipes.h",
     "end": CHECK_C + "tests/recipes_run.c -o run -pthread "
@@ -47,7 +48,8 @@ def run(where, text, command):
 def kind_of(language, text, page):
     first = text.split()[0]
     if language:
-        return ("gst" if "gst/" in text else "pipeline" if "import gi" in text
+        return ("package" if "from orn_min_render" in text else
+                "gst" if "gst/" in text else "pipeline" if "import gi" in text
                 else "recipe" if page == "docs/recipes.md" else language)
     return ("text" if text.startswith(SHOWN) else "overlays" if first[0] in "*0123456789"
             else "sh" if HEAVY.match(first) or shutil.which(first) else "unknown")
@@ -77,6 +79,7 @@ def main(folder):
         PATH=f"{tree}/bin:{os.environ['PATH']}", LD_LIBRARY_PATH=f"{tree}/lib",
         GST_PLUGIN_PATH=f"{tree}/lib/gstreamer-1.0", GST_REGISTRY=f"{folder}/registry",
         PKG_CONFIG_PATH=f"{tree}/lib/pkgconfig", CMAKE_PREFIX_PATH=tree, DESTDIR=f"{folder}/root",
+        PYTHONPATH=f"{tree}/lib/python3/dist-packages",
         XDG_DATA_DIRS=f"{tree}/share:/usr/share", CMAKE_BUILD_TYPE="Debug", MAKEFLAGS="-j2")
     subprocess.run(["cmake", "--install", build, "--prefix", tree], check=True,
                    env=dict(os.environ, DESTDIR=""), stdout=subprocess.DEVNULL)
