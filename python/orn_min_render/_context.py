@@ -95,26 +95,26 @@ class Context:
                    dashed: bool = False) -> None:
         """A horizontal line over columns x0 up to but not including x1. [DrawHLine]"""
         where = int32("x0", x0), int32("x1", x1), int32("y", y)
-        self._paint(_hline, frame, where, colour, (int(dashed),))
+        self._paint(_hline, frame, where, colour, (int(bool(dashed)),))
 
     def draw_vline(self, frame: Frame, x: int, y0: int, y1: int, colour: ColourLike, *,
                    dashed: bool = False) -> None:
         """A vertical line over rows y0 up to but not including y1. [DrawVLine]"""
         where = int32("x", x), int32("y0", y0), int32("y1", y1)
-        self._paint(_vline, frame, where, colour, (int(dashed),))
+        self._paint(_vline, frame, where, colour, (int(bool(dashed)),))
 
     def draw_line(self, frame: Frame, start: Position, end: Position, colour: ColourLike, *,
                   dashed: bool = False) -> None:
         """A line from one point to another, both included. [DrawLine]"""
         where = _point("start", start), _point("end", end)
-        self._paint(_line, frame, where, colour, (int(dashed),))
+        self._paint(_line, frame, where, colour, (int(bool(dashed)),))
 
     # Shapes
 
     def draw_frame(self, frame: Frame, rect: Corners, colour: ColourLike, *,
                    dashed: bool = False) -> None:
         """The outline of a rectangle whose right column and bottom row are included. [DrawFrame]"""
-        self._paint(_frame, frame, (ints("rect", rect, 4),), colour, (int(dashed),))
+        self._paint(_frame, frame, (ints("rect", rect, 4),), colour, (int(bool(dashed)),))
 
     def fill_rect(self, frame: Frame, rect: Corners, colour: ColourLike) -> None:
         """A filled rectangle up to but not including right and bottom. [FillRect]"""
@@ -151,6 +151,7 @@ class Context:
     def blit(self, frame: Frame, rect: Corners, source: Frame, position: Position = (0, 0)) -> None:
         """Copies pixels of another frame, from position on, into a rectangle. A plane that either frame
         lacks is left out. The two must not lie in the same memory. [Blt]"""
+        self._handle()
         corners = Rect.from_buffer(numbers("rect", rect, 4))
         start = _point("position", position)
         images, others = planes_of(frame), planes_of(source)
@@ -169,6 +170,7 @@ class Context:
         semi_transparent: paints the average of colour and picture. [DrawBitmap,
             DrawBitmapSemiTransparent]
         """
+        self._handle()
         columns, lines, data = index(width), index(height), words(bits)
         if not (0 < columns < 2**15 and 0 < lines < 2**15):
             raise ValueError(f"a bitmap of {columns} x {lines}: expected sides of 1..32767")
@@ -183,6 +185,7 @@ class Context:
                   line_start: Optional[int] = None) -> tuple[int, int, int, int]:
         """The rectangle, right and bottom excluded, that holds a text and where its pen starts. Outlines
         reach up to 3 pixels further. pen, line_start: as in `draw_text`. [GetTextRect]"""
+        self._handle()
         chosen, start, rect = font_of(font), numbers("pen", pen, 2), Rect()
         line = _line_start(chosen, start, line_start)
         _get_text_rect(None, handle_of(chosen), encoded(text), first(start), line, byref(rect))
@@ -229,6 +232,7 @@ class Context:
         bitmap: rows of (width + 31) // 32 words of 32 bits, the least significant bit leftmost. What
             lies past its end counts as clear. [TextBitmap]
         """
+        self._handle()
         sides, data = numbers("box", box, 4, "b"), words(bitmap)
         image, at = images_of(frame)[0], ints("pen", pen, 2)
         ink = colour_in(frame.space, colour).y
@@ -239,24 +243,28 @@ class Context:
 
     def set_luma(self, frame: Frame, x: int, y: int, luma: int) -> None:
         """Sets one pixel of the luma to 0..255. IndexError outside the frame. [SetYPixel]"""
+        self._handle()
         image, ink = images_of(frame)[0], byte("luma", luma)
         within("x, y", (x, y), (frame.width - 1, frame.height - 1))
         _set_luma(image, index(x), index(y), ink)
 
     def set_chroma(self, frame: Frame, x: int, y: int, colour: ColourLike) -> None:
         """Sets one sample of the chroma, of 2 x 2 pixels; x and y count samples. [SetUVPixel]"""
+        self._handle()
         image, ink = _chroma_of(frame), colour_in(frame.space, colour)
         within("x, y", (x, y), ((frame.width - 1) // 2, (frame.height - 1) // 2))
         _set_chroma(image, index(x), index(y), ink)
 
     def draw_luma_spans(self, frame: Frame, spans: Iterable[Iterable[int]], luma: int) -> None:
         """Paints runs of luma. spans: N x 3, (x0, x1, y), x1 excluded. [DrawScanlinesY8]"""
+        self._handle()
         image, ink = images_of(frame)[0], byte("luma", luma)
         _draw_spans(_luma_spans, image, spans, (frame.width, frame.height), ink)
 
     def draw_chroma_spans(self, frame: Frame, spans: Iterable[Iterable[int]],
                           colour: ColourLike) -> None:
         """Paints runs of chroma. spans: as in `draw_luma_spans`, in samples. [DrawScanlinesUV]"""
+        self._handle()
         image, ink = _chroma_of(frame), colour_in(frame.space, colour)
         sides = (frame.width + 1) // 2, (frame.height + 1) // 2
         _draw_spans(_chroma_spans, image, spans, sides, ink)
@@ -272,6 +280,7 @@ class Context:
         _fill_chroma(self._handle(), image, _corners_inside(frame, rect), ink)
 
     def _handle(self) -> Handle:
+        """This thread's own; calls without need of it still mind that the context is open."""
         mine = self._of_thread
         if mine is None:
             raise ValueError("the context is closed")
