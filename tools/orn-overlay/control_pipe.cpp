@@ -16,6 +16,7 @@
 namespace {
 
 constexpr size_t kMaxLine = 65536;
+constexpr size_t kMaxTold = 1000;
 constexpr size_t kMaxBytes = 1 << 20; // for one frame
 
 int Open(const std::string &path) {
@@ -62,8 +63,17 @@ void ControlPipe::Take(overlay::Engine &engine, std::string_view bytes) {
         ++lineNumber;
         const std::string line = std::exchange(partial, {});
         if (std::exchange(tooLong, false))
-            NoErrors({{name, lineNumber, "the line has more than 65536 bytes"}});
+            Tell({{name, lineNumber, "the line has more than 65536 bytes"}});
         else
-            NoErrors(engine.Control(line, name, lineNumber));
+            Tell(engine.Control(line, name, lineNumber));
     }
+}
+
+// Not without end: what comes may be no control lines at all.
+void ControlPipe::Tell(const overlay::Errors &errors) {
+    if (errors.empty() || told > kMaxTold)
+        return;
+    NoErrors(errors);
+    if (++told > kMaxTold)
+        NoErrors({{name, 0, "too many wrong lines: no others are told"}});
 }

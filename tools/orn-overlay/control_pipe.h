@@ -20,10 +20,12 @@ class ControlPipe {
 
   private:
     void Take(overlay::Engine &engine, std::string_view bytes);
+    void Tell(const overlay::Errors &errors);
 
     std::string name;
     tool::Descriptor file;
     std::string partial;
     bool tooLong = false;
     size_t lineNumber = 0;
+    size_t told = 0; // wrong lines
 };
