@@ -26,13 +26,13 @@ constexpr NamedColour kColours[] = {
     {"magenta", 0xff00ff}, {"brown", 0x804000}, {"purple", 0x800080},
 };
 
-// Lightness from 52 to 92 of 100 in CIELAB, so that each shows on dark and bright pictures. After
-// the first eight, each is the one of a grid that lies furthest from those before it; the last is
-// still 32 away from its neighbours.
+// Lightness from 64 to 92 of 100 in CIELAB: each shows on dark and bright pictures. Black text on
+// them stays dark, with their chroma: its lightness is at most 20. After the first eight, each is
+// the colour of a grid that lies furthest from those before it; the nearest two are 26 apart.
 constexpr uint32_t kPalette[] = {0xffb000, 0x35c4ff, 0x7ddc1f, 0xff6f91, 0xc58cff, 0xffe14d,
-                                 0x2fe0c0, 0xff8c42, 0xff00ff, 0x998877, 0x668822, 0xff0033,
-                                 0xff00aa, 0xffccee, 0xdddd99, 0x00ee88, 0x8877aa, 0x0088ee,
-                                 0xaadddd, 0x9955ff, 0x00ff00, 0xffaa99, 0xaa8811, 0x448899};
+                                 0x2fe0c0, 0xff8c42, 0xee66ff, 0x66ee88, 0x7799ee, 0xffccff,
+                                 0x77aa55, 0xbb9944, 0xff66cc, 0xaaeeee, 0xdd8877, 0x99aa00,
+                                 0x9999bb, 0xdddd99, 0x77aa88, 0xccee77, 0xbbaa99, 0xccee00};
 
 uint32_t ParseHexColour(std::string_view word) {
     if (!IsHexColour(word))

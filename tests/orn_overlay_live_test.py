@@ -286,8 +286,8 @@ def test_everything_at_once():
         thread.join(30)
     status = process.wait(30)
     check(status == 0 and frames[0] == sent[0], f"exit {status}, {frames[0]} of {sent[0]}: {said[:3]}")
-    check(63 not in versions and len(versions) > seconds, f"{len(versions)} scripts, or a wrong one")
-    check(len(bars) > seconds, f"{len(bars)} control lines were seen")
+    check(63 not in versions and len(versions) > min(seconds, 50), f"{len(versions)} scripts, or a wrong one")
+    check(len(bars) > min(seconds, 50), f"{len(bars)} control lines were seen")
     check(any(b"unknown command 'wrong'" in line for line in said) and
           any(b"script before is kept" in line for line in said), f"told: {said[:5]}")
     early = max(sizes[:len(sizes) // 2], default=0)
