@@ -4,6 +4,7 @@
 #include "counted_memory.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
@@ -20,7 +21,7 @@ void *__wrap_realloc(void *block, size_t size);
 void __wrap_free(void *block);
 }
 
-static size_t inUse = size_t{1} << 40; // away from 0, below which uncounted blocks could lead
+static size_t inUse = SIZE_MAX / 4; // away from 0, below which uncounted blocks could lead
 static size_t peak;
 
 size_t ResetPeak() {
