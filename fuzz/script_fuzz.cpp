@@ -15,7 +15,8 @@ static std::vector<uint8_t> LumaOf(std::string_view script, bool hasChroma) {
     overlay::Settings settings{{}, true, hasChroma};
     settings.clock.start = 0; // not the time of day, which may change between two frames
     overlay::Engine engine(settings);
-    if (!engine.SetFont(ORN_FUZZ_FONT).empty() || !engine.SetTracks({{kTracks, ""}}, {1, 9}).empty())
+    if (!engine.SetFont(ORN_FUZZ_FONT).empty() ||
+        !engine.SetTracks({{kTracks, ""}}, {1, 9}).empty())
         abort();
     std::vector<uint8_t> all;
     if (!engine.SetScript(script, "no folder/script").empty())
