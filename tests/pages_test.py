@@ -15,7 +15,7 @@ FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf"
 # Fenced, with a language, or indented.
 BLOCK = re.compile(r"^```(.*)\n((?:.*\n)*?)```$|^\n((?:    .*\n)(?:(?:    .*)?\n)*)", re.M)
 # Too heavy for here and only looked for. .ci/run runs test, demo and all checks, but not bench.
-HEAVY = re.compile(r"scripts/[a-z]+|\.ci/run")
+HEAVY = re.compile(r"scripts/[a-z-]+|\.ci/run")
 # Indented blocks that are read, not run.
 SHOWN = ("set alarm", "pixel = 0", "#...", "06 0a", "04 04", "43 42", "05 00", "02 00", "45 00")
 CHECK_C = "cc -xc -Wall -Wextra -Werror -Wno-unused-function -I. "
