@@ -97,6 +97,22 @@ class SameBytes(unittest.TestCase):
                                                     "--range", space[0], "--matrix", space[1]))
                     self.assertNotEqual(drawn, given)
 
+    def test_colours_are_orn_overlays(self):
+        """By name, and of ids."""
+        names, count = orn_min_render._colour.NAMES, 30
+        boxes = [(3 * n, 2, 3 * n + 3, 20) for n in range(count)]
+        with open("boxes.csv", "w", encoding="ascii") as file:
+            file.writelines(f"1,{n + 1},{3 * n},2,3,18,1\n" for n in range(count))
+        script = "".join(f"* fill {n} 30 {n + 1} 40 {name}\n" for n, name in enumerate(names))
+        given = noise(length_of(96, 72, True))
+        drawn = bytearray(given)
+        with Frame.nv12(drawn, 96, 72) as frame:
+            for n, name in enumerate(names):
+                draw.fill_rect(frame, (n, 30, n + 1, 40), name)
+            draw_detections(frame, boxes, [""] * count, range(1, count + 1))
+        script += "tracks box box.left box.top box.right-1 box.bottom-1 id\n"
+        self.assertEqual(drawn, overlay(script, given, 96, 72, "--tracks=boxes.csv"))
+
     def test_luma_alone_has_calls_of_its_own(self):
         """Dashes of one row, and no upright line from below."""
         buffer, wanted = bytearray(40 * 4), bytearray(40 * 4)

@@ -22,8 +22,8 @@ NAMES = {
 # Of ids, in turn; those of overlay/colour.cpp.
 PALETTE = (
     "#ffb000", "#35c4ff", "#7ddc1f", "#ff6f91", "#c58cff", "#ffe14d", "#2fe0c0", "#ff8c42",
-    "#ff00ff", "#998877", "#668822", "#ff0033", "#ff00aa", "#ffccee", "#dddd99", "#00ee88",
-    "#8877aa", "#0088ee", "#aadddd", "#9955ff", "#00ff00", "#ffaa99", "#aa8811", "#448899")
+    "#ee66ff", "#66ee88", "#7799ee", "#ffccff", "#77aa55", "#bb9944", "#ff66cc", "#aaeeee",
+    "#dd8877", "#99aa00", "#9999bb", "#dddd99", "#77aa88", "#ccee77", "#bbaa99", "#ccee00")
 
 _rgb_to_yuv = call("RGB2YUV")
 _yuv_to_rgb = call("YUV2RGB")
