@@ -100,6 +100,7 @@ saysWhy() {
 # the work must go on.
 while read -r for_tool case call error least goes_on; do
     [ "$for_tool" = "$tool" ] || continue
+    [ "$case" != clip ] || "$tools/$tool" --help | grep -q -e '-i CLIP' || continue # without videos
     start "$case" "$call" "$error"
     run 0
     [ "$status" = 0 ] || { cat errors; exit 1; }
