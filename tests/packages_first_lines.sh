@@ -25,12 +25,18 @@ done
 [ "$(wc -c <overlays.txt.nv12)" = 230400 ] || fail "not two frames came out of the pipeline"
 ! cmp -s overlays.txt.nv12 null.nv12 || fail "nothing was drawn in the pipeline"
 
+python3 -c 'from orn_min_render import Frame, draw_detections
+pixels = bytearray(320 * 240 * 3 // 2)
+draw_detections(Frame.nv12(pixels, 320, 240), [(40, 80, 110, 230)], labels=["person 0.97"])
+open("python.nv12", "wb").write(pixels)'
+head -c 115200 /dev/zero >black.nv12
+! cmp -s python.nv12 black.nv12 || fail "nothing was drawn from Python"
+
 font=/usr/share/orn-min-render/fonts/sans-16.cbf examples=/usr/share/doc/liborn-min-render-dev/examples
 cc $examples/labelled_box.c $(pkg-config --cflags --libs orn_min_render) -o labelled_box
 cc -static $examples/labelled_box.c $(pkg-config --static --cflags --libs orn_min_render) -o labelled_box_static
 cmake -G Ninja -S $examples -B examples >/dev/null 2>log || { cat log; fail "CMake does not find the library"; }
 cmake --build examples >/dev/null
-head -c 115200 /dev/zero >black.nv12
 for program in ./labelled_box ./labelled_box_static examples/labelled_box; do
     $program $font 320 240 <black.nv12 >"$(echo $program | tr / _).nv12"
     ! cmp -s black.nv12 "$(echo $program | tr / _).nv12" || fail "$program draws nothing"
