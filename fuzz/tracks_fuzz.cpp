@@ -62,7 +62,7 @@ static void CompareWithStream(const std::string &file, size_t piece,
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     Input input{data, data + size};
     overlay::TrackSettings settings{input.Byte() % 4, input.Byte() % 32};
-    const size_t choice = input.Byte();
+    const size_t choice = static_cast<size_t>(input.Byte());
     settings.format = static_cast<overlay::TrackFormat>(choice % 6);
     const std::string file(input.at, input.end);
     overlay::Errors errors;
