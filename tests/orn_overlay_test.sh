@@ -199,8 +199,8 @@ expect 1 'pbm.txt:1: /dev/zero: has more than' timeout 20 "$overlay" --check pbm
 awk 'BEGIN { for (i = 0; i < 30000; ++i) print 1000 * (i % 300) + 1 "," int(i / 300) ",1,1,9,9" }' >far.csv
 input=in expect 0 '' timeout 9 "$overlay" --size 64x16 --format y8 --tracks far.csv --max-gap 1000
 for script in "$repository"/docs/gallery/*.txt; do
-    "$overlay" --check --font sans.cbf "$script" 2>errors ||
-        fail "$script has errors"
+    "$overlay" --check --font sans.cbf "$script" 2>errors || grep -q "without FFmpeg's libraries" errors ||
+        fail "$script has errors: $(cat errors)"
 done
 
 # ---- sets of fonts ----
