@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 /*
- * What draw_detections of the Python package draws into an NV12 frame, in C: boxes, then labels above
- * them. bench/detections.py times both, and checks that they are the same.
+ * What draw_detections of the Python package draws into an NV12 frame, in C: boxes, then labels
+ * above them. bench/detections.py times both, and checks that they are the same.
  */
 #include <orn_min_render.h>
 

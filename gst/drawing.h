@@ -30,7 +30,7 @@ struct Wishes {
     std::string fontLocation;
     std::string scriptLocation;
     std::string tracksLocation;
-    std::optional<std::string> script; // in place of the file
+    std::optional<std::string> script;     // in place of the file
     std::vector<std::string> controlLines; // since they were taken
     Switches switches;
     Inputs changed = kAllInputs; // since they were loaded

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Sets lie in the folders for data that the XDG Base Directory Specification names, the user's
-// before the system's, and in the one that this build is installed to. The first folder that has a
+// Sets lie in the folders for data that the desktops' XDG Base Directories name, the user's before
+// the system's, and in the one that this build is installed to. The first folder that has a
 // file of the set has all that counts.
 #include "font_set.h"
 
@@ -28,7 +28,7 @@ std::string Variable(const char *name, const std::string &unset) {
     return value && *value ? value : unset;
 }
 
-// Relative folders would be others in every working directory; the specification leaves them out.
+// Relative folders would be others in every working directory.
 void AddFolder(const std::string &data, std::vector<fs::path> &folders) {
     const fs::path folder = fs::path(data) / "orn-min-render" / "fonts";
     if (folder.is_absolute() && std::find(folders.begin(), folders.end(), folder) == folders.end())

@@ -2,6 +2,7 @@
 // What a file is shows from its status, so that a frame costs one look at it.
 #include "text_file.h"
 
+#include "file_change.h"
 #include "resources.h"
 #include "words.h"
 
@@ -34,12 +35,6 @@ TextFile::TextFile(std::string ofPath) : path(std::move(ofPath)) {
     Read();
 }
 
-bool TextFile::IsAnother(const struct stat &status) const {
-    return status.st_ino != seen.st_ino || status.st_dev != seen.st_dev ||
-           status.st_size != seen.st_size || status.st_mtim.tv_sec != seen.st_mtim.tv_sec ||
-           status.st_mtim.tv_nsec != seen.st_mtim.tv_nsec;
-}
-
 // A pipe would be waited for, so it is not opened.
 void TextFile::Read() {
     if (!S_ISREG(seen.st_mode))
@@ -61,7 +56,7 @@ void TextFile::Read() {
 
 const std::string &TextFile::Content() {
     struct stat status {};
-    if (stat(path.c_str(), &status) != 0 || !IsAnother(status))
+    if (stat(path.c_str(), &status) != 0 || !HasChanged(seen, status))
         return content;
     seen = status;
     try {

@@ -19,7 +19,6 @@ class TextFile {
     const std::string &Content();
 
   private:
-    bool IsAnother(const struct stat &status) const;
     void Read();
 
     std::string path;

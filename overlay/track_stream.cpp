@@ -13,7 +13,6 @@ namespace overlay {
 
 namespace {
 
-constexpr size_t kMaxLine = 1 << 20;
 constexpr size_t kMaxBoxesOfFrame = 65536;
 constexpr size_t kMaxIds = 65536; // that gaps are filled for at a time
 
@@ -21,26 +20,19 @@ constexpr size_t kMaxIds = 65536; // that gaps are filled for at a time
 
 TrackStream::TrackStream(const TrackSettings &settings, const InputNames &names, std::string name,
                          const FrameShape &ofFrames)
-    : lines(settings, names), file(std::move(name)), shape(ofFrames), maxGap(settings.maxGap) {
+    : lines(settings, names), splitter(kMaxLine), file(std::move(name)), shape(ofFrames),
+      maxGap(settings.maxGap) {
 }
 
 Errors TrackStream::Feed(std::string_view bytes) {
     Errors errors;
-    while (!bytes.empty()) {
-        const size_t end = bytes.find('\n');
-        const std::string_view piece = bytes.substr(0, end);
-        tooLong = tooLong || partial.size() + piece.size() > kMaxLine;
-        if (!tooLong)
-            partial.append(piece);
-        bytes.remove_prefix(end == std::string_view::npos ? bytes.size() : end + 1);
-        if (end != std::string_view::npos)
-            TakeLine(std::exchange(partial, {}), errors);
-    }
+    splitter.Feed(bytes, [&](std::string_view line, size_t number, bool isTooLong) {
+        TakeLine(line, number, isTooLong, errors);
+    });
     return errors;
 }
 
-void TrackStream::TakeLine(std::string_view line, Errors &errors) {
-    ++lineNumber;
+void TrackStream::TakeLine(std::string_view line, size_t number, bool isTooLong, Errors &errors) {
     const auto take = [this](std::string_view text, size_t) {
         std::vector<TrackedBox> boxes;
         const std::optional<TrackLines::Line> read = lines.Take(text, boxes);
@@ -48,13 +40,13 @@ void TrackStream::TakeLine(std::string_view line, Errors &errors) {
             AddBoxes(*read, boxes);
     };
     Errors ofLine;
-    if (std::exchange(tooLong, false))
+    if (isTooLong)
         ofLine.push_back(
             {file, 0, "the line has more than " + std::to_string(kMaxLine) + " bytes"});
     else
         ParseLines(line, file, ofLine, take);
     for (Error &error : ofLine) {
-        error.line = lineNumber;
+        error.line = number;
         errors.push_back(std::move(error));
     }
 }
@@ -104,8 +96,9 @@ void TrackStream::Complete(int64_t frame) {
 
 Errors TrackStream::End() {
     Errors errors;
-    if (!partial.empty() || tooLong)
-        TakeLine(std::exchange(partial, {}), errors);
+    splitter.End([&](std::string_view line, size_t number, bool isTooLong) {
+        TakeLine(line, number, isTooLong, errors);
+    });
     newest = current;
     ended = true;
     return errors;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "frame.h"
+#include "line_splitter.h"
 #include "track_lines.h"
 
 #include <deque>
@@ -48,19 +49,19 @@ class TrackStream {
     }
 
   private:
-    void TakeLine(std::string_view line, Errors &errors);
+    static constexpr size_t kMaxLine = 1 << 20;
+
+    void TakeLine(std::string_view line, size_t number, bool isTooLong, Errors &errors);
     void AddBoxes(const TrackLines::Line &line, std::vector<TrackedBox> &boxes);
     void FillGapBefore(const TrackedBox &box);
     void Add(TrackedBox box);
     void Complete(int64_t frame);
 
     TrackLines lines;
+    LineSplitter splitter;
     std::string file;
     FrameShape shape;
     int64_t maxGap;
-    std::string partial; // a line without its end
-    bool tooLong = false;
-    size_t lineNumber = 0;
 
     std::map<int64_t, std::vector<TrackedBox>> frames; // that wait
     size_t waiting = 0;

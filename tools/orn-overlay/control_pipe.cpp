@@ -8,7 +8,6 @@
 #include "common/failure.h"
 
 #include <cerrno>
-#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -16,6 +15,7 @@
 namespace {
 
 constexpr size_t kMaxLine = 65536;
+constexpr char kTooLong[] = "the line has more than 65536 bytes";
 constexpr size_t kMaxTold = 1000;
 constexpr size_t kMaxBytes = 1 << 20; // for one frame
 
@@ -32,7 +32,7 @@ bool HasBytes(int descriptor) {
 } // namespace
 
 ControlPipe::ControlPipe(const std::string &path)
-    : name(path == "-" ? "standard input" : path), file(Open(path)) {
+    : name(path == "-" ? "standard input" : path), file(Open(path)), splitter(kMaxLine) {
     if (file.number < 0)
         throw tool::SystemFailure(name);
 }
@@ -45,27 +45,12 @@ void ControlPipe::Apply(overlay::Engine &engine) {
             throw tool::SystemFailure(name);
         if (count <= 0)
             return;
-        Take(engine, {bytes, static_cast<size_t>(count)});
+        splitter.Feed({bytes, static_cast<size_t>(count)},
+                      [&](std::string_view line, size_t number, bool isTooLong) {
+                          Tell(isTooLong ? overlay::Errors{{name, number, kTooLong}}
+                                         : engine.Control(line, name, number));
+                      });
         taken += static_cast<size_t>(count);
-    }
-}
-
-void ControlPipe::Take(overlay::Engine &engine, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const size_t end = bytes.find('\n');
-        const std::string_view piece = bytes.substr(0, end);
-        tooLong = tooLong || partial.size() + piece.size() > kMaxLine;
-        if (!tooLong)
-            partial.append(piece);
-        bytes.remove_prefix(end == std::string_view::npos ? bytes.size() : end + 1);
-        if (end == std::string_view::npos)
-            return;
-        ++lineNumber;
-        const std::string line = std::exchange(partial, {});
-        if (std::exchange(tooLong, false))
-            Tell({{name, lineNumber, "the line has more than 65536 bytes"}});
-        else
-            Tell(engine.Control(line, name, lineNumber));
     }
 }
 

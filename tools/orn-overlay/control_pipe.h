@@ -3,6 +3,7 @@
 #pragma once
 
 #include "overlay/engine.h"
+#include "overlay/line_splitter.h"
 
 #include "common/descriptor.h"
 
@@ -19,13 +20,10 @@ class ControlPipe {
     void Apply(overlay::Engine &engine);
 
   private:
-    void Take(overlay::Engine &engine, std::string_view bytes);
     void Tell(const overlay::Errors &errors);
 
     std::string name;
     tool::Descriptor file;
-    std::string partial;
-    bool tooLong = false;
-    size_t lineNumber = 0;
+    overlay::LineSplitter splitter;
     size_t told = 0; // wrong lines
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "watched_files.h"
 
+#include "overlay/file_change.h"
+
 #include <utility>
 
 namespace {
@@ -11,12 +13,6 @@ struct stat StatusOf(const std::string &path) {
     if (stat(path.c_str(), &status) != 0)
         status = {};
     return status;
-}
-
-bool IsSame(const struct stat &one, const struct stat &other) {
-    return one.st_dev == other.st_dev && one.st_ino == other.st_ino &&
-           one.st_size == other.st_size && one.st_mtim.tv_sec == other.st_mtim.tv_sec &&
-           one.st_mtim.tv_nsec == other.st_mtim.tv_nsec;
 }
 
 } // namespace
@@ -33,7 +29,7 @@ bool WatchedFiles::HaveChanged() {
     bool changed = false;
     for (File &file : files) {
         const struct stat status = StatusOf(file.path);
-        changed = changed || !IsSame(status, file.seen);
+        changed = changed || overlay::HasChanged(file.seen, status);
         file.seen = status;
     }
     return changed;
