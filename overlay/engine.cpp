@@ -21,7 +21,9 @@ namespace {
 
 constexpr int32_t kAssumedHeight = 1080; // of frames, while nothing is known of them
 
-constexpr size_t kMaxNames = 1000; // of control lines: what they set stays in memory
+constexpr size_t kNamedLines = size_t{1}
+                               << 24; // no script has so many: overlays set by name come after
+constexpr size_t kMaxNames = 1000;    // of control lines: what they set stays in memory
 
 using Context = std::unique_ptr<OrnMinRenderContext, decltype(&OrnMinRenderDestroyContext)>;
 
@@ -52,6 +54,7 @@ struct Engine::State {
     FontStore scriptFonts;
     Layer named;                    // by control lines, in the order in which they came
     std::vector<std::string> names; // of these
+    size_t namesSoFar = 0;
     Context context{OrnMinRenderCreateContext(), OrnMinRenderDestroyContext};
     Canvas canvas;
     bool toldRepeat = false; // of an id, among the boxes of a frame
@@ -137,9 +140,10 @@ void Engine::State::SetLine(const ControlLine &line, const std::string &file) {
     if (place == kMaxNames)
         throw Failure("there are " + std::to_string(kMaxNames) + " names already");
     if (place == names.size()) {
-        named.overlays.emplace_back();
+        named.overlays.emplace_back().line = kNamedLines + ++namesSoFar;
         names.emplace_back(line.name);
     }
+    parsed.overlays.front().line = named.overlays[place].line; // labels know their places by it
     named.overlays[place] = std::move(parsed.overlays.front());
     if (KnowsFrames())
         MixColours(named.overlays[place], canvas.shape.colours);
@@ -269,9 +273,12 @@ const std::vector<OrnMinRenderRect> &Engine::Labels() const {
 
 Errors Engine::TakeNotes() {
     Errors notes = state->canvas.notes.Take();
-    for (Error &note : notes)
-        if (note.file.empty())
+    for (Error &note : notes) {
+        if (note.line > kNamedLines)
+            note = {"a control line", 0, note.reason};
+        else if (note.file.empty())
             note.file = state->script.file;
+    }
     return notes;
 }
 

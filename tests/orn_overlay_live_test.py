@@ -212,9 +212,10 @@ def replace(path, text):
 
 
 def resident(process):
-    for line in pathlib.Path(f"/proc/{process.pid}/status").read_text("ascii").splitlines():
-        if line.startswith("VmRSS:"):
-            return int(line.split()[1])
+    with contextlib.suppress(OSError):  # it may have ended
+        for line in pathlib.Path(f"/proc/{process.pid}/status").read_text("ascii").splitlines():
+            if line.startswith("VmRSS:"):
+                return int(line.split()[1])
     return 0
 
 
