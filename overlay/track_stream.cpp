@@ -53,8 +53,7 @@ void TrackStream::TakeLine(std::string_view line, size_t number, bool isTooLong,
 
 void TrackStream::AddBoxes(const TrackLines::Line &line, std::vector<TrackedBox> &boxes) {
     if (line.frame <= completeTo || (current && line.frame < *current))
-        throw Failure("the row is late: rows have to be sorted by frame, and later ones than this "
-                      "have come already");
+        GoBack();
     if (frames[line.frame].size() + boxes.size() > kMaxBoxesOfFrame)
         throw Failure("the frame has more than " + std::to_string(kMaxBoxesOfFrame) + " boxes");
     if (current && line.frame > *current)
@@ -68,6 +67,18 @@ void TrackStream::AddBoxes(const TrackLines::Line &line, std::vector<TrackedBox>
     }
     if (line.isWhole)
         Complete(line.frame);
+}
+
+void TrackStream::GoBack() {
+    if (!anyOrder)
+        throw Failure("the row is late: rows have to be sorted by frame, and later ones than this "
+                      "have come already");
+    frames.clear();
+    waiting = 0;
+    lastOfId.clear();
+    current.reset();
+    newest.reset();
+    completeTo = kNothing;
 }
 
 void TrackStream::FillGapBefore(const TrackedBox &box) {

@@ -27,6 +27,12 @@ class TrackStream {
     Errors End();
     void Pause();
 
+    // From now on, numbers of frames may go back, as when a detector starts again. What was said
+    // before is forgotten then.
+    void AllowAnyOrder() {
+        anyOrder = true;
+    }
+
     // Whether all boxes of a frame are there.
     bool Has(int64_t frame) const {
         return ended || frame <= completeTo - maxGap;
@@ -53,9 +59,12 @@ class TrackStream {
 
     void TakeLine(std::string_view line, size_t number, bool isTooLong, Errors &errors);
     void AddBoxes(const TrackLines::Line &line, std::vector<TrackedBox> &boxes);
+    void GoBack();
     void FillGapBefore(const TrackedBox &box);
     void Add(TrackedBox box);
     void Complete(int64_t frame);
+
+    static constexpr int64_t kNothing = INT64_MIN / 2;
 
     TrackLines lines;
     LineSplitter splitter;
@@ -67,9 +76,10 @@ class TrackStream {
     size_t waiting = 0;
     std::map<int64_t, TrackedBox> lastOfId; // as far back as a gap may reach
     std::optional<int64_t> current;         // the frame of the last line
-    int64_t completeTo = INT64_MIN / 2;
+    int64_t completeTo = kNothing;
     std::optional<int64_t> newest; // whole, and not taken yet
     bool ended = false;
+    bool anyOrder = false;
 };
 
 } // namespace overlay

@@ -159,7 +159,7 @@ def test_latest():
         shown.append(len(ink(process.stdout.read(SIZE), 0)))
     frame()  # nothing was said yet, and nothing is waited for
     with open("boxes", "w", encoding="ascii") as boxes:
-        for number, width in ((7, 9), (900, 30)):
+        for number, width in ((7, 9), (900, 30), (1, 12)):  # at last, it starts again
             boxes.write(f"{number},1,0,0,{width},2\n")
             boxes.flush()
             deadline = time.monotonic() + 10
@@ -169,7 +169,7 @@ def test_latest():
     process.stdin.close()
     process.wait(30)
     os.remove("boxes")
-    check(shown[0] == 0 and [w for i, w in enumerate(shown[1:]) if w != shown[i]] == [9, 30],
+    check(shown[0] == 0 and [w for i, w in enumerate(shown[1:]) if w != shown[i]] == [9, 30, 12],
           f"--latest: {shown}")
 
 
@@ -192,7 +192,7 @@ def test_control():
              "set a * fill 0 0 5 2 white", "set a * blob", "clear c", "jump", "set", "set a",
              "clear a b", "x" * 70000, "set " + "n" * 65 + " * fill 0 0 9 2 red",
              "set f font \"x.cbf\"", "set d * fill box.left 0 1 1 red"]
-    pathlib.Path("lines").write_text("\r\n".join(lines) + "\n", "ascii")
+    pathlib.Path("lines").write_text("\r\n".join(lines), "ascii")
     done = subprocess.run([overlay, *RAW, "--control", "lines"], input=BLANK, capture_output=True,
                           check=False, timeout=20)
     said = done.stderr.decode()

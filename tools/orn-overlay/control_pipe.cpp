@@ -26,7 +26,7 @@ int Open(const std::string &path) {
 
 bool HasBytes(int descriptor) {
     pollfd waiting = {descriptor, POLLIN, 0};
-    return poll(&waiting, 1, 0) > 0 && (waiting.revents & POLLIN) != 0;
+    return poll(&waiting, 1, 0) > 0;
 }
 
 } // namespace
@@ -38,18 +38,20 @@ ControlPipe::ControlPipe(const std::string &path)
 }
 
 void ControlPipe::Apply(overlay::Engine &engine) {
+    const auto take = [&](std::string_view line, size_t number, bool isTooLong) {
+        Tell(isTooLong ? overlay::Errors{{name, number, kTooLong}}
+                       : engine.Control(line, name, number));
+    };
     char bytes[65536];
     for (size_t taken = 0; taken < kMaxBytes && HasBytes(file.number);) {
         const ssize_t count = read(file.number, bytes, sizeof bytes);
         if (count < 0 && errno != EINTR && errno != EAGAIN)
             throw tool::SystemFailure(name);
+        if (count == 0) // who wrote is gone, and says no more of the last line
+            splitter.End(take);
         if (count <= 0)
             return;
-        splitter.Feed({bytes, static_cast<size_t>(count)},
-                      [&](std::string_view line, size_t number, bool isTooLong) {
-                          Tell(isTooLong ? overlay::Errors{{name, number, kTooLong}}
-                                         : engine.Control(line, name, number));
-                      });
+        splitter.Feed({bytes, static_cast<size_t>(count)}, take);
         taken += static_cast<size_t>(count);
     }
 }

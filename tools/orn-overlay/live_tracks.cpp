@@ -45,6 +45,8 @@ LiveTracks::LiveTracks(const Settings &all)
         throw tool::SystemFailure(name);
     if (stop.number < 0)
         throw tool::SystemFailure("eventfd");
+    if (latest)
+        stream.AllowAnyOrder();
     thread = std::thread([this] { Run(); });
 }
 
