@@ -43,11 +43,11 @@ def by_package(buffer, font):
 def by_package_with_new_labels(buffer, font):
     """As if every label were another one in every frame."""
     numbers = itertools.count()
+    frames = iter([[f"{label[:-4]}{next(numbers):04x}" for label in LABELS] for _ in range(ROUNDS * TIMES)])
 
     def draw():
-        labels = [f"{label[:-4]}{next(numbers):04x}" for label in LABELS]
         with orn_min_render.Frame.nv12(buffer, WIDTH, HEIGHT) as frame:
-            orn_min_render.draw_detections(frame, XYXY, labels, IDS, font=font)
+            orn_min_render.draw_detections(frame, XYXY, next(frames), IDS, font=font)
     return draw
 
 

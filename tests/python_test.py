@@ -15,6 +15,7 @@ import tempfile
 import threading
 import unittest
 
+import av
 import numpy
 
 CBFCONV, ORN_OVERLAY, LIBRARY, SOURCE = (pathlib.Path(argument).resolve() for argument in sys.argv[1:5])
@@ -203,6 +204,17 @@ class Buffers(unittest.TestCase):
         draw.draw_line(frame, (0, 0), (64, 26), "#40ff80")
         draw_detections(frame, [(7, 12, 60, 26)], ["x"], font=font())
 
+    def test_memory_of_ctypes_and_pyav(self):
+        """The planes of PyAV tell their stride themselves."""
+        plane = av.VideoFrame(65, 27, "gray").planes[0]
+        for memory, stride in (((ctypes.c_uint8 * 65 * 27)(), 65), (ctypes.create_string_buffer(65 * 27), 65),
+                               (plane, plane.line_size)):
+            rows = numpy.frombuffer(memory, "u1").reshape(-1, stride)
+            rows[:], wanted = 0, numpy.zeros_like(rows)
+            wanted[20:27, 60:65] = 200
+            draw.fill_rect(Frame.gray(memory, 65, 27), (60, 20, 65, 27), 200)
+            self.assertTrue((rows == wanted).all(), type(memory))
+
     def test_refused(self):
         full, flat = numpy.zeros((36, 32), "u1"), bytearray(32 * 36)
         released = memoryview(bytearray(32 * 36))
@@ -231,11 +243,14 @@ class Buffers(unittest.TestCase):
 
     def test_memory_stays_while_it_is_drawn_into(self):
         buffer = bytearray(32 * 36)
-        frame = Frame.nv12(buffer, 32, 24)
-        with self.assertRaises(BufferError):
-            buffer.extend(b"more")
+        view = memoryview(buffer)
+        frame = Frame.nv12(view, 32, 24)
+        for error, change in ((BufferError, lambda: buffer.extend(b"more")), (BufferError, view.release),
+                              (AttributeError, lambda: setattr(frame, "width", 99))):
+            self.assertRaises(error, change)
         with frame:
             draw.fill_rect(frame, (0, 0, 9, 9), 200)
+        view.release()
         buffer.extend(b"more")
         for use in (lambda: draw.fill_rect(frame, (0, 0, 9, 9), 200), lambda: draw_detections(frame, []),
                     lambda: draw.blit(Frame.gray(bytearray(9), 3, 3), (0, 0, 3, 3), frame)):
@@ -304,6 +319,7 @@ class Arguments(unittest.TestCase):
                 (ValueError, lambda: draw_detections(frame, [box], colours="nothing")),
                 (ValueError, lambda: draw_detections(frame, [box], ["a\0"], font=font())),
                 (TypeError, lambda: draw_detections(frame, [box], [7], font=font())),
+                (TypeError, lambda: draw_detections(frame, [box], [0], font=font())),
                 (TypeError, lambda: draw_detections(frame, [box], ids=[1.5], font=font())),
                 (TypeError, lambda: draw_detections(frame, [("a", "b", "c", "d")])),
                 (TypeError, lambda: draw_detections(frame, 5)),

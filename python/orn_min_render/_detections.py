@@ -13,6 +13,7 @@ from operator import index
 from struct import Struct
 from typing import Any, Collection, Iterable, NamedTuple, Optional, Sized, Union
 
+from ._arguments import encoded
 from ._colour import PALETTE, ColourLike, Space, colour_in, text_on
 from ._font import Font, Label, font_of, handle_of, labels_of
 from ._frame import Frame, images_of
@@ -63,7 +64,7 @@ def draw_detections(frame: Frame, xyxy: Iterable[Iterable[float]],
     images_of(frame)
     boxes = _boxes(xyxy)
     count = len(boxes)
-    numbers = None if ids is None else [index(number) for number in _counted("ids", ids, count)]
+    numbers = None if ids is None else _numbers(ids, count)
     inks = _inks(frame.space, colours, numbers, count)
     texts = _texts(labels, numbers, count)
     chosen = font_of(font) if any(texts) else None
@@ -94,6 +95,8 @@ def _boxes(xyxy: Any) -> list[Box]:
             raise ValueError("xyxy: expected N x 4 numbers") from None
         try:
             box = floor(left + 0.5), floor(top + 0.5), floor(right + 0.5), floor(bottom + 0.5)
+        except TypeError:
+            raise TypeError("xyxy: expected N x 4 numbers") from None
         except (ValueError, OverflowError):
             box = _REVERSED
         if not (-_FAR < box[0] <= box[2] < _FAR and -_FAR < box[1] <= box[3] < _FAR):
@@ -108,6 +111,13 @@ def _odd_box(row: Iterable[float]) -> Box:
         return _NOWHERE
     x0, y0, x1, y1 = (floor(max(2 - _FAR, min(_FAR - 1, edge)) + 0.5) for edge in row)
     return min(x0, x1), min(y0, y1), max(x0, x1), max(y0, y1)
+
+
+def _numbers(ids: Any, count: int) -> list[int]:
+    try:
+        return [index(number) for number in _counted("ids", ids, count)]
+    except TypeError as error:
+        raise TypeError(f"ids: {error}") from None
 
 
 def _inks(space: Space, colours: Any, ids: Optional[list[int]], count: int) -> list[Ink]:
@@ -134,9 +144,14 @@ def _ink(space: Space, colour: ColourLike) -> Ink:
 
 
 def _texts(labels: Any, ids: Optional[list[int]], count: int) -> list[str]:
-    if labels is not None:
-        return [text or "" for text in _counted("labels", labels, count)]
-    return list(map(str, ids)) if ids else []
+    if labels is None:
+        return list(map(str, ids)) if ids else []
+    try:
+        texts = ["" if text is None else text for text in _counted("labels", labels, count)]
+        encoded("".join(texts))
+    except TypeError as error:
+        raise TypeError(f"labels: {error}") from None
+    return texts
 
 
 def _draw_boxes(frame: Frame, boxes: list[Box], inks: list[Ink]) -> None:

@@ -9,9 +9,9 @@ import threading
 from ctypes import byref, c_int32, c_void_p
 from functools import lru_cache
 from pathlib import Path
+from struct import Struct
 from typing import Optional, Tuple, Union
 
-from ._arguments import encoded
 from ._library import Handle, call, path
 
 DIRECTIONS = ("normal", "down", "up", "inverted")
@@ -20,6 +20,7 @@ LABEL_MARGIN = 6
 _MAX_LABELS = 4096
 _FAR = 2**30
 _PenAndRect = c_int32 * 6
+_put_pen, _all_of = Struct("=2i").pack_into, Struct("=6i").unpack
 _RECT = 8  # where it begins in a record of both
 
 _load_font = call("LoadCbfFont", c_void_p)
@@ -117,7 +118,7 @@ def handle_of(font: Font) -> Handle:
 
 
 def labels_of(font: Font, texts: list[str]) -> list[Label]:
-    """Each text as a label, measured when it is new."""
+    """Each text, which `encoded` takes, as a label, measured when it is new."""
     mine = font._mine()
     known = mine.labels
     if len(known) > _MAX_LABELS:
@@ -131,19 +132,18 @@ def labels_of(font: Font, texts: list[str]) -> list[Label]:
 
 def _measure(handle: Handle, texts: list[str], known: dict[str, Label]) -> None:
     record = _PenAndRect()
-    pen, rect = byref(record), byref(record, _RECT)
-    for text in texts:
-        if text in known:
-            continue
-        data = encoded(text)
-        record[0] = record[1] = 0
+    pen, rect, margin, margins = byref(record), byref(record, _RECT), LABEL_MARGIN, 2 * LABEL_MARGIN
+    for text in set(texts).difference(known):
+        data = text.encode()
+        _put_pen(record, 0, 0, 0)
         _get_text_rect(None, handle, data, pen, 0, rect)
-        _, _, left, top, right, bottom = record
+        _, _, left, top, right, bottom = _all_of(record)
+        wide, high = right - left, bottom - top
         # Of a font without reason, not even differences would be of 32 bits.
-        if right - left > _FAR or bottom - top > _FAR:
-            left, top, right, bottom = max(left, -_FAR), max(top, -_FAR), 0, 0
-        known[text] = (data, right - left + 2 * LABEL_MARGIN, bottom - top + 2 * LABEL_MARGIN,
-                       LABEL_MARGIN - left, LABEL_MARGIN - top)
+        if wide > _FAR or high > _FAR:
+            left, top = max(left, -_FAR), max(top, -_FAR)
+            wide, high = -left, -top
+        known[text] = data, wide + margins, high + margins, margin - left, margin - top
 
 
 def _loaded(data: bytes, name: str) -> int:

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 from ctypes import addressof, byref, c_char
 from operator import index
+from pickle import PickleBuffer
 from typing import Any, NamedTuple, Optional
 
 from ._colour import MATRICES, RANGES, Space
@@ -22,9 +23,9 @@ class Frame:
     """A picture in memory that belongs to somebody else. Drawing changes that memory, no copy is made.
 
     Make one by `Frame.nv12`, `Frame.gray` or `Frame.planes`. Each takes writable objects of the buffer
-    protocol with items of one byte: a bytearray, a memoryview, a NumPy array of uint8, a plane of a
-    PyAV frame, the data of a mapped GStreamer buffer. Of two dimensions and more, the first one counts
-    rows, which may have gaps between them.
+    protocol with items of one byte: a bytearray, a memoryview, an array of ctypes or of NumPy's uint8, a
+    plane of a PyAV frame, the data of a mapped GStreamer buffer. Of two dimensions and more, the first
+    one counts rows, which may have gaps between them. Planes of PyAV tell their stride themselves.
 
     A frame keeps its buffers alive, and they can't be resized or released before it is closed: by
     `close`, by the end of a `with` block, or with the last reference to it.
@@ -32,10 +33,9 @@ class Frame:
     `range` and `matrix` say what the numbers in the frame mean, so that colours come out as asked for:
     "full" or "limited" (most video is), "bt601" or "bt709" (usual for HD).
     """
-    __slots__ = ("width", "height", "space", "_luma", "_chroma", "_references")
-    width: int
-    height: int
+    __slots__ = ("space", "_size", "_luma", "_chroma", "_references")
     space: Space
+    _size: tuple[int, int]
     _luma: Optional[Plane]
     _chroma: Optional[Plane]
     _references: tuple[Reference, ...]
@@ -99,7 +99,7 @@ class Frame:
         if chroma and chroma.stride % 2:
             raise ValueError(f"the stride of chroma is {chroma.stride}: expected an even one")
         frame = cls.__new__(cls)
-        frame.width, frame.height, frame.space = width, height, Space(range, matrix)
+        frame._size, frame.space = (width, height), Space(range, matrix)
         frame._luma, frame._chroma = luma, chroma
         # One record serves both planes if their strides are the same.
         if chroma is None or chroma.stride == luma.stride:
@@ -107,6 +107,16 @@ class Frame:
         else:
             frame._references = frame._image(luma, None), frame._image(None, chroma)
         return frame
+
+    @property
+    def width(self) -> int:
+        """In pixels."""
+        return self._size[0]
+
+    @property
+    def height(self) -> int:
+        """In pixels."""
+        return self._size[1]
 
     @property
     def has_chroma(self) -> bool:
@@ -169,12 +179,15 @@ def _size(width: int, height: int) -> tuple[int, int]:
 
 
 def _plane(what: str, buffer: Any, stride: Optional[int], row_bytes: int, rows: int) -> Plane:
-    view = memoryview(buffer)
+    # By way of this, a memoryview is kept from being released, as GStreamer does before it unmaps.
+    view = memoryview(PickleBuffer(buffer) if isinstance(buffer, memoryview) else buffer)
     if view.readonly:
         raise BufferError(f"{what}: {type(buffer).__name__} is read-only; drawing needs writable memory")
-    if view.itemsize != 1 or view.format not in ("B", "b", "c"):
+    if view.itemsize != 1 or view.format.lstrip("<>") not in ("B", "b", "c"):
         raise TypeError(f"{what}: items of format {view.format!r} and {view.itemsize} bytes; expected "
                         "single bytes (uint8)")
+    if stride is None:
+        stride = getattr(buffer, "line_size", None)
     if view.c_contiguous and (view.ndim == 1 or stride is not None):
         step = row_bytes if stride is None else index(stride)
         enough = view.nbytes >= step * (rows - 1) + row_bytes
