@@ -145,8 +145,8 @@ std::string ScriptHelp(const InputNames &names) {
         "(of the last text), box.top (of the tracked box).\n"
         "ALIGN: what lies at X Y: left, center or right; top, middle or bottom.\n"
         "TURN: down, up or inverted.\n"
-        "avoid: takes another place where it covers less of labels and boxes, as labels of tracks\n"
-        "do unless they are fixed.\n"
+        "avoid: the label takes the place where it covers least of other labels and boxes. Labels\n"
+        "of tracks do so unless they are fixed.\n"
         "N, SIZE: pixels, or N% of the frame's height. mask and mosaic of tracks may leave out "
         "L T R B.\n"
         "COLOUR: #rrggbb, id or class (the tracked box's own) or";

@@ -28,7 +28,7 @@ struct CommandLine {
 const char kFooter[] =
     "-s, --face, --instance, -r, -t and -x hold for the fonts that follow them; with a single font "
     "they may stand\n"
-    "anywhere. Of several fonts the first that has a character provides it:\n"
+    "anywhere. If several fonts have a character, the first of them provides it:\n"
     "  cbfconv -o mixed.cbf -s 16 DejaVuSans.ttf -r U+4E00-U+9FFF unifont.hex\n"
     "LIST is 'all' or single characters and ranges such as 0x20-0x7E,U+0400-U+04FF,176.\n"
     "Without -r and -t it is 0x20-0x7E.";
@@ -51,7 +51,8 @@ PerFont DeclareFontOptions(CLI::App &app, CommandLine &line) {
             ->type_name("FONT");
     perFont.size =
         declare("-s,--size", line.sizes,
-                "Size in pixels (of the em square); 0, or none: a bitmap font's own", "PIXELS");
+                "Size of the em square in pixels; 0 or none for bitmap fonts, which have their own",
+                "PIXELS");
     perFont.face = declare("--face", line.faces,
                            "Font of a collection (.ttc), by number from 0 or by name", "FACE");
     perFont.instance = declare("--instance", line.instances,
@@ -59,7 +60,7 @@ PerFont DeclareFontOptions(CLI::App &app, CommandLine &line) {
                                "wght=700,wdth=90; 'default': as it comes",
                                "INSTANCE");
     perFont.ranges =
-        declare("-r,--ranges", line.ranges, "Characters; what the font lacks is left out", "LIST");
+        declare("-r,--ranges", line.ranges, "Characters to take, where the font has them", "LIST");
     perFont.text = declare("-t,--text", line.texts,
                            "Every character of a UTF-8 file, besides those of -r", "FILE");
     perFont.exclusions =
@@ -72,8 +73,8 @@ void DeclareOptions(CLI::App &app, Options &options) {
         ->required()
         ->type_name("FILE");
     app.add_option("--fallback", options.fallback,
-                   "Character shown for those that the font lacks, instead of the font's own sign "
-                   "for that")
+                   "Character to show for those that the font lacks, instead of the font's own "
+                   "sign for them")
         ->type_name("CHARACTER");
     tool::AddInteger(app, "--letter-spacing", options.letterSpacing, -127, 127,
                      "Pixels to add to the advance of every glyph that has one")
@@ -82,8 +83,8 @@ void DeclareOptions(CLI::App &app, Options &options) {
                      "Pixels to add to the line height")
         ->type_name("PIXELS");
     app.add_flag("--strict", options.strict,
-                 "Write nothing if '-r all' holds a character that a CBF font can't");
-    app.add_flag("-v,--verbose", options.verbose, "Tell what was written");
+                 "Write nothing if '-r all' finds a character that a CBF font can't hold");
+    app.add_flag("-v,--verbose", options.verbose, "Tell how many glyphs and bytes were written");
     app.set_version_flag("--version", tool::VersionText("cbfconv"));
     app.footer(kFooter);
 }

@@ -27,7 +27,7 @@ void DeclareOptions(CLI::App &app, Options &options) {
     app.add_option("font", options.path, "CBF font")->required()->type_name("FONT");
     const std::vector<CLI::Option *> modes = {
         app.add_flag("--check", options.check,
-                     "Say everything that is wrong with the file, and at which offset"),
+                     "List everything that is wrong with the file, with its offset"),
         app.add_flag("--tables", options.tables, "List the codes of the three tables"),
         app.add_option("--glyph", options.character,
                        "Show a character's record and picture (A, U+0041 or fallback)")
@@ -52,7 +52,9 @@ void DeclareOptions(CLI::App &app, Options &options) {
         ->type_name("DIRECTION")
         ->needs(text)
         ->group("For --text");
-    app.add_flag("--outline", options.outline, "With outline")->needs(text)->group("For --text");
+    app.add_flag("--outline", options.outline, "Draw the text with its outline")
+        ->needs(text)
+        ->group("For --text");
     app.set_version_flag("--version", tool::VersionText("cbfdump"));
 }
 

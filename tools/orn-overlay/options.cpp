@@ -188,11 +188,12 @@ void AddTrackOptions(CLI::App &app, Options &options) {
         ->type_name("FORMAT")
         ->default_str("");
     app.add_option("--classes", options.classesPath,
-                   "Names of classes, for tracks that have their numbers: a name a line")
+                   "Names for the numbers of classes, one name a line")
         ->type_name("FILE");
-    tool::AddInteger(app, "--tracks-delay", options.tracksDelay, 0, kMaxDelay,
-                     "Read N frames more before drawing one: for detectors that see them, too,\n"
-                     "and write their boxes into a pipe")
+    tool::AddInteger(
+        app, "--tracks-delay", options.tracksDelay, 0, kMaxDelay,
+        "Read N frames ahead before drawing one: for detectors that see the frames, too,\n"
+        "and write their boxes into a pipe")
         ->type_name("N")
         ->default_str("0");
     app.add_flag("--latest", options.latestTracks,
@@ -201,16 +202,17 @@ void AddTrackOptions(CLI::App &app, Options &options) {
                      "The number that the file of tracks gives to the first frame, if not 1")
         ->type_name("N");
     tool::AddInteger(app, "--max-gap", options.tracks.maxGap, 0, kMaxGap,
-                     "Draw a box between two of an id at most N frames apart")
+                     "Between two boxes of an id at most N frames apart, draw a box in every frame")
         ->type_name("N")
         ->default_str("0");
     tool::AddReal(app, "--min-confidence", options.tracks.minConfidence, -overlay::kMaxTrackReal,
-                  overlay::kMaxTrackReal, "Leave out boxes below X")
+                  overlay::kMaxTrackReal, "Leave out boxes with a confidence below X")
         ->type_name("X");
 }
 
 void AddClockOptions(CLI::App &app, Options &options, std::string &start) {
-    app.add_flag("--utc", options.clock.utc, "Show {clock} in UTC, not in the time of this place");
+    app.add_flag("--utc", options.clock.utc,
+                 "Show {clock} in UTC, not in the time zone of this machine");
     app.add_option("--start", start,
                    "Let {clock} begin with the first frame, at a time such as\n"
                    "2026-11-23T14:05:09Z, instead of showing the time of day")
@@ -227,7 +229,7 @@ void AddLiveOptions(CLI::App &app, Options &options) {
 
 void AddOptions(CLI::App &app, Options &options) {
     app.add_option("script", options.scriptPath,
-                   "What to draw (see below); may be left out with --tracks")
+                   "What to draw (see below); needed unless there is --tracks or --control")
         ->type_name("SCRIPT");
     AddVideoOptions(app, options);
     AddFrameOptions(app, options);
@@ -243,8 +245,8 @@ void AddOptions(CLI::App &app, Options &options) {
            "and --stats; for clips that tell none or a wrong one")
         ->type_name("N");
     app.add_flag("--stats", options.stats,
-                 "Tell at the end how fast it was; so it does on a terminal");
-    app.add_flag("--check", options.check, "Check script, tracks and font, and draw nothing");
+                 "Tell at the end how fast it was (on a terminal always)");
+    app.add_flag("--check", options.check, "Check script, tracks and fonts, and draw nothing");
 }
 
 void CheckStride(const char *name, int64_t stride, const overlay::FrameShape &shape) {
@@ -335,7 +337,8 @@ std::optional<Options> ReadOptions(int argc, char **argv) {
     AddOptions(app, options);
     AddClockOptions(app, options, start);
     app.set_version_flag("--version", tool::VersionText(kProgram));
-    app.footer(overlay::Engine::Help(OptionNames()) + "\nman orn-overlay tells all.");
+    app.footer(overlay::Engine::Help(OptionNames()) +
+               "\nThe man page, man orn-overlay, describes everything.");
     app.callback([&] { CheckOptions(app, start, options); });
     if (!tool::ParseCommandLine(app, argc, argv))
         return std::nullopt;
