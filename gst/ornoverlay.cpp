@@ -311,8 +311,9 @@ void AddProperties(GObjectClass *object) {
             "CBF font (cbfconv makes them), or the name of an installed set such as sans, of texts "
             "for which the script names none");
     AddText(object, kTracksLocation, "tracks-location", "Tracks file",
-            "Tracked boxes for the lines of 'tracks' in the script, as "
-            "frame,id,left,top,width,height,confidence. Frame 1 is the first of the segment");
+            "Tracked boxes for the lines of 'tracks' in the script, in a file of any format that "
+            "orn-overlay reads, such as rows of frame,id,left,top,width,height,confidence. Frame 1 "
+            "is the first of the segment");
     AddSwitch(object, kDrawRoi, "draw-roi", "Draw regions of interest",
               "Draw the lines of 'tracks' in the script for the frame's regions of interest, too: "
               "{class} is the region's type, {conf} is 'confidence' of the structure 'detection', "

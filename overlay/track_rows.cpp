@@ -188,9 +188,11 @@ TrackedBox BoxOfYolo(const Fields &row, bool hasFrame, const TrackSettings &sett
     if (hasFrame)
         box.frame = CheckedFrame(Number(row.values[0], "frame"), settings, names);
     SetClassNumber(box, number(0, "class"), settings);
-    const double width = number(3, "width");
-    const double height = number(4, "height");
-    SetSides(box, number(1, "x") - width / 2, number(2, "y") - height / 2, width, height);
+    const double x = CheckedShare(number(1, "x"), "x");
+    const double y = CheckedShare(number(2, "y"), "y");
+    const double width = CheckedShare(number(3, "width"), "width");
+    const double height = CheckedShare(number(4, "height"), "height");
+    SetSides(box, x - width / 2, y - height / 2, width, height);
     box.confidence = row.count > first + 5 ? number(5, "confidence") : 1;
     box.id = row.count > first + 6 ? CheckedWhole(number(6, "id"), "id") : kNotTracked;
     return box;

@@ -10,6 +10,7 @@ namespace overlay {
 namespace {
 
 constexpr int64_t kUsualFirst = 1;
+constexpr double kMaxShare = 2; // a box that a tracker foresees may lie outside of the frame
 constexpr double kMaxWhole = 4294967295.0; // of frames, ids and classes
 
 [[noreturn]] void Refuse(const char *name, double value, const std::string &reason) {
@@ -23,6 +24,12 @@ constexpr double kMaxWhole = 4294967295.0; // of frames, ids and classes
 double CheckedReal(double value, const char *name) {
     if (!(std::fabs(value) <= kMaxTrackReal))
         Refuse(name, value, "expected a number from -1e12 to 1e12");
+    return value;
+}
+
+double CheckedShare(double value, const char *name) {
+    if (!(std::fabs(value) <= kMaxShare))
+        Refuse(name, value, "expected a part of 1, the frame's width or height, not pixels");
     return value;
 }
 

@@ -13,6 +13,7 @@ constexpr double kMaxTrackReal = 1e12;
 
 // All throw Failure, which names the value.
 double CheckedReal(double value, const char *name);
+double CheckedShare(double value, const char *name);  // of the frame's width or height
 int64_t CheckedWhole(double value, const char *name); // some programs write 1 as 1.0 or 1e+00
 
 // From 0, as the settings count.

@@ -59,9 +59,9 @@ std::string Tracks::Repeats(int64_t first) const {
     size_t others = 0;
     for (auto next = row + 1; next + 1 < rows.end(); ++next)
         others += isRepeat(*next, *(next + 1));
+    const std::string more = others == 1 ? "is 1" : "are " + std::to_string(others);
     return "frame " + std::to_string(row->frame + first) + " has two boxes of id " +
-           std::to_string(row->id) +
-           (others > 0 ? ", and there are " + std::to_string(others) + " more like this" : "");
+           std::to_string(row->id) + (others > 0 ? ", and there " + more + " more like this" : "");
 }
 
 const std::vector<TrackedBox> &Tracks::At(int64_t frame) {

@@ -81,6 +81,8 @@ TEST(Tracks, WhatIsWrongIsToldByItsLine) {
          "or height\n"},
         {"1 0 0.5 0.5 0.5 0.5 1 1 1", "f:1: expected frame class x y width height and perhaps "
                                       "confidence and id, found 9 values\n"},
+        {"1 7 320 4 40 20", "f:1: bad x '320': expected a part of 1, the frame's width or height, "
+                            "not pixels\n"},
     };
     for (const auto &[file, errors] : files)
         EXPECT_EQ(Parsed(file), errors) << file;
