@@ -158,14 +158,15 @@ def test_latest():
         process.stdin.flush()
         shown.append(len(ink(process.stdout.read(SIZE), 0)))
     frame()  # nothing was said yet, and nothing is waited for
-    with open("boxes", "w", encoding="ascii") as boxes:
-        for number, width in ((7, 9), (900, 30), (1, 12)):  # at last, it starts again
-            boxes.write(f"{number},1,0,0,{width},2\n")
-            boxes.flush()
-            deadline = time.monotonic() + 10
-            while shown[-1] != width and time.monotonic() < deadline:
+    for numbers in ((7, 9), (900, 30)), ((1, 12),):  # the detector is started again
+        with open("boxes", "w", encoding="ascii") as boxes:
+            for number, width in numbers:
+                boxes.write(f"{number},1,0,0,{width},2\n")
+                boxes.flush()
+                deadline = time.monotonic() + 10
+                while shown[-1] != width and time.monotonic() < deadline:
+                    frame()
                 frame()
-            frame()
     process.stdin.close()
     process.wait(30)
     os.remove("boxes")

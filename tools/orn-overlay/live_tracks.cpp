@@ -87,6 +87,12 @@ bool LiveTracks::WaitForBytes() {
     return waiting[1].revents == 0;
 }
 
+// Nobody writes, but another may begin to, as when a detector starts again.
+bool LiveTracks::StopComesSoon() {
+    pollfd waiting = {stop.number, POLLIN, 0};
+    return poll(&waiting, 1, static_cast<int>(kLook.count())) > 0;
+}
+
 void LiveTracks::ReadAll() {
     char bytes[65536];
     while (WaitForBytes()) {
@@ -94,7 +100,9 @@ void LiveTracks::ReadAll() {
         if (count < 0 && errno != EINTR && errno != EAGAIN)
             throw tool::SystemFailure(name);
         if (count == 0)
-            return End();
+            End();
+        if (count == 0 && (!latest || StopComesSoon()))
+            return;
         if (count > 0)
             Feed(bytes, static_cast<size_t>(count));
     }

@@ -43,6 +43,7 @@ class LiveTracks {
   private:
     void Run();
     void ReadAll();
+    bool StopComesSoon();
     bool WaitForBytes(); // false when all is over
     void Feed(const char *bytes, size_t count);
     void End();
