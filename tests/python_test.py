@@ -283,6 +283,7 @@ class Arguments(unittest.TestCase):
                 (TypeError, lambda: draw.draw_frame(frame, (0, 0, NAN, 5), "red")),
                 (TypeError, lambda: draw.fill_rect(frame, numpy.array([0, 0, 9, 9], "f4"), "red")),
                 (TypeError, lambda: draw.fill_rect(self.buffer, box, "red")),
+                (TypeError, lambda: draw.draw_text(self.buffer, "a", (9, 9), "red", font=font())),
                 (TypeError, lambda: draw.draw_text(frame, b"bytes", (9, 9), "red", font=font())),
                 (TypeError, lambda: draw.draw_text(frame, "a", (9, 9), "red", font=7)),
                 (TypeError, lambda: draw.fill_rect(frame, box, None)),

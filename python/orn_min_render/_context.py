@@ -213,15 +213,13 @@ class Context:
         line_start: x (y, if the font writes up or down) of new lines; that of the pen without.
             [DrawText]
         """
-        ink = colour_in(frame.space, colour).y
-        return self._write(_text, frame, text, pen, font, line_start, (ink,))
+        return self._write(_text, frame, text, pen, font, line_start, (colour,))
 
     def draw_outline_text(self, frame: Frame, text: str, pen: Position, colour: ColourLike,
                           outline: ColourLike = "black", *, font: Union[Font, str, None] = None,
                           line_start: Optional[int] = None) -> tuple[int, int]:
         """Like `draw_text`, with a band of two pixels around every letter. [DrawOutlineText]"""
-        inks = colour_in(frame.space, outline).y, colour_in(frame.space, colour).y
-        return self._write(_outline_text, frame, text, pen, font, line_start, inks)
+        return self._write(_outline_text, frame, text, pen, font, line_start, (outline, colour))
 
     def text_bitmap(self, frame: Frame, box: Iterable[int], bitmap: Iterable[int], pen: Position,
                     colour: ColourLike) -> None:
@@ -292,11 +290,11 @@ class Context:
 
     def _write(self, function: Call, frame: Frame, text: str, pen: Position,
                font: Union[Font, str, None], line_start: Optional[int],
-               inks: tuple[int, ...]) -> tuple[int, int]:
-        chosen, at = font_of(font), numbers("pen", pen, 2)
+               colours: tuple[ColourLike, ...]) -> tuple[int, int]:
+        image, chosen, at = images_of(frame)[0], font_of(font), numbers("pen", pen, 2)
         line = _line_start(chosen, at, line_start)
-        function(self._handle(), images_of(frame)[0], handle_of(chosen), encoded(text), first(at), line,
-                 *inks)
+        inks = [colour_in(frame.space, colour).y for colour in colours]
+        function(self._handle(), image, handle_of(chosen), encoded(text), first(at), line, *inks)
         return at[0], at[1]
 
 

@@ -175,7 +175,8 @@ def _file_of(name: str, size: Optional[float]) -> str:
     if not is_path and not os.path.exists(name):
         raise FileNotFoundError(
             f"no font {name}: no such file, and no set of that name: there is no {name}-SIZE.cbf in "
-            f"{', '.join(map(str, _folders()))} (Debian's package orn-min-render-fonts has the set sans)")
+            f"{', '.join(map(str, _folders()))} (Debian's package orn-min-render-fonts has the set sans, "
+            "and cbfconv makes fonts)")
     _refuse_size(name, size)
     return os.path.abspath(name)
 
