@@ -5,6 +5,8 @@
 #include "frame_shape.h"
 #include "regions.h"
 
+#include "overlay/start_time.h"
+
 #ifdef ORN_HAS_PICTURES
 #include "overlay/ffmpeg_pictures.h"
 #endif
@@ -59,7 +61,9 @@ Problems Drawing::Load(const Wishes &wishes) {
     if ((wishes.changed & (kFont | kScript)) != 0) // which takes the font that there is now
         Add(problems, SetScript(wishes));
     if ((wishes.changed & kTracks) != 0)
-        Add(problems, SetTracks(wishes.tracksLocation));
+        Add(problems, SetTracks(wishes));
+    if ((wishes.changed & kClock) != 0)
+        Add(problems, SetClock(wishes));
     for (const std::string &line : wishes.controlLines)
         Add(problems, engine.Control(line, "control", 0));
     return problems;
@@ -75,13 +79,38 @@ Problems Drawing::SetScript(const Wishes &wishes) {
     return problems;
 }
 
-Problems Drawing::SetTracks(const std::string &path) {
+Problems Drawing::SetTracks(const Wishes &wishes) {
     Problems problems;
+    overlay::TrackSettings settings;
+    settings.maxGap = wishes.maxGap;
+    const auto format = overlay::TrackFormatOf(wishes.tracksFormat);
+    if (!wishes.tracksFormat.empty() && !format)
+        return {"tracks-format is mot, jsonl, yolo, coco or csv, not " + wishes.tracksFormat};
+    settings.format = format.value_or(settings.format);
+    if (!wishes.classesLocation.empty())
+        if (const std::optional<std::string> names = ReadFile(wishes.classesLocation, problems)) {
+            overlay::Errors errors;
+            settings.classes = overlay::ParseClassNames(*names, wishes.classesLocation, errors);
+            Add(problems, errors);
+        }
+    const std::string &path = wishes.tracksLocation;
     const std::optional<std::string> tracks =
         path.empty() ? std::string() : ReadFile(path, problems);
-    if (tracks)
-        Add(problems, engine.SetTracks({{*tracks, path}}, {}));
+    if (tracks && problems.empty())
+        Add(problems, engine.SetTracks({{*tracks, path}}, settings));
     return problems;
+}
+
+Problems Drawing::SetClock(const Wishes &wishes) {
+    overlay::ClockSettings clock;
+    clock.utc = wishes.utc;
+    if (!wishes.start.empty()) {
+        clock.start = overlay::ParseStartTime(wishes.start, wishes.utc);
+        if (!clock.start)
+            return {"start is a time such as 2026-11-23T14:05:09Z, not " + wishes.start};
+    }
+    engine.SetClock(clock);
+    return {};
 }
 
 Problems Drawing::TakeNotes() {

@@ -17,8 +17,9 @@ using Inputs = unsigned;
 constexpr Inputs kFont = 1;
 constexpr Inputs kScript = 2;
 constexpr Inputs kTracks = 4;
-constexpr Inputs kAllInputs = kFont | kScript | kTracks;
-constexpr Inputs kControl = 8;
+constexpr Inputs kClock = 8;
+constexpr Inputs kAllInputs = kFont | kScript | kTracks | kClock;
+constexpr Inputs kControl = 16;
 
 struct Switches {
     bool drawRegions = true;
@@ -30,6 +31,11 @@ struct Wishes {
     std::string fontLocation;
     std::string scriptLocation;
     std::string tracksLocation;
+    std::string tracksFormat;
+    std::string classesLocation;
+    std::string start; // of the clock in texts
+    bool utc = false;
+    int64_t maxGap = 0;
     std::optional<std::string> script;     // in place of the file
     std::vector<std::string> controlLines; // since they were taken
     Switches switches;
@@ -67,7 +73,8 @@ class Drawing {
 
   private:
     Problems SetScript(const Wishes &wishes);
-    Problems SetTracks(const std::string &path);
+    Problems SetTracks(const Wishes &wishes);
+    Problems SetClock(const Wishes &wishes);
     overlay::FrameTime TimeOf(GstClockTime timeStamp, const GstSegment &segment) const;
 
     overlay::Engine engine;

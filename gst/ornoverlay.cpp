@@ -15,6 +15,7 @@ GST_DEBUG_CATEGORY_STATIC(orn_overlay_debug);
 
 namespace {
 
+constexpr guint kMaxGapFrames = 1000;      // as orn-overlay has it
 constexpr size_t kMaxControlLines = 10000; // that wait, should no frame come
 
 // Everything of the element that GObject does not allocate.
@@ -48,6 +49,11 @@ enum Property : guint {
     kTracksLocation,
     kDrawRoi,
     kEnabled,
+    kTracksFormat,
+    kClassesLocation,
+    kMaxGap,
+    kStart,
+    kUtc,
 };
 
 // Holds the object's lock while it lives.
@@ -232,6 +238,26 @@ void SetProperty(GObject *object, guint id, const GValue *value, GParamSpec *spe
         wishes.tracksLocation = TextOf(value);
         wishes.changed |= kTracks;
         break;
+    case kTracksFormat:
+        wishes.tracksFormat = TextOf(value);
+        wishes.changed |= kTracks;
+        break;
+    case kClassesLocation:
+        wishes.classesLocation = TextOf(value);
+        wishes.changed |= kTracks;
+        break;
+    case kMaxGap:
+        wishes.maxGap = g_value_get_uint(value);
+        wishes.changed |= kTracks;
+        break;
+    case kStart:
+        wishes.start = TextOf(value);
+        wishes.changed |= kClock;
+        break;
+    case kUtc:
+        wishes.utc = g_value_get_boolean(value) != FALSE;
+        wishes.changed |= kClock;
+        break;
     case kDrawRoi:
         wishes.switches.drawRegions = g_value_get_boolean(value) != FALSE;
         break;
@@ -260,6 +286,16 @@ void GetProperty(GObject *object, guint id, GValue *value, GParamSpec *spec) {
         return GiveText(value, wishes.fontLocation);
     case kTracksLocation:
         return GiveText(value, wishes.tracksLocation);
+    case kTracksFormat:
+        return GiveText(value, wishes.tracksFormat);
+    case kClassesLocation:
+        return GiveText(value, wishes.classesLocation);
+    case kMaxGap:
+        return g_value_set_uint(value, static_cast<guint>(wishes.maxGap));
+    case kStart:
+        return GiveText(value, wishes.start);
+    case kUtc:
+        return g_value_set_boolean(value, wishes.utc);
     case kDrawRoi:
         return g_value_set_boolean(value, wishes.switches.drawRegions);
     case kEnabled:
@@ -314,6 +350,23 @@ void AddProperties(GObjectClass *object) {
             "Tracked boxes for the lines of 'tracks' in the script, in a file of any format that "
             "orn-overlay reads, such as rows of frame,id,left,top,width,height,confidence. Frame 1 "
             "is the first of the segment");
+    AddText(object, kTracksFormat, "tracks-format", "Format of the tracks",
+            "mot, jsonl, yolo, coco or csv, where the file doesn't show it");
+    AddText(object, kClassesLocation, "classes-location", "Names of classes",
+            "File with a name a line, for tracks that have numbers of classes; the first is that "
+            "of class 0");
+    g_object_class_install_property(
+        object, kMaxGap,
+        g_param_spec_uint("max-gap", "Largest gap",
+                          "Draw a box between two of an id at most so many frames apart", 0,
+                          kMaxGapFrames, 0, kFlags));
+    AddText(object, kStart, "start", "Start of the clock",
+            "Time such as 2026-11-23T14:05:09Z with which {clock} begins; otherwise it shows the "
+            "time of day");
+    g_object_class_install_property(
+        object, kUtc,
+        g_param_spec_boolean("utc", "UTC", "Show {clock} in UTC, not in the time of this place",
+                             FALSE, kFlags));
     AddSwitch(object, kDrawRoi, "draw-roi", "Draw regions of interest",
               "Draw the lines of 'tracks' in the script for the frame's regions of interest, too: "
               "{class} is the region's type, {conf} is 'confidence' of the structure 'detection', "

@@ -77,6 +77,10 @@ Engine::~Engine() = default;
 Engine::Engine(Engine &&other) noexcept = default;
 Engine &Engine::operator=(Engine &&other) noexcept = default;
 
+void Engine::SetClock(const ClockSettings &clock) {
+    state->canvas.clock = clock;
+}
+
 Errors Engine::SetFont(const std::string &name) {
     FontStore fonts;
     FontChoice font;

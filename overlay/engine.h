@@ -51,6 +51,9 @@ class Engine {
     Engine(Engine &&other) noexcept;
     Engine &operator=(Engine &&other) noexcept;
 
+    // In place of the one of the settings.
+    void SetClock(const ClockSettings &clock);
+
     // Loads the font of texts for which a script names none: a file, or the name of an installed
     // set. Holds for scripts that are set after it. With an error, the font stays what it was.
     Errors SetFont(const std::string &name);

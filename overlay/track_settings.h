@@ -19,6 +19,9 @@ enum class TrackFormat {
     Csv,         // with a first row that names the columns
 };
 
+// Of its name: mot, jsonl, yolo, coco or csv.
+std::optional<TrackFormat> TrackFormatOf(std::string_view name);
+
 struct TrackSettings {
     // The number by which the file calls the first frame. Boxes may lie before a given one; if none
     // is given, it is 1, and a row before that is an error.

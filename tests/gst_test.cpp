@@ -203,6 +203,22 @@ TEST(Gst, BadFilesStopItBeforeTheFirstFrame) {
     }
 }
 
+TEST(Gst, TracksAndClockAsInTheProgram) {
+    const File tracks("1,1,2,0,1,1,1,7,1\n3,1,4,0,1,1,1,7,1\n"), classes("7: car\n");
+    Element made("tracks-location", tracks.path.c_str(), "tracks-format", "mot", "classes-location",
+                 classes.path.c_str());
+    made.Set("max-gap", 2u, "script", "tracks class=car fill box.left 0 +1 1 white");
+    made.Play();
+    EXPECT_EQ(made.DrawnIn(0), "2");
+    EXPECT_EQ(made.DrawnIn(1), "3"); // between two rows
+    made.Set("max-gap", 0u, "classes-location", nullptr);
+    EXPECT_EQ(made.DrawnIn(2), ""); // the class is 7 again
+    made.Set("tracks-format", "blob", "start", "tomorrow");
+    EXPECT_EQ(made.DrawnIn(3), "");
+    EXPECT_EQ(made.Told(GST_MESSAGE_WARNING),
+              "tracks-format is mot, jsonl, yolo, coco or csv, not blob (and 1 more)");
+}
+
 TEST(Gst, CapsChange) {
     const File picture("abcdef"); // 2 x 2 pixels with chroma; no frames without
     const std::string script =

@@ -2,11 +2,10 @@
 // Options are read one by one, then checked together.
 #include "options.h"
 
-#include "start_time.h"
-
 #include "common/command_line.h"
 #include "common/version.h"
 #include "overlay/engine.h"
+#include "overlay/start_time.h"
 #include "overlay/track_values.h"
 
 #include <algorithm>
@@ -116,12 +115,6 @@ constexpr Choice<overlay::Range> kRanges[] = {{"full", overlay::Range::Full},
 constexpr Choice<overlay::Matrix> kMatrices[] = {{"bt601", overlay::Matrix::Bt601},
                                                  {"bt709", overlay::Matrix::Bt709}};
 
-constexpr Choice<overlay::TrackFormat> kTrackFormats[] = {
-    {"mot", overlay::TrackFormat::Mot},   {"jsonl", overlay::TrackFormat::JsonLines},
-    {"yolo", overlay::TrackFormat::Yolo}, {"coco", overlay::TrackFormat::Coco},
-    {"csv", overlay::TrackFormat::Csv},
-};
-
 void AddFrameOptions(CLI::App &app, Options &options) {
     overlay::FrameShape &shape = options.shape;
     app.add_option_function<std::string>(
@@ -183,10 +176,19 @@ void AddTrackOptions(CLI::App &app, Options &options) {
     app.add_option("--tracks", options.tracksPath,
                    "Tracked boxes: a table, JSON, or a folder of YOLO's files")
         ->type_name("FILE");
-    AddChoice(app, "--tracks-format", kTrackFormats, options.tracks.format,
-              "mot, jsonl, yolo, coco or csv, where the file doesn't show it")
-        ->type_name("FORMAT")
-        ->default_str("");
+    app.add_option_function<std::string>(
+           "--tracks-format",
+           [&options](const std::string &text) {
+               const std::optional<overlay::TrackFormat> format =
+                   overlay::TrackFormatOf(CLI::detail::to_lower(text));
+               if (!format)
+                   throw CLI::ValidationError("--tracks-format", "expected mot, jsonl, yolo, coco "
+                                                                 "or csv, not '" +
+                                                                     text + "'");
+               options.tracks.format = *format;
+           },
+           "mot, jsonl, yolo, coco or csv, where the file doesn't show it")
+        ->type_name("FORMAT");
     app.add_option("--classes", options.classesPath,
                    "Names for the numbers of classes, one name a line")
         ->type_name("FILE");
@@ -307,7 +309,7 @@ void CheckOptions(const CLI::App &app, const std::string &start, Options &option
     if (options.input.empty() && options.shape.width == 0 && !options.check)
         throw CLI::RequiredError("--size (or -i)");
     if (app.count("--start") > 0) {
-        options.clock.start = ParseStartTime(start, options.clock.utc);
+        options.clock.start = overlay::ParseStartTime(start, options.clock.utc);
         if (!options.clock.start)
             throw CLI::ValidationError("--start", "expected a time such as 2026-11-23T14:05:09Z, "
                                                   "not '" +

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "start_time.h"
 
-#include "common/numbers.h"
-#include "overlay/clock.h"
+#include "clock.h"
+#include "words.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
 
-namespace {
+namespace overlay {
 
-using overlay::kMaxClockStart;
-using overlay::kNanoseconds;
+namespace {
 
 // Takes the zone from the end of the text; what it is ahead of UTC, in seconds.
 std::optional<int64_t> TakeZone(std::string &text) {
@@ -63,11 +63,17 @@ std::optional<int64_t> TakeFraction(std::string &text) {
     const size_t point = text.rfind('.');
     if (point == std::string::npos)
         return 0;
-    const std::optional<double> fraction = tool::ParseReal("0" + text.substr(point));
+    const std::optional<double> fraction = RealOf("0" + text.substr(point));
     if (!fraction || *fraction >= 1)
         return std::nullopt;
     text.resize(point);
     return std::llround(*fraction * static_cast<double>(kNanoseconds));
+}
+
+std::optional<int64_t> WholeOf(const std::string &text) {
+    const bool isWhole = !text.empty() && std::all_of(text.begin(), text.end(), IsDigit);
+    const std::optional<double> value = isWhole ? RealOf(text) : std::nullopt;
+    return value && *value < 1e15 ? std::optional<int64_t>(*value) : std::nullopt;
 }
 
 } // namespace
@@ -77,9 +83,10 @@ std::optional<int64_t> ParseStartTime(const std::string &text, bool utc) {
     std::string rest = text.substr(isNumber ? 1 : 0);
     const std::optional<int64_t> zone = isNumber ? std::nullopt : TakeZone(rest);
     const std::optional<int64_t> fraction = TakeFraction(rest);
-    const std::optional<int64_t> seconds =
-        isNumber ? tool::ParseInteger(rest) : SecondsOf(rest, utc || zone);
+    const std::optional<int64_t> seconds = isNumber ? WholeOf(rest) : SecondsOf(rest, utc || zone);
     if (!fraction || !seconds || *seconds < 0 || *seconds >= kMaxClockStart / kNanoseconds)
         return std::nullopt;
     return (*seconds - zone.value_or(0)) * kNanoseconds + *fraction;
 }
+
+} // namespace overlay
