@@ -14,6 +14,7 @@ namespace {
 
 constexpr size_t kBoxPlaces = 4;
 constexpr int32_t kMaxCount = 65535; // of frames, or of pixels on the side of a frame
+constexpr int32_t kLeastHeight = 1;  // what is too large for such frames, is so for all
 
 // "+N" counts from the coordinate before it, so there has to be one.
 void AddPlace(std::string_view word, Axis axis, Overlay &overlay) {
@@ -47,6 +48,8 @@ void AddWidth(std::string_view word, Overlay &overlay) {
 void AddCoordinate(std::string_view word, char kind, Overlay &overlay) {
     if (kind == 'a' && word == "auto")
         overlay.places.emplace_back(); // 0, which no other size is
+    else if (kind == 'a' && word.find('%') != std::string_view::npos)
+        overlay.places.push_back(ParseSize(word));
     else if (kind == 'n' || kind == 'a')
         AddCount(word, overlay);
     else if (kind == 's')
@@ -137,16 +140,20 @@ void TakeText(std::string_view &line, const ScriptFiles &files, Overlay &overlay
 
 void TakePicture(std::string_view &line, const ScriptFiles &files, Overlay &overlay) {
     const std::string path = TakePath(line, files);
-    const auto width = static_cast<int32_t>(overlay.places[2].offset);
-    const auto height = static_cast<int32_t>(overlay.places[3].offset);
+    const Place &width = overlay.places[2];
+    const Place &height = overlay.places[3];
     if (IsStill(path)) {
-        overlay.still =
-            std::make_unique<Still>(LoadStill(path, width, height, files.decodePicture));
+        overlay.still = std::make_unique<StillFile>(path, width, height, files.decodePicture);
+        overlay.still->ScaleFor(files.frameHeight.value_or(kLeastHeight));
         return;
     }
-    if (width == 0 || height == 0)
+    if (width.share > 0 || height.share > 0)
+        throw Failure("N% is for files named .png, .jpg or .jpeg: raw frames need both sizes in "
+                      "pixels");
+    if (width.offset == 0 || height.offset == 0)
         throw Failure("'auto' is for files named .png, .jpg or .jpeg: raw frames need both sizes");
-    overlay.picture = std::make_unique<Picture>(path, width, height);
+    overlay.picture = std::make_unique<Picture>(path, static_cast<int32_t>(width.offset),
+                                                static_cast<int32_t>(height.offset));
     if (files.hasChroma)
         overlay.picture->Open(*files.hasChroma);
 }

@@ -149,6 +149,7 @@ std::string ScriptHelp(const InputNames &names) {
         "of tracks do so unless they are fixed.\n"
         "N, SIZE: pixels, or N% of the frame's height. mask and mosaic of tracks may leave out "
         "L T R B.\n"
+        "WIDTH, HEIGHT of a picture: N, or auto, which keeps its shape.\n"
         "COLOUR: #rrggbb, id or class (the tracked box's own) or";
     return frames + CommandList() + words + ColourNames() +
            ".\nString: \\\" \\\\ \\n, and for their values {frame} {time} {fps}\n"

@@ -15,8 +15,11 @@ void DrawBitmap(Canvas &canvas, const Overlay &overlay) {
 
 // The first frame of its line shows the first of a file of frames.
 void DrawPicture(Canvas &canvas, const Overlay &overlay) {
-    if (overlay.still)
-        return overlay.still->Draw(canvas.image, PointAt(canvas, 0));
+    if (overlay.still) {
+        if (const Still *still = overlay.still->Scaled())
+            still->Draw(canvas.image, PointAt(canvas, 0));
+        return;
+    }
     const OrnMinRenderImage *source =
         overlay.picture->FrameAt(canvas.frameNumber - overlay.frames.first);
     const OrnMinRenderPoint corner = PointAt(canvas, 0);

@@ -97,15 +97,19 @@ Errors Engine::SetFont(const std::string &name) {
 
 // Names of files count from the folder of the file that names them.
 ScriptInputs Engine::State::InputsOf(const std::string &file) const {
-    ScriptInputs inputs{
-        settings.names,
-        font,
-        fonts,
-        settings.hasTracks,
-        KnowsFrames() ? canvas.shape.height : kAssumedHeight,
-        {std::filesystem::path(file).parent_path(), settings.hasChroma, settings.decodePicture}};
-    if (KnowsFrames())
+    ScriptInputs inputs{settings.names,
+                        font,
+                        fonts,
+                        settings.hasTracks,
+                        KnowsFrames() ? canvas.shape.height : kAssumedHeight,
+                        {std::filesystem::path(file).parent_path(),
+                         settings.hasChroma,
+                         settings.decodePicture,
+                         {}}};
+    if (KnowsFrames()) {
         inputs.files.hasChroma = canvas.shape.hasChroma;
+        inputs.files.frameHeight = canvas.shape.height;
+    }
     return inputs;
 }
 
@@ -211,8 +215,8 @@ Errors Engine::SetFrames(const FrameShape &shape) {
     state->ScaleTracks();
     Errors errors;
     for (Layer *layer : {&state->script, &state->named}) {
-        layer->MixColours(shape.colours);
-        Append(errors, layer->OpenPictures(shape.hasChroma));
+        Append(errors, layer->OpenPictures(shape));
+        layer->MixColours(shape.colours); // of pictures as they are scaled now
         Append(errors, layer->ChooseFonts(shape.height));
     }
     return errors;

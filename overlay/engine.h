@@ -78,8 +78,9 @@ class Engine {
     void SetBoxes(int64_t number, const std::vector<TrackedBox> &boxes);
 
     // Takes the shape of the frames that follow. Errors tell of pictures that hold no frames with
-    // or without chroma as these; such a picture is left out, and all else is drawn. They tell of
-    // fonts, too, that should replace others in frames of this height and can't be loaded.
+    // or without chroma as these; such a picture is left out, and all else is drawn. So is one
+    // whose size follows the height, if it can't be read any more or becomes too large. They tell
+    // of fonts, too, that should replace others in frames of this height and can't be loaded.
     Errors SetFrames(const FrameShape &shape);
 
     // The files of the fonts that texts of the script have, each once.

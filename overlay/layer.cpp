@@ -25,8 +25,8 @@ template <typename Take> Errors ForAll(Layer &layer, Take take) {
 void MixColours(Overlay &overlay, const ColourSpace &colours) {
     for (Paint &paint : overlay.paints)
         paint.colour = ColourOf(paint.rgb, colours);
-    if (overlay.still)
-        overlay.still->Mix(colours);
+    if (overlay.still && overlay.still->Scaled())
+        overlay.still->Scaled()->Mix(colours);
 }
 
 void Layer::Retime() {
@@ -41,10 +41,12 @@ void Layer::MixColours(const ColourSpace &colours) {
         overlay::MixColours(overlay, colours);
 }
 
-Errors Layer::OpenPictures(bool hasChroma) {
-    return ForAll(*this, [hasChroma](Overlay &overlay) {
+Errors Layer::OpenPictures(const FrameShape &shape) {
+    return ForAll(*this, [&shape](Overlay &overlay) {
         if (overlay.picture)
-            overlay.picture->Open(hasChroma);
+            overlay.picture->Open(shape.hasChroma);
+        if (overlay.still)
+            overlay.still->ScaleFor(shape.height);
     });
 }
 

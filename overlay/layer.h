@@ -22,7 +22,7 @@ struct Layer {
 
     // Take what frames are like. What they return tells of what can't be drawn in such frames.
     void MixColours(const ColourSpace &colours);
-    Errors OpenPictures(bool hasChroma);
+    Errors OpenPictures(const FrameShape &shape);
     Errors ChooseFonts(int32_t frameHeight);
 };
 

@@ -66,7 +66,7 @@ struct Overlay {
     std::vector<TextPiece> text;
     Bitmap bitmap;
     std::unique_ptr<Picture> picture; // of raw frames
-    std::unique_ptr<Still> still;     // or of one picture
+    std::unique_ptr<StillFile> still; // or of one picture
 };
 
 } // namespace overlay

@@ -55,6 +55,11 @@ int64_t CountFrames(const std::string &path, size_t frameBytes) {
     return static_cast<int64_t>(bytes / frameBytes);
 }
 
+// 0 where the script leaves it to the other side.
+int32_t SideFor(const Place &side, int32_t frameHeight) {
+    return side.share > 0 || side.offset > 0 ? PixelsOf(side, frameHeight) : 0;
+}
+
 } // namespace
 
 Font FontStore::Get(const std::string &path, int32_t direction) {
@@ -88,14 +93,22 @@ bool IsStill(const std::string &path) {
     return extension == ".png" || extension == ".jpg" || extension == ".jpeg";
 }
 
-Still LoadStill(const std::string &path, int32_t width, int32_t height,
-                const PictureDecoder &decode) {
+StillFile::StillFile(std::string name, const Place &ofWidth, const Place &ofHeight,
+                     PictureDecoder decoder)
+    : path(std::move(name)), width(ofWidth), height(ofHeight), decode(std::move(decoder)) {
+}
+
+void StillFile::ScaleFor(int32_t frameHeight) {
+    if (still && (frameHeight == madeFor || (width.share <= 0 && height.share <= 0)))
+        return;
+    still.reset();
     if (!decode)
         throw FileFailure(path, "only raw frames can be read here: this build is without FFmpeg's "
                                 "libraries, which PNG and JPEG need");
     const std::string content = ReadLimited(path, kMaxStillBytes);
     try {
-        return Still(decode(content, width, height));
+        still.emplace(decode(content, SideFor(width, frameHeight), SideFor(height, frameHeight)));
+        madeFor = frameHeight;
     } catch (const Failure &failure) {
         throw FileFailure(path, failure.what());
     }

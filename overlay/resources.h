@@ -5,6 +5,7 @@
 #include "frame_memory.h"
 #include "messages.h"
 #include "pbm.h"
+#include "place.h"
 #include "still.h"
 
 #include <cstdio>
@@ -43,9 +44,29 @@ Bitmap LoadBitmap(const std::string &path);
 // Whether a name is that of a PNG or JPEG file, and not of raw frames.
 bool IsStill(const std::string &path);
 
-// A side of 0 follows from the other one. Throws FileFailure, also when there is no decoder.
-Still LoadStill(const std::string &path, int32_t width, int32_t height,
-                const PictureDecoder &decode);
+// A PNG or JPEG file, scaled to sizes that may follow the frames' height.
+class StillFile {
+  public:
+    // A side without a size follows from the other one. Reads nothing yet.
+    StillFile(std::string path, const Place &width, const Place &height, PictureDecoder decoder);
+
+    // Makes the picture for frames of a height, unless it is made for these already. Throws
+    // FileFailure, also when there is no decoder; there is no picture then.
+    void ScaleFor(int32_t frameHeight);
+
+    // Null unless it could be made.
+    Still *Scaled() {
+        return still ? &*still : nullptr;
+    }
+
+  private:
+    std::string path;
+    Place width;
+    Place height;
+    PictureDecoder decode;
+    std::optional<Still> still;
+    int32_t madeFor = 0; // height of frames
+};
 
 // A file of raw frames, without padding, shown from the first one over and over.
 class Picture {
@@ -78,9 +99,10 @@ class Picture {
 
 // What a script's files need to be found and understood.
 struct ScriptFiles {
-    std::filesystem::path folder;  // from which their names count
-    std::optional<bool> hasChroma; // whether pictures have it, where that is known already
-    PictureDecoder decodePicture;  // of PNG and JPEG; may be none
+    std::filesystem::path folder;       // from which their names count
+    std::optional<bool> hasChroma;      // whether pictures have it, where that is known already
+    PictureDecoder decodePicture;       // of PNG and JPEG; may be none
+    std::optional<int32_t> frameHeight; // for which these are scaled, where that is known already
 };
 
 } // namespace overlay

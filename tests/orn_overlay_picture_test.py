@@ -29,20 +29,20 @@ def png(name, rows, size=None):
         chunk(b"IDAT", zlib.compress(data)) + chunk(b"IEND", b""))
 
 
-def draw(script, *options, status=0, message=""):
+def draw(script, *options, status=0, message="", height=HEIGHT):
     pathlib.Path("script").write_text(script)
-    frame = bytes([50]) * (2 * WIDTH * (HEIGHT + 1))
-    chroma = (WIDTH + 1) * ((HEIGHT + 1) // 2) if "y8" not in options else 0
-    done = subprocess.run([overlay, "--size", f"{WIDTH}x{HEIGHT}", *options, "script"], check=False,
-                          input=frame[:WIDTH * HEIGHT + chroma], capture_output=True, timeout=50)
+    frame = bytes([50]) * (2 * WIDTH * (height + 1))
+    chroma = (WIDTH + 1) * ((height + 1) // 2) if "y8" not in options else 0
+    done = subprocess.run([overlay, "--size", f"{WIDTH}x{height}", *options, "script"], check=False,
+                          input=frame[:WIDTH * height + chroma], capture_output=True, timeout=50)
     said = done.stderr.decode()
     if done.returncode != status or message not in said or (said and not message):
         failures.append(f"{script}: exit {done.returncode}, not {status} with '{message}': {said}")
     return done.stdout
 
 
-def same(script, other, *options):
-    one, two = draw(script, *options), draw(other, *options)
+def same(script, other, *options, height=HEIGHT):
+    one, two = draw(script, *options, height=height), draw(other, *options, height=height)
     if one != two or set(one) == {50}:
         failures.append(f"not the same, or nothing: {script}: {other}: {one.hex()} {two.hex()}")
 
@@ -71,6 +71,10 @@ for options in ["--format", "y8"], ["--range", "limited"], ["--matrix", "bt709"]
             failures.append(f"{options}: {size}: what is transparent is drawn")
 same("* picture 4 2 4 3 \"parts.png\"", PARTS.format(4, 2, 7, 3, 4), "--format", "y8")
 same("* picture 5 -1 auto auto \"parts.png\"", PARTS.format(5, -1, 8, 0, 1), "--format", "y8")
+for size, height, pixels in [
+        ("25% auto", 12, "3 auto"), ("25% auto", 40, "10 auto"), ("auto 50%", 12, "auto 6"),
+        ("50% 10%+1", 40, "20 5"), ("0.001% 9", 13, "1 9"), ("1000% 1000%", 12, "120 120")]:
+    same(f"* picture 2 2 {size} \"parts.png\"", f"* picture 2 2 {pixels} \"parts.png\"", height=height)
 # A sample of four pixels of which one is drawn keeps its chroma, one with half of its pixels does not.
 drawn = draw("* picture 4 2 4 3 \"parts.png\"")[WIDTH * HEIGHT:]
 fills = draw("* fill 4 2 6 4 #c81e0a\n* fill 4 4 5 5 #0a14dc")[WIDTH * HEIGHT:]
@@ -99,7 +103,10 @@ for arguments, reason in [
         ("9 9 \"folder.jpeg\"", "folder.jpeg: Is a directory"),
         ("auto 100 \"wide.png\"", "wide.png: would be drawn with more than"),
         ("65535 65535 \"dot.PNG\"", "would be drawn with more than 8192 x 4320"),
-        ("auto 9 \"frames.raw\"", "raw frames need both sizes"), ("9 0 \"dot.PNG\"", "bad number '0'")]:
+        ("auto 9 \"frames.raw\"", "raw frames need both sizes"),
+        ("9 10% \"frames.raw\"", "raw frames need both sizes in pixels"),
+        ("0% 9 \"dot.PNG\"", "bad size '0%'"), ("9 -5% \"dot.PNG\"", "bad size '-5%'"),
+        ("9 0 \"dot.PNG\"", "bad number '0'")]:
     draw(f"* fill 0 0 1 1 red\n* picture 0 0 {arguments}", "--check", status=1, message="script:2: ")
     draw(f"* picture 0 0 {arguments}", "--check", status=1, message=reason)
 draw("* picture 1999999999 -2147483648 9 auto \"dot.PNG\"\n* picture 9 2147483647 9 9 \"dot.PNG\"")
