@@ -171,7 +171,7 @@ def test_latest():
     process.wait(30)
     os.remove("boxes")
     check(shown[0] == 0 and [w for i, w in enumerate(shown[1:]) if w != shown[i]] == [9, 30, 12],
-          f"--latest: {shown}")
+          f"--latest: {shown[:9]} ... {shown[-9:]}")
 
 
 def test_tracks_beside_a_clip():
