@@ -219,11 +219,13 @@ void SetProperty(GObject *object, guint id, const GValue *value, GParamSpec *spe
     OrnOverlay *self = SelfOf(object);
     const ObjectLock lock(self);
     Wishes &wishes = self->state->wishes;
+    const auto take = [&wishes, value](std::string &text, Inputs input) {
+        text = TextOf(value);
+        wishes.changed |= input;
+    };
     switch (id) {
     case kScriptLocation:
-        wishes.scriptLocation = TextOf(value);
-        wishes.changed |= kScript;
-        break;
+        return take(wishes.scriptLocation, kScript);
     case kScriptText:
         wishes.script.reset();
         if (g_value_get_string(value))
@@ -231,29 +233,19 @@ void SetProperty(GObject *object, guint id, const GValue *value, GParamSpec *spe
         wishes.changed |= kScript;
         break;
     case kFontLocation:
-        wishes.fontLocation = TextOf(value);
-        wishes.changed |= kFont;
-        break;
+        return take(wishes.fontLocation, kFont);
     case kTracksLocation:
-        wishes.tracksLocation = TextOf(value);
-        wishes.changed |= kTracks;
-        break;
+        return take(wishes.tracksLocation, kTracks);
     case kTracksFormat:
-        wishes.tracksFormat = TextOf(value);
-        wishes.changed |= kTracks;
-        break;
+        return take(wishes.tracksFormat, kTracks);
     case kClassesLocation:
-        wishes.classesLocation = TextOf(value);
-        wishes.changed |= kTracks;
-        break;
+        return take(wishes.classesLocation, kTracks);
     case kMaxGap:
         wishes.maxGap = g_value_get_uint(value);
         wishes.changed |= kTracks;
         break;
     case kStart:
-        wishes.start = TextOf(value);
-        wishes.changed |= kClock;
-        break;
+        return take(wishes.start, kClock);
     case kUtc:
         wishes.utc = g_value_get_boolean(value) != FALSE;
         wishes.changed |= kClock;

@@ -3,6 +3,7 @@
 // they are: what is transparent may have any colour, which must not bleed into what is not.
 #include "ffmpeg_pictures.h"
 
+#include "ffmpeg_objects.h"
 #include "messages.h"
 
 #include <algorithm>
@@ -22,16 +23,6 @@ namespace {
 
 constexpr char kTooMany[] = "more than 8192 x 4320 pixels";
 static_assert(kMaxPicturePixels == int64_t{8192} * 4320);
-
-template <auto destroy> struct Destroyer {
-    template <typename Object> void operator()(Object *object) const {
-        destroy(&object);
-    }
-};
-
-using FramePtr = std::unique_ptr<AVFrame, Destroyer<av_frame_free>>;
-using PacketPtr = std::unique_ptr<AVPacket, Destroyer<av_packet_free>>;
-using CodecPtr = std::unique_ptr<AVCodecContext, Destroyer<avcodec_free_context>>;
 
 struct SwsDestroyer {
     void operator()(SwsContext *scaler) const {

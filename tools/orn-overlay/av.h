@@ -9,24 +9,19 @@
 #include <new>
 #include <string>
 
+#include "overlay/ffmpeg_objects.h"
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/buffer.h>
 }
 
-// For functions that take the address of a pointer and leave null there.
-template <auto destroy> struct AvDestroyer {
-    template <typename Object> void operator()(Object *object) const {
-        destroy(&object);
-    }
-};
-
-using FramePtr = std::unique_ptr<AVFrame, AvDestroyer<av_frame_free>>;
-using PacketPtr = std::unique_ptr<AVPacket, AvDestroyer<av_packet_free>>;
-using CodecPtr = std::unique_ptr<AVCodecContext, AvDestroyer<avcodec_free_context>>;
-using InputPtr = std::unique_ptr<AVFormatContext, AvDestroyer<avformat_close_input>>;
-using PoolPtr = std::unique_ptr<AVBufferPool, AvDestroyer<av_buffer_pool_uninit>>;
+using overlay::CodecPtr;
+using overlay::FramePtr;
+using overlay::PacketPtr;
+using InputPtr = std::unique_ptr<AVFormatContext, overlay::AvDestroyer<avformat_close_input>>;
+using PoolPtr = std::unique_ptr<AVBufferPool, overlay::AvDestroyer<av_buffer_pool_uninit>>;
 
 template <typename Pointer> Pointer NotNull(Pointer pointer) {
     if (!pointer)

@@ -11,7 +11,7 @@ extern "C" {
 #include <libavfilter/avfilter.h>
 }
 
-using GraphPtr = std::unique_ptr<AVFilterGraph, AvDestroyer<avfilter_graph_free>>;
+using GraphPtr = std::unique_ptr<AVFilterGraph, overlay::AvDestroyer<avfilter_graph_free>>;
 
 // What the frames of a film have in common.
 struct FilmShape {
