@@ -12,6 +12,7 @@ failures=0
 fail() {
     echo "FAILED: $*" >&2
     failures=$((failures + 1))
+    [ -z "${FAIL_FAST-}" ] || exit 1
 }
 
 # expect STATUS PATTERN COMMAND...: the exit status, and a line of standard error (or none for '').

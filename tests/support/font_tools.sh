@@ -11,6 +11,7 @@ cd "$work" || exit 1
 fail() {
     echo "FAILED: $*" >&2
     failures=$((failures + 1))
+    [ -z "${FAIL_FAST-}" ] || exit 1
 }
 
 # run STATUS PATTERN COMMAND...: the exit status, and a line of what it says ('^$': nothing).
