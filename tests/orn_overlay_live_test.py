@@ -49,7 +49,7 @@ def writer(path, write):
     def run():
         with contextlib.suppress(BrokenPipeError), open(path, "w", encoding="latin1") as pipe:
             write(pipe)
-    thread = threading.Thread(target=run)
+    thread = threading.Thread(target=run, daemon=True)
     thread.start()
     yield path
     thread.join(30)
@@ -131,7 +131,7 @@ def test_detector_needs_the_frame():
     def read():
         while len(frame := process.stdout.read(SIZE)) == SIZE:
             frames.append(frame)
-    reader = threading.Thread(target=read)
+    reader = threading.Thread(target=read, daemon=True)
     reader.start()
     with open("boxes", "w", encoding="ascii") as boxes:
         for number in range(count):
@@ -271,7 +271,7 @@ def test_everything_at_once():
             sizes.append(resident(process))
 
     said = []
-    threads = [threading.Thread(target=task) for task in
+    threads = [threading.Thread(target=task, daemon=True) for task in
                (send_frames, send_tracks, send_lines, send_scripts,
                 lambda: said.extend(process.stderr.read().splitlines()))]
     for thread in threads:
