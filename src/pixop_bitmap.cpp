@@ -37,10 +37,10 @@ struct BitmapView {
     int32_t height;
 };
 
+constexpr int32_t kPieceRows = kMaxExpandedRows;
+
 // The rows shown from some sample on, as many as a piece holds, and how many rows of the plane show
 // each.
-constexpr int32_t kPieceRows = 32;
-
 struct SourceRows {
     int32_t count;
     int64_t end; // of the samples that show them

@@ -114,6 +114,7 @@ struct BitScaling {
 constexpr int32_t kFractionBits = 16;
 constexpr int64_t kSameSize = 1 << kFractionBits; // every sample shows a column of its own
 constexpr int32_t kMaxScaledBits = 512;
+constexpr int32_t kMaxExpandedRows = 32; // in one call
 
 // The first sample that shows the given column of an enlarged bitmap, or a later one.
 inline int64_t FirstSampleOf(uint32_t column, int64_t step) {
@@ -201,8 +202,8 @@ Set Best();
 // PaintNarrowMask: paints luma through a mask so prepared, all of whose bits lie in columns: the
 // shape of most glyphs.
 //
-// PlanBits, ExpandBits: turn rows of a bitmap into rows of a mask, pitch words apart; what lies
-// past the last sample in a row's last word is undefined.
+// PlanBits, ExpandBits: turn up to kMaxExpandedRows rows of a bitmap into rows of a mask, pitch
+// words apart; what lies past the last sample in a row's last word is undefined.
 #define ORN_KERNEL_LOOPS(SET)                                                                      \
     void FillRows(uint8_t *first, ptrdiff_t stride, int64_t rows, ptrdiff_t bytes,                 \
                   Pattern pattern SET);                                                            \

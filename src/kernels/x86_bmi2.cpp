@@ -90,7 +90,6 @@ void kernels::bmi2::PlanBits(BitPlan *plan, const BitScaling &scaling) {
 
 // ---- Rows: the columns of a group are found in several rows, then turned round, then placed ----
 
-constexpr int32_t kRowsAtOnce = 32;
 constexpr int32_t kColumnsOfVector = 4; // times 64
 
 static void FindColumns(uint64_t *columns, const uint32_t *const *rows, int32_t count,
@@ -147,11 +146,15 @@ ORN_BMI2 void SelectColumns(uint32_t *to, int32_t pitch, const uint64_t *columns
         *to = static_cast<uint32_t>(_pext_u64(columns[i], places));
 }
 
-static void DepositRows(uint32_t *to, int32_t pitch, const uint32_t *const *rows, int32_t rowCount,
-                        const BitPlan &plan) {
+void kernels::bmi2::ExpandBits(uint32_t *to, int32_t pitch, const uint32_t *const *rows,
+                               int32_t rowCount, const BitPlan &plan) {
+    if (plan.way != BitPlan::Deposit) {
+        plain::ExpandBits(to, pitch, rows, rowCount, plan);
+        return;
+    }
     const int32_t words = WordsPerRow(plan.scaling.samples);
     const int32_t wordsOfGroup = SamplesOfGroup(plan.scaling) / kWordBits;
-    uint64_t columns[kRowsAtOnce];
+    uint64_t columns[kMaxExpandedRows];
     for (int32_t i = 0; i * wordsOfGroup < words; ++i) {
         const BitGroup &group = plan.groups[i];
         FindColumns(columns, rows, rowCount, group);
@@ -163,17 +166,6 @@ static void DepositRows(uint32_t *to, int32_t pitch, const uint32_t *const *rows
         else
             SpreadColumns<uint32_t>(to + 2 * i, pitch, columns, rowCount, group.places);
     }
-}
-
-void kernels::bmi2::ExpandBits(uint32_t *to, int32_t pitch, const uint32_t *const *rows,
-                               int32_t rowCount, const BitPlan &plan) {
-    if (plan.way != BitPlan::Deposit) {
-        plain::ExpandBits(to, pitch, rows, rowCount, plan);
-        return;
-    }
-    for (int32_t i = 0; i < rowCount; i += kRowsAtOnce)
-        DepositRows(to + i * ptrdiff_t{pitch}, pitch, rows + i,
-                    static_cast<int32_t>(Min(rowCount - i, kRowsAtOnce)), plan);
 }
 
 #endif
