@@ -104,15 +104,9 @@ int64_t ParseJsonLine(std::string_view line, const TrackSettings &settings, cons
     const Json &list = Required(object, "boxes");
     if (!list.is_array())
         throw Failure("bad \"boxes\": expected an array");
-    const size_t before = boxes.size();
-    try {
-        for (const Json &element : list) {
-            boxes.push_back(BoxOfLine(element, settings));
-            boxes.back().frame = frame;
-        }
-    } catch (const Failure &) {
-        boxes.resize(before);
-        throw;
+    for (const Json &element : list) {
+        boxes.push_back(BoxOfLine(element, settings));
+        boxes.back().frame = frame;
     }
     return frame;
 }
@@ -125,7 +119,8 @@ std::vector<TrackedBox> ParseCoco(std::string_view content, const std::string &f
     std::vector<TrackedBox> boxes;
     size_t element = 0;
     const auto take = [&](int depth, Json::parse_event_t event, Json &value) {
-        if (depth == 0 && event == Json::parse_event_t::object_start)
+        if (depth == 0 && event != Json::parse_event_t::array_start &&
+            event != Json::parse_event_t::array_end)
             throw Failure("expected an array of results");
         const bool isElement = depth == 1 && (event == Json::parse_event_t::object_end ||
                                               event == Json::parse_event_t::array_end ||
@@ -145,6 +140,8 @@ std::vector<TrackedBox> ParseCoco(std::string_view content, const std::string &f
     };
     try {
         const Json nothing = Json::parse(content, take); // all of it went to take
+        if (errors.size() >= kMaxErrors)
+            errors.push_back({file, 0, "too many errors, the rest is not checked"});
     } catch (const Json::exception &error) {
         errors.push_back({file, 0, "the file " + NotJson(error)});
     } catch (const Failure &failure) {

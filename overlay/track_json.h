@@ -10,7 +10,8 @@
 namespace overlay {
 
 // Reads a line such as {"frame": 12, "boxes": [{"id": 3, "class": "person", "conf": 0.91,
-// "box": [left, top, right, bottom]}]}, adds its boxes and returns its frame. Throws Failure.
+// "box": [left, top, right, bottom]}]}, adds its boxes and returns its frame. Throws Failure, and
+// has added those before the wrong one then.
 int64_t ParseJsonLine(std::string_view line, const TrackSettings &settings, const InputNames &names,
                       std::vector<TrackedBox> &boxes);
 

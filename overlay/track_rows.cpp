@@ -103,16 +103,16 @@ const Columns::Names Columns::kNames[] = {
     {ClassId, {"class_id", "category_id", "cls"}},
 };
 
-// The count of fields for what is not there.
+// Outside of every row for what is not there: rows may be longer than the header.
 std::array<size_t, Columns::kColumns> Columns::PlacesIn(const Fields &header) {
     std::array<size_t, kColumns> places;
-    places.fill(header.count);
+    places.fill(Fields::kMost);
     const auto end = header.values.begin() + static_cast<ptrdiff_t>(header.count);
     for (const Names &wanted : kNames)
         for (const std::string_view name : wanted.names) {
             const auto isNamed = [name](const std::string &field) { return Lower(field) == name; };
             const auto found = std::find_if(header.values.begin(), end, isNamed);
-            if (places[wanted.column] == header.count && !name.empty())
+            if (places[wanted.column] == Fields::kMost && found != end && !name.empty())
                 places[wanted.column] = static_cast<size_t>(found - header.values.begin());
         }
     return places;
@@ -120,7 +120,7 @@ std::array<size_t, Columns::kColumns> Columns::PlacesIn(const Fields &header) {
 
 bool Columns::AreNamed(const Fields &header) {
     const std::array<size_t, kColumns> found = PlacesIn(header);
-    const auto has = [&](Column column) { return found[column] < header.count; };
+    const auto has = [&](Column column) { return found[column] < Fields::kMost; };
     return has(Frame) && has(Left) && has(Top) && (has(Right) || has(Width)) &&
            (has(Bottom) || has(Height));
 }

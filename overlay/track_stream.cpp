@@ -88,8 +88,10 @@ void TrackStream::FillGapBefore(const TrackedBox &box) {
     if (last != lastOfId.end() && box.frame - last->second.frame <= maxGap)
         for (int64_t frame = last->second.frame + 1; frame < box.frame; ++frame)
             Add(BoxBetween(last->second, box, frame));
-    if (lastOfId.size() < kMaxIds)
-        lastOfId.insert_or_assign(box.id, box);
+    if (last != lastOfId.end())
+        last->second = box;
+    else if (lastOfId.size() < kMaxIds)
+        lastOfId.emplace(box.id, box);
 }
 
 void TrackStream::Add(TrackedBox box) {
