@@ -3,7 +3,9 @@
 #include "overlay/track_stream.h"
 
 #include <algorithm>
+#include <cstring>
 #include <gtest/gtest.h>
+#include <sstream>
 
 using overlay::Errors;
 using overlay::TrackedBox;
@@ -89,51 +91,59 @@ TEST(Tracks, WhatIsWrongIsToldByItsLine) {
         EXPECT_EQ(Parsed(file), errors) << file;
 }
 
+// Files and how what they give begins; bars stand for line feeds.
 TEST(Tracks, ValuesHaveEdges) {
-    const char *const files[][2] = {
-        {"1,1,1e12,-1e12,0,0", "0:1 1e+12,-1e+12-1e+12,-1e+12 1\n"},
-        {"1,1,1000000000001,0,0,0",
-         "f:1: bad left '1000000000001': expected a number from -1e12 to 1e12\n"},
-        {"4294967295,-4294967295,0,0,0,0", "4294967294:-4294967295 0,0-0,0 1\n"},
-        {"4294967296,1,0,0,0,0", "f:1: bad frame '4294967296': expected a whole number\n"},
-        {"1,1,0,0,0,-1", "f:1: bad height '-1': expected 0 or more\n"},
-        {"1,1,0,0,1,1,0.5,7\n1,1,0,0,1,1,1,0\n1,1,0,0,1,1,1,7,1,1,1",
-         "0:1 0,0-1,1 0.5 bus\n0:1 0,0-1,1 1 0\n0:1 0,0-1,1 1\n"},
-        {"1,1,0,0,1,1,", "f:1: bad confidence '': expected a number\n"},
-        {"1,1,0,0,1,1,2e12,7",
-         "f:1: bad confidence '2000000000000': expected a number from -1e12 to 1e12\n"},
-        {"1,1,0,0,1", "f:1: expected frame,id,left,top,width,height and perhaps confidence, found "
-                      "5 values\n"},
-        {"1", "f:1: expected frame class x y width height and perhaps confidence and id, found 1 "
-              "value\n"},
-        {"1 7 -2 2 2 0 0.5 3 9",
-         "f:1: expected frame class x y width height and perhaps confidence "
-         "and id, found 9 values\n"},
-        {"7 -2 2 2 0\n1 7 0 0 1 1\n1 7 0 0 1 1 1 0", "0:-1 -3,2--1,2 1 bus\n0:-1 -0.5,-0.5-0.5,0.5 "
-                                                     "1 bus\n0:0 -0.5,-0.5-0.5,0.5 1 bus\n"},
-        {"7 0 -2.5 1 1", "f:1: bad y '-2.5': expected a part of 1, the frame's width or height, "
-                         "not pixels\n"},
-        {"{\"frame\":1,\"boxes\":{}}\n{\"frame\":1,\"boxes\":[{\"box\":[0,1,0,1],\"id\":null}]}\n"
-         "{\"frame\":1,\"boxes\":[{\"box\":[0,2,0,1]}]}\n{\"frame\":1e999}\n"
-         "{\"frame\":1,\"boxes\":[{\"box\":[0,0,0,0,0]}]}\n"
-         "{\"frame\":1,\"boxes\":[{\"box\":[0,0,0,0],\"class\":\"\\u0000\"}]}",
-         "0:-1 0,1-0,1 1\nf:1: bad \"boxes\": expected an array\n"
-         "f:3: bad bottom '1': it lies above the top edge\n"
-         "f:4: the line holds a number that is too large\n"
-         "f:5: bad \"box\": expected four numbers\n"
-         "f:6: the name of the class is not UTF-8\n"},
-        {"\xEF\xBB\xBF\n[{\"image_id\":1,\"bbox\":[0,0,1,1],\"track_id\":3,\"category_id\":null,"
-         "\"more\":{\"a\":[1,{}]}},[[1]]]",
-         "0:3 0,0-1,1 1\nf: result 2: expected an object with \"image_id\"\n"},
-    };
+    std::istringstream cases(R"(1,1,1e12,-1e12,0,0 > 0:1 1e+12,-1e+12-1e+12,-1e+12 1|
+1,1,1000000000001,0,0,0 > f:1: bad left '1000000000001': expected a number from -1e12 to 1e12|
+4294967295,-4294967295,0,0,0,0 > 4294967294:-4294967295 0,0-0,0 1|
+4294967296,1,0,0,0,0 > f:1: bad frame '4294967296': expected a whole number|
+1,1,0,0,0,-1 > f:1: bad height '-1': expected 0 or more|
+1,1,0,0,1,1,1,7|1,1,0,0,1,1,1,0|1,1,0,0,1,1,1,7,1,1,1 > 0:1 0,0-1,1 1 bus|0:1 0,0-1,1 1 0|0:1 0,0-1,1 1|
+1,1,0,0,1,1,|1,1,0,0,1,1,2e12 > f:1: bad confidence '': expected a number|f:2: bad confidence '2000000000000'
+1,1,0,0,1 > f:1: expected frame,id,left,top,width,height and perhaps confidence, found 5 values|
+1 > f:1: expected frame class x y width height and perhaps confidence and id, found 1 value|
+1 7 -2 2 2 0 0.5 3 9 > f:1: expected frame class x y width height and perhaps confidence and id, found 9
+7 -2 2 2 0|1 7 0 0 1 1|1 7 0 0 1 1 1 0 > 0:-1 -3,2--1,2 1 bus|0:-1 -0.5,-0.5-0.5,0.5 1 bus|0:0 -0.5,
+7 0 -2.5 1 1 > f:1: bad y '-2.5': expected a part of 1, the frame's width or height, not pixels|
+{"frame":1,"boxes":[{"box":[0,1,0,1],"id":null}]}|{"frame":1e999} > 0:-1 0,1-0,1 1|f:2: the line holds a
+{"frame":1,"boxes":{}}|{"frame":1,"boxes":[{"box":[0,2,0,1]}]} > f:1: bad "boxes": expected an array|f:2: bad bot
+{"frame":1,"boxes":[{"box":[0,0,0,0,0]}]} > f:1: bad "box": expected four numbers|
+{"frame":1,"boxes":[{"box":[0,0,0,0],"class":"\u0000"}]} > f:1: the name of the class is not UTF-8|
+[{"image_id":1,"bbox":[0,0,1,1],"track_id":3,"more":{"a":[1,{}]}},[[1]]] > 0:3 0,0-1,1 1|f: result 2: expected
+FRAME_ID,X1,Y_MIN,XMAX,BBOX_HEIGHT|1,2,3,4,5 > 0:-1 2,3-4,8 1|
+frame,x1,left,top,w,bottom,|1,9,2,3,4,5,0.5,8,8 > 0:-1 2,3-6,5 1|
+frame,left,top,right,w,bottom,h|1,2,3,10,99,20,99|1,2,3,,4,,5 > 0:-1 2,3-10,20 1|0:-1 2,3-6,8 1|
+frame,left,top,w,h,id,score|1,2,3,4,5|1,2,3,4,5,0,0.5 > 0:-1 2,3-6,8 1|0:0 2,3-6,8 0.5|
+frame,left,top,w,h,class,cls|1,2,3,4,5,7,8|1,2,3,4,5,,7 > 0:-1 2,3-6,8 1 bus|0:-1 2,3-6,8 1 bus|
+frame,left,top,w,h,class,cls|1,2,3,4,5,,-1|1,2,3,4,5,nan,7 > 0:-1 2,3-6,8 1|0:-1 2,3-6,8 1 nan|
+frame,left,top,w,h|,2,3,4,5|1,2,3,4 > f:2: bad frame '': expected a number|f:3: bad height '': expected
+a,left,top,w,h > f:1: the first row has to name the columns frame, left, top, right or width, and bottom
+frame_no,a,top,w,h > f:1: the first row
+frame_no,left,a,w,h > f:1: the first row
+frame_no,left,top,a,h > f:1: the first row
+frame_no,left,top,w,a > f:1: the first row
+class,frame,x1,y1,w,h| a	,1,2,3,4,5|"a,b" ,1,2,3,4,5 > 0:-1 2,3-6,8 1 a|0:-1 2,3-6,8 1 a,b|
+class,frame,x1,y1,w,h|" a ""b",1,2,3,4,5|"""",1,2,3,4,5 > 0:-1 2,3-6,8 1  a "b|0:-1 2,3-6,8 1 "|
+class,frame,x1,y1,w,h|"a"b,1,2,3,4,5|a"b,1,2,3,4,5|"",1,2,3,4,5 > 0:-1 2,3-6,8 1 ab|0:-1 2,3-6,8 1 a"b|0:-1 2,3-6,8 1|
+class,frame,x1,y1,w,h|"a||" > f:2: a quote without the one that ends it|f:4: a quote
+class,frame,x1,y1,w,h|"a"" > f:2: a quote)");
     TrackSettings settings;
     settings.classes[7] = "bus";
-    for (const auto &[file, boxes] : files)
-        EXPECT_EQ(Parsed(file, settings), boxes) << file;
+    for (std::string line; std::getline(cases, line);) {
+        std::replace(line.begin(), line.end(), '|', '\n');
+        const size_t end = line.find(" > ");
+        const std::string expected = line.substr(end + 3);
+        EXPECT_EQ(Parsed(line.substr(0, end), settings).substr(0, expected.size()), expected);
+    }
+    const std::string row = "2,3,4,5" + std::string(60, ',') + "1,x";
+    EXPECT_EQ(Parsed("left,top,w,h" + std::string(60, ',') + "frame,id\n" + row),
+              "0:-1 2,3-6,8 1\n");
+    EXPECT_EQ(Parsed("left,top,w,h" + std::string(61, ',') + "frame").substr(0, 13),
+              "f:1: the firs");
+    EXPECT_THROW(overlay::FieldsBetweenCommas({"\"a\"", 2}), overlay::Failure);
 }
 
 TEST(Tracks, SettingsHold) {
-    using overlay::TrackFormatOf;
     TrackSettings settings;
     settings.firstFrame = 5;
     settings.minConfidence = 0.5;
@@ -143,86 +153,25 @@ TEST(Tracks, SettingsHold) {
                      "{\"box\":[0,0,1,2],\"conf\":0.5}]}",
                      settings),
               "0:-1 0,0-1,2 0.5\n");
-    settings.format = TrackFormatOf("coco").value();
-    for (const char *const file : {"{\"a\": [1]}", "7", "\"x\""})
-        EXPECT_EQ(Parsed(file, settings), "f: expected an array of results\n");
-    for (const size_t count : {19, 20, 30}) {
-        std::string file = "[";
-        for (size_t i = 1; i < count; ++i)
-            file += "1,";
-        const std::string told = Parsed(file + "1]", settings);
-        const bool ends = told.find("too many errors, the rest is not checked") != told.npos;
-        EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), count < 20 ? 19 : 21) << told;
-        EXPECT_EQ(ends, count >= 20) << count;
+    const char *const formats[][3] = {{"csv", "1,2\n3,4", "f:1: the first row has"},
+                                      {"yolo", "1,2", "f:1: expected frame class"},
+                                      {"mot", "7", "f:1: expected frame,id,"},
+                                      {"jsonl", "7", "f:1: expected an object with"},
+                                      {"coco", "{}", "f: expected an array of results\n"},
+                                      {"coco", "7", "f: expected an array of results\n"},
+                                      {"coco", "\xEF\xBB\xBF []", ""}};
+    for (const auto &[format, file, told] : formats) {
+        settings.format = overlay::TrackFormatOf(format).value();
+        EXPECT_EQ(Parsed(file, settings).substr(0, std::strlen(told)), told);
     }
-    settings.format = TrackFormatOf("csv").value();
-    EXPECT_EQ(Parsed("1,2\n3,4", settings).substr(0, 25), "f:1: the first row has to");
-    settings.format = TrackFormatOf("yolo").value();
-    EXPECT_EQ(Parsed("1,2", settings).substr(0, 34), "f:1: expected frame class x y widt");
-    settings.format = TrackFormatOf("mot").value();
-    EXPECT_EQ(Parsed("7", settings).substr(0, 23), "f:1: expected frame,id,");
-    settings.format = TrackFormatOf("jsonl").value();
-    EXPECT_EQ(Parsed("7", settings), "f:1: expected an object with \"frame\"\n");
-    EXPECT_FALSE(TrackFormatOf("json") || TrackFormatOf(""));
-}
-
-TEST(Tracks, ColumnsHaveManyNames) {
-    const std::string refused =
-        "f:1: the first row has to name the columns frame, left, top, right "
-        "or width, and bottom or height\n";
-    const std::string many(60, ',');
-    const std::string files[][2] = {
-        {"FRAME_ID,X1,Y_MIN,XMAX,BBOX_HEIGHT\n1,2,3,4,5", "0:-1 2,3-4,8 1\n"},
-        {"frame,x1,left,top,w,bottom,\n1,9,2,3,4,5,0.5", "0:-1 2,3-6,5 1\n"},
-        {"frame,left,top,right,width,bottom,height\n1,2,3,10,99,20,99\n1,2,3,,4,,5",
-         "0:-1 2,3-10,20 1\n0:-1 2,3-6,8 1\n"},
-        {"frame,left,top,w,h,id,score,class,cls\n1,2,3,4,5\n1,2,3,4,5,0,0.5,7,8\n"
-         "1,2,3,4,5,,,,7\n1,2,3,4,5,,,,-1\n1,2,3,4,5,,,nan,7",
-         "0:-1 2,3-6,8 1\n0:0 2,3-6,8 0.5 bus\n0:-1 2,3-6,8 1 bus\n0:-1 2,3-6,8 1\n"
-         "0:-1 2,3-6,8 1 nan\n"},
-        {"frame,left,top,w,h\n,2,3,4,5\n1,2,3,4\n\"1,2",
-         "f:2: bad frame '': expected a number\n"
-         "f:3: bad height '': expected a number\nf:4: a quote without the one that ends it\n"},
-        {"a,left,top,w,h", refused},
-        {"frame_no,a,top,w,h", refused},
-        {"frame_no,left,a,w,h", refused},
-        {"frame_no,left,top,a,h", refused},
-        {"frame_no,left,top,w,a", refused},
-        {"left,top,w,h" + many + "frame\n2,3,4,5" + many + "1,x,y,z", "0:-1 2,3-6,8 1\n"},
-        {"left,top,w,h" + many + "," + "frame", refused},
-    };
-    TrackSettings settings;
-    settings.classes[7] = "bus";
-    for (const auto &[file, boxes] : files)
-        EXPECT_EQ(Parsed(file, settings), boxes) << file;
-}
-
-TEST(Tracks, FieldsOfRows) {
-    const char *const rows[][2] = {
-        {"a,b", "[a][b]"},
-        {" a , b\t", "[a][b]"},
-        {"a,", "[a][]"},
-        {",", "[][]"},
-        {"\"a,b\" ,c", "[a,b][c]"},
-        {"\" a \"", "[ a ]"},
-        {"\"a\"\"b\"", "[a\"b]"},
-        {"\"\"\"\"", "[\"]"},
-        {"\"\"", "[]"},
-        {"\"a\"b,c", "[ab][c]"},
-        {"a\"b,c", "[a\"b][c]"},
-        {"\"", "!"},
-        {"\"a\"\"", "!"},
-    };
-    for (const auto &[row, expected] : rows) {
-        std::string text;
-        try {
-            const overlay::Fields fields = overlay::FieldsBetweenCommas(row);
-            for (size_t i = 0; i < fields.count; ++i)
-                text += "[" + fields.values[i] + "]";
-        } catch (const overlay::Failure &) {
-            text = "!";
-        }
-        EXPECT_EQ(text, expected) << row;
+    EXPECT_FALSE(overlay::TrackFormatOf("json"));
+    for (const auto &[count, lines] : {std::pair(19, 19), {20, 21}, {30, 21}}) {
+        std::string file = "[1";
+        for (int i = 1; i < count; ++i)
+            file += ",1";
+        const std::string told = Parsed(file + "]", settings);
+        EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), lines) << told;
+        EXPECT_EQ(told.find("too many errors") != told.npos, lines > 20);
     }
 }
 
@@ -304,31 +253,27 @@ TEST(TrackStream, TheNewestIsWhatWasSaidLast) {
 }
 
 TEST(TrackStream, RowsThatComeBefore) {
-    const std::string late =
-        "f:2: the row is late: rows have to be sorted by frame, and later ones "
-        "than this have come already\n";
     TrackSettings settings;
     settings.maxGap = 3;
     overlay::TrackStream sorted(settings, {}, "f", {100, 100, false, {}});
     EXPECT_FALSE(sorted.Has(0));
-    EXPECT_EQ(TextOf(sorted.Feed("5,1,0,0,1,1\n3,1,0,0,1,1\n5,0,0,0,1,1\n7,0,2,0,1,1\n")), late);
+    EXPECT_EQ(
+        TextOf(sorted.Feed("5,1,0,0,1,1\n3,1,0,0,1,1\n5,0,0,0,1,1\n7,0,2,0,1,1\n")).substr(0, 20),
+        "f:2: the row is late");
     EXPECT_EQ(sorted.Waiting(), 4u); // one was made
     overlay::TrackStream any(settings, {}, "f", {100, 100, false, {}});
     any.AllowAnyOrder();
     EXPECT_EQ(TextOf(any.Feed("5,1,0,0,1,1\n6,-1,0,0,1,1\n2,1,0,0,1,1\n2,-1,0,0,1,1\n")), "");
-    EXPECT_EQ(any.Waiting(), 2u);
-    EXPECT_FALSE(any.TakeNewest() || any.Has(0));
+    EXPECT_FALSE(any.TakeNewest() || any.Has(0) || any.Waiting() != 2);
     any.Feed("5,1,6,0,1,1\n5,-1,0,0,1,1\n9,1,0,0,1,1\n");
     EXPECT_FALSE(any.Take(0));
     EXPECT_EQ(Taken(any, 1), "1:1 0,0-1,1 1\n1:-1 0,0-1,1 1\n");
     EXPECT_EQ(Taken(any, 9), "2:1 2,0-3,1 1\n3:1 4,0-5,1 1\n4:1 6,0-7,1 1\n4:-1 0,0-1,1 1\n");
-    EXPECT_EQ(any.Waiting(), 1u);
     any.Pause();
     EXPECT_EQ(any.TakeNewest()->number, 8);
     any.Feed("9,2,0,0,1,1\n12,2,0,0,1,1\n13,2,0,0,1,1\n");
     EXPECT_EQ(any.Waiting(), 6u);
-    EXPECT_EQ(any.TakeNewest()->number, 11);
-    EXPECT_EQ(any.Waiting(), 2u);
+    EXPECT_TRUE(any.TakeNewest()->number == 11 && any.Waiting() == 2);
 }
 
 // Boxes of a frame, and ids that gaps are filled for: those that are known go on when no more fit.
@@ -343,6 +288,5 @@ TEST(TrackStream, HasLimits) {
     stream.Feed("2,65535,0,0,1,1\n2,65536,0,0,1,1\n4,65535,0,0,1,1\n4,65536,0,0,1,1\n");
     EXPECT_EQ(stream.Waiting(), 65536u + 5);
     overlay::TrackStream coco({}, {}, "f", {100, 100, false, {}});
-    EXPECT_EQ(TextOf(coco.Feed("\n\n[\n")),
-              "f:3: COCO results are one array, which can't be read line by line\n");
+    EXPECT_EQ(TextOf(coco.Feed("\n\n[\n")).substr(0, 30), "f:3: COCO results are one arra");
 }
