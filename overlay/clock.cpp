@@ -89,7 +89,7 @@ std::optional<size_t> WrongConversion(std::string_view format) {
 
 // A step back (another film, or a clock that was set) begins anew.
 void FrameRate::Add(int64_t nanoseconds) {
-    if (first < end && At(end - 1) > nanoseconds)
+    if (At(end - 1) > nanoseconds)
         first = end;
     At(end++) = nanoseconds;
     first = std::max(first, end - std::min(end, times.size()));
@@ -98,8 +98,6 @@ void FrameRate::Add(int64_t nanoseconds) {
 }
 
 double FrameRate::PerSecond() const {
-    if (end - first < 2)
-        return 0;
     const int64_t span = times[(end - 1) % times.size()] - times[first % times.size()];
     return span > 0 ? static_cast<double>(end - first - 1) * 1e9 / static_cast<double>(span) : 0;
 }

@@ -16,16 +16,18 @@ namespace {
 // Takes the zone from the end of the text; what it is ahead of UTC, in seconds.
 std::optional<int64_t> TakeZone(std::string &text) {
     const size_t sign = text.find_last_of("+-Z");
-    if (sign == std::string::npos || sign < 11) // the signs before are those of the date
+    if (sign == std::string::npos || text.find(':') > sign) // before a time they are the date's
         return std::nullopt;
     const std::string zone = text.substr(sign);
     int hours = 0;
     int minutes = 0;
     int end = 0;
-    const bool whole = (std::sscanf(zone.c_str() + 1, "%2d:%2d%n", &hours, &minutes, &end) == 2 ||
-                        std::sscanf(zone.c_str() + 1, "%2d%2d%n", &hours, &minutes, &end) == 2) &&
-                       static_cast<size_t>(end) == zone.size() - 1 && hours >= 0 && hours < 24 &&
-                       minutes >= 0 && minutes < 60;
+    const bool whole =
+        zone.find_first_not_of("0123456789:", 1) == std::string::npos && // sscanf takes blanks, too
+        (std::sscanf(zone.c_str(), "%*c%2d:%2d%n", &hours, &minutes, &end) == 2 ||
+         (zone.size() == 5 &&
+          std::sscanf(zone.c_str(), "%*c%2d%2d%n", &hours, &minutes, &end) == 2)) &&
+        static_cast<size_t>(end) == zone.size() && hours < 24 && minutes < 60;
     if (zone != "Z" && !whole)
         return std::nullopt;
     text.resize(sign);
@@ -43,13 +45,12 @@ bool IsSame(const std::tm &one, const std::tm &other) {
 // Date and time without a zone, in UTC or in the time of the machine.
 std::optional<int64_t> SecondsOf(const std::string &text, bool utc) {
     std::tm parts{};
-    const char *rest = text.size() > 10 && text[10] == 'T'
-                           ? strptime(text.c_str(), "%Y-%m-%dT%H:%M", &parts)
-                           : strptime(text.c_str(), "%Y-%m-%d %H:%M", &parts);
-    if (!rest)
-        rest = strptime(text.c_str(), "%Y-%m-%d", &(parts = {}));
-    else if (*rest == ':')
-        rest = strptime(rest, ":%S", &parts);
+    const char *rest = strptime(text.c_str(), "%Y-%m-%d", &parts);
+    if (rest && (*rest == ' ' || *rest == 'T')) {
+        rest = strptime(rest + 1, "%H:%M", &parts);
+        if (rest && *rest == ':')
+            rest = strptime(rest, ":%S", &parts);
+    }
     if (!rest || *rest != '\0')
         return std::nullopt;
     std::tm normal = parts;
@@ -58,22 +59,31 @@ std::optional<int64_t> SecondsOf(const std::string &text, bool utc) {
     return IsSame(parts, normal) ? std::optional<int64_t>(seconds) : std::nullopt;
 }
 
-// Takes ".5" from the end of the text.
+bool IsDigits(std::string_view text) {
+    return !text.empty() && std::all_of(text.begin(), text.end(), IsDigit);
+}
+
+// Takes ".5" from the end of the text, in nanoseconds.
 std::optional<int64_t> TakeFraction(std::string &text) {
-    const size_t point = text.rfind('.');
+    const size_t point = text.find('.');
     if (point == std::string::npos)
         return 0;
-    const std::optional<double> fraction = RealOf("0" + text.substr(point));
-    if (!fraction || *fraction >= 1)
+    const std::string digits = text.substr(point + 1);
+    const std::optional<double> fraction = RealOf("0." + digits);
+    if (!fraction || !IsDigits(digits))
         return std::nullopt;
     text.resize(point);
     return std::llround(*fraction * static_cast<double>(kNanoseconds));
 }
 
 std::optional<int64_t> WholeOf(const std::string &text) {
-    const bool isWhole = !text.empty() && std::all_of(text.begin(), text.end(), IsDigit);
-    const std::optional<double> value = isWhole ? RealOf(text) : std::nullopt;
+    const std::optional<double> value = IsDigits(text) ? RealOf(text) : std::nullopt;
     return value && *value < 1e15 ? std::optional<int64_t>(*value) : std::nullopt;
+}
+
+// Of a time that ends with minutes, a fraction would be one of a minute.
+bool EndsWithSeconds(const std::string &text) {
+    return std::count(text.begin(), text.end(), ':') == 2;
 }
 
 } // namespace
@@ -84,9 +94,12 @@ std::optional<int64_t> ParseStartTime(const std::string &text, bool utc) {
     const std::optional<int64_t> zone = isNumber ? std::nullopt : TakeZone(rest);
     const std::optional<int64_t> fraction = TakeFraction(rest);
     const std::optional<int64_t> seconds = isNumber ? WholeOf(rest) : SecondsOf(rest, utc || zone);
-    if (!fraction || !seconds || *seconds < 0 || *seconds >= kMaxClockStart / kNanoseconds)
+    if (!fraction || !seconds || (*fraction > 0 && !isNumber && !EndsWithSeconds(rest)))
         return std::nullopt;
-    return (*seconds - zone.value_or(0)) * kNanoseconds + *fraction;
+    const int64_t start = *seconds - zone.value_or(0);
+    if (start < 0 || start >= kMaxClockStart / kNanoseconds)
+        return std::nullopt;
+    return start * kNanoseconds + *fraction;
 }
 
 } // namespace overlay
