@@ -46,8 +46,8 @@ OrnMinRenderColour ColourFor(const Canvas &canvas, const Paint &paint) {
         return canvas
             .palette[canvas.classColours.Of(canvas.box->className) % canvas.palette.size()];
     const auto count = static_cast<int64_t>(canvas.palette.size());
-    const int64_t index = (canvas.box->id - 1) % count; // the first id takes the first colour
-    return canvas.palette[static_cast<size_t>(index < 0 ? index + count : index)];
+    // The first id takes the first colour.
+    return canvas.palette[static_cast<size_t>((canvas.box->id % count + count - 1) % count)];
 }
 
 void DrawOverlay(Canvas &canvas, const Overlay &overlay) {
