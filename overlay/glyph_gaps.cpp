@@ -5,7 +5,6 @@
 
 #include "words.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <utility>
 #include <vector>
@@ -45,10 +44,9 @@ bool AreEqual(const Extent &a, const Extent &b) {
 
 std::vector<uint8_t> PixelsOf(OrnMinRenderContext *context, const Font &font, const char *character,
                               const OrnMinRenderRect &box) {
-    constexpr int32_t kMaxSide = 256; // enough to tell two glyphs apart
     OrnMinRenderImage image{};
-    image.width = std::min(box.right - box.left, kMaxSide);
-    image.height = std::min(box.bottom - box.top, kMaxSide);
+    image.width = box.right - box.left; // of one glyph, whose sides and bearings are bytes
+    image.height = box.bottom - box.top;
     image.stride = image.width;
     std::vector<uint8_t> pixels(static_cast<size_t>(image.width) *
                                 static_cast<size_t>(image.height));

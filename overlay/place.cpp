@@ -65,6 +65,10 @@ double ParsePercent(std::string_view number, std::string_view word) {
     return *percent;
 }
 
+bool BeginsNumber(std::string_view text) {
+    return !text.empty() && (IsDigit(text[0]) || text[0] == '-');
+}
+
 // One N or N%, with the sign that stood before it.
 void TakeTerm(std::string_view &rest, bool negative, std::string_view word, Place &place) {
     const std::string_view term = rest.substr(0, rest.find_first_of("+-"));
@@ -103,15 +107,17 @@ Place ParsePlace(std::string_view word, Axis axis) {
     place.axis = axis;
     std::string_view rest = word;
     if (TakePrefix(rest, "+"))
-        place.source = Source::Before; // and the rest may well begin with a minus
-    else if (!TakeEdge(rest, place) && (rest.empty() || (!IsDigit(rest[0]) && rest[0] != '-')))
+        place.source = Source::Before;
+    const bool hasEdge = place.source == Source::Frame && TakeEdge(rest, place);
+    const bool needsEdge = place.source == Source::Text || place.source == Source::Box;
+    if (!hasEdge && (needsEdge || !BeginsNumber(rest)))
         Refuse(word, axis);
     TakeTerms(rest, word, place);
     return place;
 }
 
 Place ParseLength(std::string_view word, Axis axis) {
-    if (word.empty() || (!IsDigit(word[0]) && word[0] != '-'))
+    if (!BeginsNumber(word))
         throw Failure("bad length " + Quoted(word) + ": expected a number or N%");
     return ParsePlace(word, axis);
 }

@@ -51,7 +51,7 @@ inline cbf::Glyph RandomGlyph(std::mt19937 &random, int maxSide, int maxBearing)
     glyph.bearingY = pick(-maxBearing + glyph.height, maxBearing);
     glyph.advance = pick(-4, maxSide + 4);
     glyph.pixels.resize(size_t(glyph.width * glyph.height));
-    const unsigned density = 2 + random() % 6; // short runs and long ones
+    const auto density = unsigned(2 + random() % 6); // short runs and long ones
     for (auto &pixel : glyph.pixels)
         pixel = random() % density == 0;
     return glyph;
