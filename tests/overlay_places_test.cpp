@@ -38,7 +38,8 @@ TEST(OverlayPlaces, Coordinates) {
         "! "
         "--5 ! !  5+ ! !  5- ! !  5--3 ! !  5+-3 ! !  5+left ! !  +left ! !  +top ! !  % ! !  +% ! "
         "! "
-        "5%% ! !  5%3 ! !  5x ! !  5.5 ! !  x ! !  left5 ! !  top5 ! !  left+ ! !  right% ! ! "
+        "5+.5% ! !  5%% ! !  5%3 ! !  5x ! !  5.5 ! !  x ! !  left5 ! !  top5 ! !  left+ ! !  "
+        "right% ! ! "
         "middle ! !  text ! !  text. ! !  text.5 ! !  text.-5 ! !  box.50% ! !  box.text.left ! ! "
         "text.box.top ! !  box.+5 ! !  left.left ! !  nan% ! !  inf% ! !  /5 ! !  :5 ! !");
     const overlay::Surroundings all{{0, 0, 200, 101}, {{11, 22, 34, 47}}, {{50, 61, 73, 82}}};
