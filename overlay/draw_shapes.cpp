@@ -16,7 +16,7 @@ constexpr int32_t kMaxInt32 = std::numeric_limits<int32_t>::max();
 
 std::vector<OrnMinRenderPoint> AllPoints(const Canvas &canvas) {
     std::vector<OrnMinRenderPoint> points;
-    for (size_t i = 0; i + 1 < canvas.coordinates.size(); i += 2)
+    for (size_t i = 0; i < canvas.coordinates.size(); i += 2)
         points.push_back(PointAt(canvas, i));
     return points;
 }

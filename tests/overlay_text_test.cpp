@@ -333,10 +333,66 @@ TEST_F(OverlayText, Drawn) {
          "cyan"},
         {"tracks label 9 9 white red fixed \"{id}\"|tracks mask 0 0 40 40",
          "tracks mask 0 0 40 40"},
-        {"* label 32 30 white red avoid bottom \"A\"|* fill 0 0 1 1 red",
-         "* label 32 29 white red \"A\"|* fill 0 0 1 1 red"},
+        {"* label 32 30 white red avoid bottom \"A\"|* fill 32 29 40 47 blue",
+         "* label 32 29 white red \"A\"|* fill 32 29 40 47 blue"},
+        {"* outlined 0 0 white red inside \"A\"", "* outlined 3 10 white red \"A\""},
+        {"* outlined 9 20 white red \"A\"",
+         "* outlined 9 20 red red \"A\"|* text 9 20 white \"A\""},
     };
     for (const auto &[one, other] : same)
         for (const bool hasChroma : {false, true})
             EXPECT_EQ(drawn(one, hasChroma), drawn(other, hasChroma)) << one;
+}
+
+// Lines that are set by name are drawn upon the script, in the order in which the names came.
+TEST_F(OverlayText, NamedLines) {
+    const TempFile font(cbf::WriteFont(blocks).bytes);
+    overlay::Engine engine({{}, true, {}});
+    engine.SetFont(font.path);
+    const auto told = [](const overlay::Errors &errors) {
+        std::string all;
+        for (const overlay::Error &error : errors)
+            all += error.Message() + "|";
+        return all;
+    };
+    std::vector<uint8_t> pixels(16 * 16);
+    const auto shown = [&] { // of four columns; zeroes are what nothing is drawn into
+        std::fill(pixels.begin(), pixels.end(), uint8_t{0});
+        engine.Draw({0, 16, 16, 16, pixels.data(), 0, nullptr}, 0, {0, 25});
+        return std::vector<int>(pixels.begin(), pixels.begin() + 4);
+    };
+    using Row = std::vector<int>;
+    EXPECT_EQ(told(engine.SetScript("0 fill 0 0 4 1 #404040\n1- text 0 9 white \"x\"", "script")),
+              "");
+    EXPECT_EQ(told(engine.TakeNotes()),
+              "script:2: the font lacks a character of the text: x (U+0078)|");
+    EXPECT_TRUE(engine.Touches(0) == overlay::Planes::None && shown() == Row({0, 0, 0, 0}));
+    engine.SetFrames({16, 16, false, {}});
+    EXPECT_TRUE(engine.Touches(0) == overlay::Planes::LumaAndChroma);
+    EXPECT_TRUE(engine.Touches(1) == overlay::Planes::Luma);
+    const int dark = shown()[0];
+    for (const char *line : {"set a * fill 1 0 4 1 #ffffff", "set b * fill 2 0 4 1 #000000",
+                             "set c * fill 3 0 4 1 #ffffff", "set a * fill 1 0 3 1 #ffffff"})
+        EXPECT_EQ(told(engine.Control(line, "input", 7)), "");
+    const int white = shown()[3], black = shown()[2];
+    EXPECT_EQ(shown(), Row({dark, white, black, white}));
+    EXPECT_TRUE(dark > black && white > dark);
+    EXPECT_EQ(told(engine.Control("clear b", "input", 7)), "");
+    EXPECT_EQ(shown(), Row({dark, white, white, white}));
+    EXPECT_EQ(told(engine.Control("clear b", "input", 7)), "input:7: there is no 'b' to clear|");
+    EXPECT_EQ(told(engine.Control("set a 0 blob", "input", 8)), "input:8: unknown command 'blob'|");
+    EXPECT_EQ(shown(), Row({dark, white, white, white}));
+    engine.Control("set b * text 0 9 white \"{frame}y\"", "input", 9);
+    shown();
+    EXPECT_EQ(told(engine.TakeNotes()),
+              "a control line: the font lacks 2 characters of the text: 0 (U+0030), y (U+0079)|");
+    for (int i = 3; i < 1000; ++i) // with a, b and c there are 1000 then
+        EXPECT_EQ(told(engine.Control("set " + std::to_string(i) + " 5 mask 0 0 1 1", "input", 1)),
+                  "");
+    EXPECT_EQ(told(engine.Control("set d * mask 0 0 1 1", "input", 2)),
+              "input:2: there are 1000 names already|");
+    EXPECT_EQ(told(engine.Control("set a 5 mask 0 0 1 1", "input", 3)), "");
+    EXPECT_EQ(shown(), Row({dark, dark, dark, white}));
+    engine.SetTracks({{"1,3,4,4,9,9\n1,3,4,4,9,9", "tracks"}}, {});
+    EXPECT_EQ(told(engine.TakeNotes()), "tracks: frame 1 has two boxes of id 3|");
 }
