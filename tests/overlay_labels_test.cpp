@@ -77,6 +77,51 @@ TEST(OverlayLabels, TakeThePlaceThatCoversLeast) {
     }
 }
 
+// Pixels under a label count as 16, under a box as 4, under the own box as 2. Against them stand
+// those of a label that moves, and a 32nd of them for each step down the list.
+TEST(OverlayLabels, CostsAreExact) {
+    constexpr OrnMinRenderRect inside{46, 40, 76, 50}, large{10, 5, 74, 45}, small{10, 45, 20, 50};
+    constexpr OrnMinRenderRect largeBelow{10, 50, 74, 90};
+    const struct {
+        OrnMinRenderRect box, asked;
+        Rects boxes, labels;
+        OrnMinRenderRect expected;
+    } cases[] = {
+        {kBox, kAbove, {}, {{42, 35, 49, 38}}, kAbove},
+        {kBox, kAbove, {}, {{42, 35, 53, 37}}, kBelow},
+        {kBox, kAbove, {{42, 33, 54, 40}}, {}, kAbove},
+        {kBox, kAbove, {{42, 35, 59, 40}}, {}, kBelow},
+        {small, large, {}, {{12, 10, 32, 19}}, large},
+        {small, large, {{50, 10, 51, 11}}, {{12, 10, 32, 19}}, largeBelow},
+        {kBox, {40, 40, 70, 50}, {kBox}, {}, kAbove},
+        {kBox, inside, {kBox}, {}, inside},
+        {kBox, inside, {{41, 40, 60, 70}}, {}, kAbove},
+        {kBox, inside, {{40, 41, 60, 70}}, {}, kAbove},
+        {kBox, inside, {{40, 40, 61, 70}}, {}, kAbove},
+        {kBox, inside, {{40, 40, 60, 71}}, {}, kAbove},
+        {kBox,
+         kAbove,
+         {kBox},
+         {{0, 0, 100, 40}, {0, 70, 100, 100}, {60, 40, 100, 70}, {0, 40, 40, 60}},
+         {10, 60, 40, 70}},
+        {kBox,
+         kAbove,
+         {kBox},
+         {{0, 0, 100, 40}, {0, 70, 100, 100}, {0, 40, 40, 70}, {60, 40, 100, 60}},
+         {60, 60, 90, 70}},
+    };
+    for (const auto &[box, asked, boxes, labels, expected] : cases) {
+        LabelPlaces places;
+        EXPECT_EQ(Chosen(places, 0, boxes, labels, {1, 7, box, asked}), expected)
+            << asked << boxes.size() << labels.size();
+    }
+    LabelPlaces places; // what only touches the frame is not in it
+    Chosen(places, 0, {{100, 0, 110, 10}, {0, 100, 9, 110}}, {{-9, 0, 0, 9}, {0, -9, 9, 0}});
+    EXPECT_TRUE(!places.HasBoxes() && places.Labels().empty());
+    EXPECT_EQ(Chosen(places, 1, {}, {{40, 20, 70, 40}}, {1, 0, kBox, kAbove}), kBelow);
+    EXPECT_EQ(Chosen(places, 2, {}, {}, {1, 0, kBox, kAbove}), kBelow); // 0 is an id
+}
+
 // A label stays where it was as long as that is nearly as good: its own box in mind, in the frame
 // after, in one some frames later, in one that is drawn again; not in one before or far away.
 TEST(OverlayLabels, KeepTheirPlaces) {
@@ -146,9 +191,9 @@ TEST(OverlayLabels, StayInTheFrame) {
     }
     LabelPlaces places; // beyond so many, nothing is looked at
     places.BeginFrame(0, 100, 100);
-    for (size_t i = 0; i < LabelPlaces::kMaxRects; ++i)
+    for (int i = 0; i < 256; ++i)
         places.AddLabel(kAbove);
     EXPECT_EQ(places.Choose({1, 7, kBox, kAbove}), kAbove);
     places.AddLabel(kAbove);
-    EXPECT_EQ(places.Labels().size(), LabelPlaces::kMaxRects);
+    EXPECT_EQ(places.Labels().size(), 256u);
 }
