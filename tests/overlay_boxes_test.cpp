@@ -91,8 +91,7 @@ TEST(Boxes, RepeatsAreTold) {
     const char *const cases[][2] = {
         {"", ""},
         {"1 1 0 2 1 0 1 2 0 1 -1 0 1 -1 0", ""},
-        {"1 0 0 1 0 0", "frame 3 has two boxes of id 0"},
-        {"1 1 0 5 7 0 5 7 0", "frame 7 has two boxes of id 7"},
+        {"1 1 0 5 0 0 5 0 0", "frame 7 has two boxes of id 0"},
         {"1 1 0 1 1 0 1 1 0 2 1 0", "frame 3 has two boxes of id 1, and there is 1 more like this"},
         {"1 1 0 1 1 0 2 1 0 2 1 0 2 3 0 2 3 0",
          "frame 3 has two boxes of id 1, and there are 2 more like this"},

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Parts that scripts, tracks and messages share: frames of lines, lines of streams, words, files.
-#include "overlay/line_splitter.h"
+// Frames of script lines, and the wording of messages.
 #include "overlay/notes.h"
 #include "overlay/script.h"
 
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -38,24 +35,6 @@ font > s:1: expected a string in double quotes, found the end of the line)");
     }
 }
 
-TEST(Parts, LinesOfPieces) {
-    const char *const cases[][3] = {
-        {"ab\ncd", "", "1ab 2cd "}, {"abcd\n", "", "1abcd "},        {"abcde\n", "", "1! "},
-        {"\n", "\n", "1 2 "},       {"abc", "d", "1abcd "},          {"abc", "de", "1! "},
-        {"abcde", "", "1! "},       {"abcde", "f\nok\n", "1! 2ok "}, {"", "", ""}};
-    for (const auto &[first, second, expected] : cases) {
-        overlay::LineSplitter splitter(4);
-        std::ostringstream text;
-        const auto take = [&text](std::string_view line, size_t number, bool isTooLong) {
-            text << number << (isTooLong ? "!" : line) << " ";
-        };
-        splitter.Feed(first, take);
-        splitter.Feed(second, take);
-        splitter.End(take);
-        EXPECT_EQ(text.str(), expected);
-    }
-}
-
 TEST(Parts, WordsInMessages) {
     const std::string most = "0123456789012345678901234567890123456789";
     const std::pair<std::string, std::string> words[] = {
@@ -77,36 +56,14 @@ TEST(Parts, WordsInMessages) {
     ASSERT_EQ(told.size(), 21u);
     EXPECT_EQ(told[19].Message() + told[20].Message(),
               "f:7: nf: there is more to note, which is not told");
-    notes.Add("f", 7, "n");
-    EXPECT_TRUE(notes.Take().empty());
     notes.Forget();
     notes.Add("f", 7, "n");
     EXPECT_EQ(notes.Take().size(), 1u);
 }
 
-TEST(Parts, StillsHaveLimits) {
-    const std::string path = testing::TempDir() + "orn_limit.png";
-    const auto decode = [](std::string_view, int32_t, int32_t) {
-        return overlay::Pixels{1, 1, {1, 2, 3, 4}};
-    };
-    for (const size_t bytes : {1u << 26, (1u << 26) + 1}) {
-        std::ofstream(path).close();
-        std::filesystem::resize_file(path, bytes);
-        overlay::StillFile still(path, {}, {}, decode);
-        EXPECT_EQ(still.Scaled(), nullptr);
-        try {
-            still.ScaleFor(1);
-        } catch (const overlay::FileFailure &failure) {
-            EXPECT_EQ(failure.reason, "has more than 67108864 bytes");
-        }
-        EXPECT_EQ(still.Scaled() != nullptr, bytes == 1 << 26);
-    }
-    std::filesystem::remove(path);
-    for (const auto &[name, is] : {std::pair("a.JPG", true),
-                                   {"b/a.jpeG", true},
-                                   {"AZ.PNG", true},
-                                   {"a.raw", false},
-                                   {".png/a", false},
-                                   {"a.png0", false}})
-        EXPECT_EQ(overlay::IsStill(name), is) << name;
+TEST(Parts, NamesOfStills) {
+    for (const char *const name : {"a.JPG", "b/a.jpeG", "AZ.PNG"})
+        EXPECT_TRUE(overlay::IsStill(name)) << name;
+    for (const char *const name : {"a.raw", ".png/a", "a.png0", "png"})
+        EXPECT_FALSE(overlay::IsStill(name)) << name;
 }

@@ -233,9 +233,6 @@ TEST(Overlay, BoxesOfFrames) {
     give(1, {9, 3});
     bytes = Drawn(engine, 1);
     EXPECT_TRUE(!bytes[1] && bytes[9] && bytes[2 * kWidth + 3] && bytes[2 * kWidth + 8]);
-    for (int64_t number = 2; number < 2100; ++number)
-        give(number, {9});
-    EXPECT_FALSE(Drawn(engine, 2099)[2 * kWidth + 5]); // forgotten, or the trail would reach there
     EXPECT_EQ(Told(engine.TakeNotes()), "");
     engine.SetBoxes(2100, {{0, -1, 9, 0, 10, 2, 1}, {0, -1, 9, 0, 10, 2, 1}});
     for (int64_t number = 2101; number < 2103; ++number)
