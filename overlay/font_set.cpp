@@ -39,7 +39,7 @@ std::vector<fs::path> FontFolders() {
     std::vector<fs::path> folders;
     AddFolder(Variable("XDG_DATA_HOME", Variable("HOME", "") + "/.local/share"), folders);
     const std::string system = Variable("XDG_DATA_DIRS", "/usr/local/share:/usr/share");
-    for (size_t start = 0; start <= system.size();) {
+    for (size_t start = 0; start < system.size();) {
         const size_t end = std::min(system.find(':', start), system.size());
         AddFolder(system.substr(start, end - start), folders);
         start = end + 1;

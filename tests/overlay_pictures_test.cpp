@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Pictures of scripts: what PBM files mean, and how a picture with transparent parts meets a frame.
 #include "overlay/colour.h"
-#include "overlay/messages.h"
+#include "overlay/engine.h"
 #include "overlay/pbm.h"
 #include "overlay/still.h"
 
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <random>
 #include <sstream>
@@ -121,4 +124,28 @@ TEST(OverlayPictures, Stills) {
             }
         ASSERT_EQ(bytes, expected) << "step " << step;
     }
+}
+
+// Three frames of two pixels, a bitmap and a part of the frame.
+TEST(OverlayPictures, InFrames) {
+    std::string folder = "/tmp/orn_overlay_XXXXXX";
+    ASSERT_NE(mkdtemp(folder.data()), nullptr);
+    std::ofstream(folder + "/three.raw") << "abcdef";
+    std::ofstream(folder + "/bits.pbm") << "P1 2 1 10";
+    overlay::Engine engine({});
+    const overlay::Errors errors = engine.SetScript("2- picture 1 1 2 1 \"three.raw\"\n"
+                                                    "* bitmap 0 2 4 3 white \"bits.pbm\"\n"
+                                                    "* copy 4 0 7 2 1 1",
+                                                    folder + "/script");
+    ASSERT_TRUE(errors.empty()) << errors[0].Message();
+    engine.SetFrames({8, 3, false, {}});
+    for (const auto &[number, expected] :
+         {std::pair(1, "........|....W...|WW......"), {3, "....cd..|.cd.W...|WW......"}}) {
+        std::string drawn(24, '.');
+        auto *bytes = reinterpret_cast<uint8_t *>(drawn.data());
+        engine.Draw({0, 8, 3, 8, bytes, 0, nullptr}, number, {number, 25});
+        std::replace(drawn.begin(), drawn.end(), char(254), 'W');
+        EXPECT_EQ(drawn.substr(0, 8) + "|" + drawn.substr(8, 8) + "|" + drawn.substr(16), expected);
+    }
+    std::filesystem::remove_all(folder);
 }

@@ -250,7 +250,7 @@ TEST_F(OverlayText, SetsOfFonts) {
     for (const char *name : {"home", "near", "far"})
         std::filesystem::create_directories(folder.string() + "/" + name + fonts);
     std::istringstream files("set- set-7x set-x-24 xset-24 set--24 set-100000 set-12 set-8 set-008 "
-                             "set-18 set-99999 set24 -3");
+                             "set-18 set-99999 set24 -3 set-u-22 set-u-26 set-v-21 set-v-26");
     for (std::string file; files >> file;)
         Write("near" + fonts + file + ".cbf", "");
     for (const std::string &name : {"set"s, "file"s, "near" + fonts + "set-23.cb",
@@ -260,13 +260,14 @@ TEST_F(OverlayText, SetsOfFonts) {
     setenv("XDG_DATA_DIRS",
            ("near:" + (folder / "near").string() + "::" + folder.c_str() + "/far").c_str(), 1);
     // A name, a size, the frame's height, and the file that is taken, an N for those of near.
-    std::istringstream cases("set - 1080 N18  set 1 1080 N008  set 10 1080 N008  set 11 1080 N12 "
-                             "set 15 1080 N12  set 99999 1080 N99999  set 50% 20 N008 "
-                             "set 50% 21 N12  set 62.5% 24 N12  set 62.6% 24 N18 "
-                             "set 10%+5 100 N12  set-x - 1080 Nx-24  ./set - 1080 ./set "
-                             "other 7 1080 far/orn-min-render/fonts/other-24.cbf "
-                             "file - 1080 file  any.cbf - 1080 any.cbf  .cbf - 1080 .cbf "
-                             "no/set - 1080 no/set");
+    std::istringstream cases(
+        "set - 1080 N18  set 1 1080 N008  set 10 1080 N008  set 11 1080 N12 "
+        "set 15 1080 N12  set 99999 1080 N99999  set 50% 20 N008 "
+        "set 50% 21 N12  set 62.5% 24 N12  set 62.6% 24 N18 "
+        "set 10%+5 100 N12  set-x - 1080 Nx-24  ./set - 1080 ./set "
+        "other 7 1080 far/orn-min-render/fonts/other-24.cbf "
+        "file - 1080 file  any.cbf - 1080 any.cbf  .cbf - 1080 .cbf "
+        "no/set - 1080 no/set  set 100000 1 N99999  set-u - 1 Nu-22  set-v - 1 Nv-26");
     int32_t height;
     for (std::string name, size, taken; cases >> name >> size >> height >> taken;) {
         std::optional<overlay::Place> wanted;
