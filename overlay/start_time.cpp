@@ -63,17 +63,14 @@ bool IsDigits(std::string_view text) {
     return !text.empty() && std::all_of(text.begin(), text.end(), IsDigit);
 }
 
-// Takes ".5" from the end of the text, in nanoseconds.
-std::optional<int64_t> TakeFraction(std::string &text) {
+// Takes ".5" from the end of the text, in nanoseconds; 0 when nothing of the kind is there.
+int64_t TakeFraction(std::string &text) {
     const size_t point = text.find('.');
-    if (point == std::string::npos)
+    if (point == std::string::npos || !IsDigits(text.substr(point + 1)))
         return 0;
-    const std::string digits = text.substr(point + 1);
-    const std::optional<double> fraction = RealOf("0." + digits);
-    if (!fraction || !IsDigits(digits))
-        return std::nullopt;
+    const double seconds = RealOf("0" + text.substr(point)).value_or(0); // none: too little
     text.resize(point);
-    return std::llround(*fraction * static_cast<double>(kNanoseconds));
+    return std::llround(seconds * static_cast<double>(kNanoseconds));
 }
 
 std::optional<int64_t> WholeOf(const std::string &text) {
@@ -92,14 +89,14 @@ std::optional<int64_t> ParseStartTime(const std::string &text, bool utc) {
     const bool isNumber = text.substr(0, 1) == "@";
     std::string rest = text.substr(isNumber ? 1 : 0);
     const std::optional<int64_t> zone = isNumber ? std::nullopt : TakeZone(rest);
-    const std::optional<int64_t> fraction = TakeFraction(rest);
+    const int64_t fraction = TakeFraction(rest);
     const std::optional<int64_t> seconds = isNumber ? WholeOf(rest) : SecondsOf(rest, utc || zone);
-    if (!fraction || !seconds || (*fraction > 0 && !isNumber && !EndsWithSeconds(rest)))
+    if (!seconds || (fraction > 0 && !isNumber && !EndsWithSeconds(rest)))
         return std::nullopt;
     const int64_t start = *seconds - zone.value_or(0);
     if (start < 0 || start >= kMaxClockStart / kNanoseconds)
         return std::nullopt;
-    return start * kNanoseconds + *fraction;
+    return start * kNanoseconds + fraction;
 }
 
 } // namespace overlay
