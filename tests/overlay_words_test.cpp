@@ -98,7 +98,8 @@ TEST(OverlayWords, ValuesAndColoursOfBoxes) {
         return (Changes(overlay) ? FixedPartsOf(overlay) + "~" : "") + TextOf(canvas, overlay);
     };
     ExpectAll(shown, R"(=>|ab }{{c}{{=>ab }{c}{|a{frame}{frame}b=>ab~a77b|{{{frame}}=>{}~{7}
-{fps}=>~12.5|{clock}=>~1970-01-01 00:00:00|{clock:}=>~1970-01-01 00:00:00|{id}/{class}=>/~2/bus)");
+{fps}=>~12.5|{clock}=>~1970-01-01 00:00:00|{clock:}=>~1970-01-01 00:00:00|{clock:%H}=>~00
+{id}/{class}=>/~2/bus)");
     const auto time = [&](const string &ticks) {
         canvas.time = {std::stoll(ticks), 100};
         return shown("{time}");
