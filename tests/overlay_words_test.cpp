@@ -81,7 +81,8 @@ text 1 2 red "a{clock:%T%Qx}"=>!:1:16: the clock knows no '%Q'|text 1 2 red "{fp
 text 1 2 red "{file}"=>!'{file}' needs a name|ellipse 1 2 3 4 red thick=>!expected a size
 box 1 2 3 4 red half=>!unexpected 'half'|box 1 2 3 4 red left=>!'left'|box 1 2 3 4 red inside=>!'inside'
 box 1 2 3 4 red up=>!unexpected 'up'|box 1 2 3 4 red avoid=>!'avoid'|box 1 2 3 4 red plain=>!'plain'
-bitmap 1 2 3 4 red dashed ""=>!found 'dashed'|label 1 2 red red half ""=>!found 'half')");
+bitmap 1 2 3 4 red dashed ""=>!found 'dashed'|label 1 2 red red half ""=>!found 'half'
+ellipse 1 2 3 4 red dashed=>!unexpected 'dashed'|polygon red 1,2 3,4=>!at least 3 points, found 2)");
 }
 
 TEST(OverlayWords, ValuesAndColoursOfBoxes) {
