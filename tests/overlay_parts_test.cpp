@@ -44,6 +44,7 @@ TEST(Parts, WordsInMessages) {
         {most.substr(2) + "é", most.substr(2) + "é"},
         {"\x1F \x7E\x7F\x80\xC3\x80", "? ~?\x80\xC3\x80"},
         {"\xC2\x80\xC2\x9F\xC2\xA0\xC2", "??\xC2\xA0\xC2"},
+        {"\xC2\x85", "?"},
         {std::string(41, '\x80'), "..."}};
     for (const auto &[word, shown] : words)
         EXPECT_EQ(overlay::Quoted(word), "'" + shown + "'");

@@ -38,12 +38,13 @@ TEST(OverlayPictures, Pbm) {
         {"P1\t1\v1\f1\n", "1x1 80000000"},
         {"P1#3 3 1\n2#\r1#0\n0#\n1#", "2x1 40000000"},
         {"P1 2 2 0110 1 and more", "2x2 40000000 80000000"},
-        {"P1 33 1 " + std::string(31, '0') + "11", "33x1 00000001 80000000"},
+        {"P1 33 2 " + std::string(31, '0') + "11" + std::string(32, '0') + "1",
+         "33x2 00000001 80000000 00000000 80000000"},
         {"P1 32 2 " + std::string(32, '0') + std::string(32, '1'), "32x2 00000000 ffffffff"},
         {"P4 9 2\n\xFF\x80\x01\x7F", "9x2 ff800000 01000000"},
         {"P4 8 2 \x20\x0A and more", "8x2 20000000 0a000000"},
         {"P4#c\n1#c\n1\t\x80", "1x1 80000000"},
-        {"P4 40 1 \1\2\3\4\5", "40x1 01020304 05000000"},
+        {"P4 40 1 \1\x82\3\x84\5", "40x1 01820384 05000000"},
         {"P4 1 1#c\na", "a comment stands where one white space must end its header"}};
     for (const auto &[content, expected] : cases)
         EXPECT_EQ(Read(content), expected) << content;
