@@ -229,7 +229,7 @@ TEST(Overlay, BoxesOfFrames) {
     EXPECT_EQ(give(0, {1, 3}), overlay::Planes::LumaAndChroma);
     auto bytes = Drawn(engine, 0);
     EXPECT_TRUE(bytes[1] && !bytes[2] && bytes[3] && bytes[15]);
-    EXPECT_FALSE(bytes[2 * kWidth + 3]); // no trail yet
+    EXPECT_FALSE(bytes[2 * kWidth + 3]);                        // no trail yet
     EXPECT_EQ(give(1, {9, 3}), overlay::Planes::LumaAndChroma); // of the frame alone
     bytes = Drawn(engine, 1);
     EXPECT_TRUE(!bytes[1] && bytes[9] && bytes[2 * kWidth + 3] && bytes[2 * kWidth + 8]);
