@@ -7,6 +7,8 @@
 #include "font_files.h"
 #include "text_font.h"
 
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 
 using namespace orn;
@@ -87,25 +89,14 @@ TEST(FontReader, AgreesWithTheLibraryOnDamagedFiles) {
     EXPECT_GT(std::min({damaged.refused, damaged.faulty, damaged.sound}), 30);
 }
 
-// A record that ends the index clears what an earlier one filled.
-TEST(FontReader, AgreesWithTheLibraryOnABadCodeOfTheIndex) {
-    FontFile file;
-    file.glyphData.resize(40);
-    cbf::PutWord(file.index, 10);
-    cbf::Append(file.index, Table({2, 2}, {5, cbf::kEndMark}));
-    const struct {
-        uint32_t slot;
-        uint8_t bits;
-    } records[] = {{2, 0b00000001}, {3, 0b11000000}}; // slots 2 to 4; slot 3 has no code
-    for (const auto &[slot, bits] : records) {
-        cbf::PutWord(file.index, slot);
-        cbf::PutWord(file.index, 1);
-        file.index.push_back(bits);
-    }
+TEST(FontReader, AgreesWithTheLibraryOnHostileFiles) {
     Verdicts verdicts;
-    Compare(file.Bytes(), &verdicts);
-    EXPECT_EQ(verdicts.faulty, 1);
-    EXPECT_EQ(cbf::ReadFont(file.Bytes()).index.entries.size(), 1u);
+    for (const auto &entry : std::filesystem::directory_iterator(ORN_FONT_CORPUS)) {
+        SCOPED_TRACE(entry.path());
+        std::ifstream file(entry.path(), std::ios::binary);
+        Compare({std::istreambuf_iterator<char>(file), {}}, &verdicts);
+    }
+    EXPECT_GT(verdicts.faulty, 9);
 }
 
 // Draws the outlined letter A in all directions; whether ink lies where no glyph reaches.

@@ -77,10 +77,6 @@ done <<END
 2 -r 65 two.ttc
 10 -r 65 --face 1 two.ttc
 10 -r 65 --face Box-Thick two.ttc
-2 -r 65 --face box two.ttc
-10 --face 1 -r 66 two.ttc -r 65 two.ttc
-2 --face 1 -r 66 two.ttc --face 0 -r 65 one.ttf
-2 -r 65 var.ttf
 10 -r 65 --instance heavy var.ttf
 6 -r 65 --instance wght=500 var.ttf
 2 --instance Heavy -r 66 var.ttf --instance default -r 65 one.ttf
@@ -95,8 +91,6 @@ while read -r status pattern arguments; do
 done <<END
 2 stands_after_the_last_font -s 16 $ttf tiny.hex -r 65
 2 runs_backwards -s 16 -r 9-3 $ttf
-2 no_range -s 16 -r 0x20- $ttf
-2 needs_a_size $ttf
 2 --size:_expected_a_number_from_0_to_1000,_not_.0x10 -s 0x10 $ttf
 2 --size:_expected_a_number_from_0_to_1000,_not_.1001 -s 1001 $ttf
 2 --letter-spacing:_.*_not_.1e1 -s 16 --letter-spacing 1e1 $ttf
@@ -110,14 +104,11 @@ done <<END
 2 no_single_character -s 16 --fallback AB $ttf
 1 Bold.ttf:_fallback_glyph:_is_wider --fallback W tiny.hex -s 200 -r 0x57 $ttf
 1 latin1.txt:2:_is_not_UTF-8_at_offset_3 -s 16 -t latin1.txt $ttf
-1 short.hex:_line_1: short.hex
 1 wrapped.bdf:_has_none_of -r all wrapped.bdf
 2 only:_0_.Box_Thin.,_1_.Box_Thick. -s 20 --face 2 two.ttc
 2 has_no_face_.Fat. -s 20 --face Fat one.ttf
-2 has_no_face_.1.,_only:_0 --face 1 tiny.hex
 2 only:_.Light.,_.Heavy. -s 20 --instance Bold var.ttf
 2 .wght=901.,_only_axes:_wght_from_100_to_900 -s 20 --instance wght=901 var.ttf
-2 .wdth=100. -s 20 --instance wght=500,wdth=100 var.ttf
 2 no_variable_font -s 20 --instance Bold one.ttf
 END
 run 1 'File too large' sh -c 'ulimit -f 1; "$@"' - "$cbfconv" -s 40 -o bad.cbf "$ttf"

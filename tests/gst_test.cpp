@@ -188,9 +188,6 @@ TEST(Gst, BadFilesStopItBeforeTheFirstFrame) {
         {"script-location", wrong.path, wrong.path + ":2: unknown command 'blob'"},
         {"font-location", wrong.path,
          wrong.path + ": not a CBF font, or cut short (cbfdump --check tells more)"},
-        {"tracks-location", wrong.path,
-         wrong.path + ":2: expected frame class x y width height and perhaps confidence and id, "
-                      "found 2 values"},
         {"tracks-location", "/nowhere",
          "Failed to open file “/nowhere”: No such file or directory"},
     };

@@ -114,8 +114,6 @@ def test_what_is_left_out():
         drawn = draw(4, "--tracks", pipe, script, status=1, message="pipe:2: bad frame 'nonsense'")
     check([bool(drawn[i * SIZE:(i + 1) * SIZE].strip(b"\0")) for i in range(4)] ==
           [True, False, False, True], "a wrong row or a late one takes others with it")
-    with writer("pipe", lambda pipe: pipe.write(FORMATS["coco"])) as pipe:
-        draw(1, "--tracks", pipe, script, status=1, message="one array")
     draw(1, "--tracks", "tracks.mot", "--latest", script, status=2, message="through a pipe")
     draw(1, "--tracks", "-", script, status=2, message="where the frames come from")
 

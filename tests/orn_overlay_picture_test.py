@@ -92,7 +92,6 @@ pathlib.Path("cut.jpg").write_bytes(photo[:-100])
 pathlib.Path("cut.png").write_bytes(logo[:-30])
 pathlib.Path("wrong.png").write_bytes(logo[:-20] + bytes([logo[-20] ^ 1]) + logo[-19:])
 pathlib.Path("text.png").write_text("P6 1 1")
-pathlib.Path("folder.jpeg").mkdir()
 png("huge.png", [[RED]], (60000, 60000))
 png("wide.png", [[RED] * 3000])
 for arguments, reason in [
@@ -100,13 +99,10 @@ for arguments, reason in [
         ("9 9 \"wrong.png\"", "wrong.png: is damaged"), ("9 9 \"huge.png\"", "more than 8192 x 4320"),
         ("9 9 \"text.png\"", "text.png: is neither a PNG nor a JPEG"),
         ("9 9 \"nowhere.jpg\"", "nowhere.jpg: No such file"),
-        ("9 9 \"folder.jpeg\"", "folder.jpeg: Is a directory"),
         ("auto 100 \"wide.png\"", "wide.png: would be drawn with more than"),
         ("65535 65535 \"dot.PNG\"", "would be drawn with more than 8192 x 4320"),
         ("auto 9 \"frames.raw\"", "raw frames need both sizes"),
-        ("9 10% \"frames.raw\"", "raw frames need both sizes in pixels"),
-        ("0% 9 \"dot.PNG\"", "bad size '0%'"), ("9 -5% \"dot.PNG\"", "bad size '-5%'"),
-        ("9 0 \"dot.PNG\"", "bad number '0'")]:
+        ("9 10% \"frames.raw\"", "raw frames need both sizes in pixels")]:
     draw(f"* fill 0 0 1 1 red\n* picture 0 0 {arguments}", "--check", status=1, message="script:2: ")
     draw(f"* picture 0 0 {arguments}", "--check", status=1, message=reason)
 draw("* picture 1999999999 -2147483648 9 auto \"dot.PNG\"\n* picture 9 2147483647 9 9 \"dot.PNG\"")

@@ -166,16 +166,12 @@ def check_refused(script):
     table = """
 1|-i audio.m4a -o x.mp4|audio.m4a: has no video
 1|-i text.mp4 -o x.mp4|text.mp4: can't be opened as a video
-1|-i nowhere.mp4 -o x.mp4|nowhere.mp4: can't be opened as a video: No such file
 1|-i headless.mp4 -o x.mp4|headless.mp4: can't be opened
 1|-i cut-cut.mp4 -o x.mp4|cut-cut.mp4: at 00:00:00.
-1|-i cut-sound.mkv -o x.mkv|cut-sound.mkv: at 00:00:00.
 2|-i upright.mp4 -o upright.mp4|upright.mp4: is read, and would be overwritten
-2|-i upright.mp4 -o ./upright.mp4|is read, and would be overwritten
 2|-i upright.mp4 -o x.film|should end as a video's does
 2|-i upright.mp4 -o x.png|--frame or --sheet
 2|-i upright.mp4|-o
-2|-o x.mp4|needs a clip
 2|-i upright.mp4 -o x.mp4 --stride 320|raw frames
 2|-i upright.mp4 -o x.mp4 --encoder blob|'blob'
 2|-i upright.mp4 -o x.webm --encoder ffv1|can't hold

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Coordinates, lengths and sizes as scripts write them, and the rows of frames in a stream.
-#include "overlay/frame_memory.h"
+// Coordinates, lengths and sizes as scripts write them.
 #include "overlay/messages.h"
 #include "overlay/place.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -86,32 +84,4 @@ TEST(OverlayPlaces, LengthsAndSizes) {
     int32_t height, pixels;
     for (std::string size; cases >> size >> height >> pixels;)
         EXPECT_EQ(overlay::PixelsOf(overlay::ParseSize(size), height), pixels) << size;
-}
-
-// A shape and strides in and out; bytes in, the stride in memory, how many runs of bytes pass, and
-// how many bytes when the second run, or the only one, is short by one.
-TEST(OverlayPlaces, RowsInStreams) {
-    std::istringstream cases("4 2 1 0 0  12 4 1 11  5 3 1 0 0  27 6 5 9  5 3 0 0 0  15 5 1 14 "
-                             "1 1 1 0 0  3 2 2 2  5 3 1 8 0  40 8 1 39  5 3 1 0 8  27 8 5 9 "
-                             "5 3 0 7 6  21 7 1 20  4 2 1 6 6  18 6 1 17");
-    int64_t in, out, stride;
-    size_t bytes, passes, cut;
-    for (overlay::FrameShape shape; cases >> shape.width >> shape.height >> shape.hasChroma >> in >>
-                                    out >> bytes >> stride >> passes >> cut;) {
-        const overlay::RawLayout from(shape, in);
-        EXPECT_EQ(from.Bytes(), bytes);
-        overlay::FrameMemory memory(shape, from, overlay::RawLayout(shape, out));
-        const OrnMinRenderImage image = memory.Image();
-        EXPECT_EQ(image.stride, stride);
-        EXPECT_EQ(image.uvPlane,
-                  shape.hasChroma ? image.yPlane + image.stride * shape.height : nullptr);
-        size_t count = 0;
-        const auto pass = [&](uint8_t *, size_t length) { return ++count, length; };
-        EXPECT_EQ(memory.Transfer(from, pass), bytes);
-        EXPECT_EQ(count, passes) << bytes;
-        const size_t least = std::min<size_t>(passes, 2);
-        count = 0;
-        const auto fall = [&](uint8_t *, size_t length) { return length - (++count == least); };
-        EXPECT_EQ(memory.Transfer(from, fall), cut) << bytes;
-    }
 }

@@ -180,17 +180,9 @@ TEST(OverlayShapes, ThickRings) {
 TEST(OverlayShapes, SizesOfTheFrame) {
     constexpr const char *same[][2] = {
         {"* box 3 3 20 20 white thick 25%", "* box 3 3 20 20 white thick 6"},
-        {"* line 3 3 20 9 white thick 0.1%", "* line 3 3 20 9 white thick 1"},
-        {"* box 4 4 21 21 white thick 2", "* box 4 4 21 21 white"},
-        {"* hline 4 20 8 white thick 2", "* hline 4 20 8 white"},
-        {"* vline 8 4 20 white thick 2", "* vline 8 4 20 white"},
         {"* line 3 3 20 9 white thick 999999%", "* fill left top right bottom white"},
         {"* box 3 3 20 20 white thick 2147483647", "* fill 3 3 21 21 white"},
-        {"* ellipse 2 2 21 17 white thick 25%", "* ellipse 2 2 21 17 white thick 6"},
         {"* roundfill 2 2 30 10 5 0 white", "* fill 2 2 30 10 white"},
-        {"* roundfill 2 2 30 10 0 5 white", "* fill 2 2 30 10 white"},
-        {"* roundbox 2 2 29 9 5 0 white", "* box 2 2 30 10 white"},
-        {"* roundbox 2 2 29 9 0 5 white", "* box 2 2 30 10 white"},
         {"* mask 3 3 8 9 # in black", "* fill 2 2 8 10 black"},
         {"* mask 8 9 3 3 red", "* fill 2 2 8 10 red"},
         {"tracks mask", "* mask 5 3 16 12"},
@@ -249,7 +241,4 @@ TEST(OverlayShapes, Mosaics) {
         const std::string script = "* mosaic" + Numbers({left, top, right, bottom, size});
         ASSERT_TRUE(Drawn(script, before) == expected) << script;
     }
-    constexpr const char *all = "* mosaic -2147483648 -2147483648 2147483647 2147483647 2147483647";
-    const Bytes grey = Drawn(all, Bytes(kBlank.size(), 7));
-    EXPECT_EQ(grey, Bytes(kBlank.size(), 7));
 }

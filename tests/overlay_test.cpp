@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the engine of overlays promises to clients beyond what orn-overlay shows: frames in any
-// order, several engines, settings that change between frames, errors as values.
+// order, settings that change between frames, errors as values.
 #include "overlay/engine.h"
 
 #include <cstdlib>
@@ -77,22 +77,6 @@ TEST(Overlay, FramesInAnyOrder) {
     }
 }
 
-TEST(Overlay, TwoEnginesShareNothing) {
-    Engine one({});
-    Engine other({{}, true, {}});
-    one.SetScript("* fill 0 0 1 1 white", "one");
-    other.SetScript("tracks fill box.left 0 +1 1 id", "other");
-    other.SetTracks({{"1,1,2,0,1,1\n2,2,3,0,1,1\n", "tracks"}}, {});
-    one.SetFrames({kWidth, kHeight, true, kLimited});
-    other.SetFrames(kY8);
-    const auto first = Drawn(other, 0);
-    EXPECT_EQ(Drawn(one, 1, true)[0], 235);
-    const auto second = Drawn(other, 1);
-    EXPECT_TRUE(first[2] && !first[3] && !second[2] && second[3] && first[2] != second[3]);
-    EXPECT_FALSE(first[0] || second[0]);
-    EXPECT_EQ(Drawn(other, 0), first);
-}
-
 // Frames, and what they mean, may become known after the script, and change.
 TEST(Overlay, TheShapeMayCome) {
     Engine engine({});
@@ -164,29 +148,6 @@ TEST(Overlay, PicturesFollowTheShape) {
     std::ofstream(folder.path + "/two.raw") << "abcd";
     EXPECT_THROW(Drawn(engine, 1), overlay::Failure);
     EXPECT_EQ(Drawn(engine, 0)[0], 'a');
-}
-
-TEST(Overlay, SizesOfPicturesFollowTheHeight) {
-    const Folder folder;
-    const std::string name = folder.path + "/white.png";
-    std::ofstream(name) << "white";
-    overlay::Settings settings;
-    settings.decodePicture = [](std::string_view, int32_t width, int32_t height) {
-        const auto bytes = static_cast<size_t>(4 * width * height);
-        return overlay::Pixels{width, height, std::vector<uint8_t>(bytes, 255)};
-    };
-    Engine engine(settings);
-    engine.SetScript("* picture 0 0 25% 1 \"" + name + "\"", "script");
-    for (const int32_t height : {4, 8, 1, 4}) {
-        EXPECT_EQ(Told(engine.SetFrames({kWidth, height, false, {}})), "");
-        const std::vector<uint8_t> bytes = Drawn(engine, 0);
-        const int32_t side = std::max(1, height / 4);
-        EXPECT_TRUE(bytes[0] && !bytes[static_cast<size_t>(side)]) << height;
-        EXPECT_TRUE(bytes[static_cast<size_t>(side - 1)]) << height;
-    }
-    std::remove(name.c_str());
-    EXPECT_NE(Told(engine.SetFrames({kWidth, 8, false, {}})), "");
-    EXPECT_FALSE(Drawn(engine, 0)[0]);
 }
 
 TEST(Overlay, ErrorsAreValuesAndChangeNothing) {

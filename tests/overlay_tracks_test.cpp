@@ -51,25 +51,18 @@ frame,id,x,y,w,h|1,3,2,4,10,20 > 0:3 2,4-12,24 1|
 1,1.5,2,4,10,20|1,1,2,4,-1,20 > f:1: bad id '1.5': expected a whole number|f:2: bad width '-1': expected 0 or more|
 1,1,inf,4,1,20|1,1,nan,4,1,2|1,1,1e308,3,1e308,5 > f:1: bad left 'inf': expected a number|f:2: bad left 'nan'
 {"frame": 1, "boxes": [{"box": [1, 2, 3]}]}|{"frame": 1, > f:1: bad "box": expected four numbers|f:2: the line is no JSON from byte 13 on|
-{"boxes": []}|7 > f:1: expected an object with "frame"|f:2: expected an object with "frame"|
 {"frame": 1, "boxes": [{"box": [3, 2, 1, 4]}]} > f:1: bad right '1': it lies left of the left edge|
 [{"image_id": 1}, 7] > f: result 1: expected an object with "bbox"|f: result 2: expected an object with "image_id"|
 [1 > f: result 1: expected an object with "image_id"|f: the file is no JSON from byte 3 on|
 1,1,1e12,-1e12,0,0 > 0:1 1e+12,-1e+12-1e+12,-1e+12 1|
 1,1,1000000000001,0,0,0 > f:1: bad left '1000000000001': expected a number from -1e12 to 1e12|
 4294967295,-4294967295,0,0,0,0 > 4294967294:-4294967295 0,0-0,0 1|
-4294967296,1,0,0,0,0 > f:1: bad frame '4294967296': expected a whole number|
-1,1,0,0,0,-1 > f:1: bad height '-1': expected 0 or more|
 1,1,0,0,1,1,1,7|1,1,0,0,1,1,1,0|1,1,0,0,1,1,1,7,1,1,1 > 0:1 0,0-1,1 1 bus|0:1 0,0-1,1 1 0|0:1 0,0-1,1 1|
 1,1,0,0,1,1,|1,1,0,0,1,1,2e12 > f:1: bad confidence '': expected a number|f:2: bad confidence '2000000000000'
-1,1,0,0,1|1,1,0,0,1,1,high > f:1: expected frame,id,left,top,width,height and perhaps confidence, found 5 values|f:2: bad confidence 'high'
 1 > f:1: expected frame class x y width height and perhaps confidence and id, found 1 value|
-1 7 -2 2 2 0 0.5 3 9 > f:1: expected frame class x y width height and perhaps confidence and id, found 9
 7 -2 2 2 0|1 7 0 0 1 1|1 7 0 0 1 1 1 0 > 0:-1 -3,2--1,2 1 bus|0:-1 -0.5,-0.5-0.5,0.5 1 bus|0:0 -0.5,
-7 0 -2.5 1 1 > f:1: bad y '-2.5': expected a part of 1, the frame's width or height, not pixels|
 {"frame":1,"boxes":[{"box":[0,1,0,1],"id":null}]}|{"frame":1e999} > 0:-1 0,1-0,1 1|f:2: the line holds a
 {"frame":1,"boxes":{}}|{"frame":1,"boxes":[{"box":[0,2,0,1]}]} > f:1: bad "boxes": expected an array|f:2: bad bot
-{"frame":1,"boxes":[{"box":[0,0,0,0,0]}]} > f:1: bad "box": expected four numbers|
 {"frame":1,"boxes":[{"box":[0,0,0,0],"class":"\u0000"}]} > f:1: the name of the class is not UTF-8|
 [{"image_id":1,"bbox":[0,0,1,1],"track_id":3,"more":{"a":[1,{}]}},[[1]]] > 0:3 0,0-1,1 1|f: result 2: expected
 FRAME_ID,X1,Y_MIN,XMAX,BBOX_HEIGHT|1,2,3,4,5 > 0:-1 2,3-4,8 1|
@@ -77,17 +70,11 @@ frame,x1,left,top,w,bottom,|1,9,2,3,4,5,0.5,8,8 > 0:-1 2,3-6,5 1|
 frame,left,top,right,w,bottom,h|1,2,3,10,99,20,99|1,2,3,,4,,5 > 0:-1 2,3-10,20 1|0:-1 2,3-6,8 1|
 frame,left,top,w,h,id,score|1,2,3,4,5|1,2,3,4,5,0,0.5 > 0:-1 2,3-6,8 1|0:0 2,3-6,8 0.5|
 frame,left,top,w,h,class,cls|1,2,3,4,5,7,8|1,2,3,4,5,,7 > 0:-1 2,3-6,8 1 bus|0:-1 2,3-6,8 1 bus|
-frame,left,top,w,h,class,cls|1,2,3,4,5,,-1|1,2,3,4,5,nan,7 > 0:-1 2,3-6,8 1|0:-1 2,3-6,8 1 nan|
 frame,left,top,w,h|,2,3,4,5|1,2,3,4 > f:2: bad frame '': expected a number|f:3: bad height '': expected
-a,left,top,w,h > f:1: the first row has to name the columns frame, left, top, right or width, and bottom
-frame_no,a,top,w,h > f:1: the first row
-frame_no,left,a,w,h > f:1: the first row
-frame_no,left,top,a,h > f:1: the first row
+frame_no,a,top,w,h > f:1: the first row has to name the columns frame, left, top, right or width, and bottom
 frame_no,left,top,w,a > f:1: the first row
 class,frame,x1,y1,w,h| a	,1,2,3,4,5|"a,b" ,1,2,3,4,5 > 0:-1 2,3-6,8 1 a|0:-1 2,3-6,8 1 a,b|
-class,frame,x1,y1,w,h|" a ""b",1,2,3,4,5|"""",1,2,3,4,5 > 0:-1 2,3-6,8 1  a "b|0:-1 2,3-6,8 1 "|
 class,frame,x1,y1,w,h|"a"b,1,2,3,4,5|a"b,1,2,3,4,5|"",1,2,3,4,5 > 0:-1 2,3-6,8 1 ab|0:-1 2,3-6,8 1 a"b|0:-1 2,3-6,8 1|
-class,frame,x1,y1,w,h|"a||" > f:2: a quote without the one that ends it|f:4: a quote
 class,frame,x1,y1,w,h|"a"" > f:2: a quote)");
     TrackSettings settings;
     settings.classes[7] = "bus";
@@ -149,15 +136,6 @@ TEST(Tracks, FilesOfYoloAreOfOneFrameEach) {
     EXPECT_EQ(TextOf(errors), "wrong:1: expected class x y width height and perhaps confidence and "
                               "id, found 4 values\nwrong:2: expected class x y width height and "
                               "perhaps confidence and id, found 8 values\n");
-}
-
-TEST(Tracks, NamesOfClasses) {
-    Errors errors;
-    const auto names =
-        overlay::ParseClassNames("person\n car \n7: traffic light\nbus\n", "f", errors);
-    EXPECT_EQ(names,
-              (overlay::ClassNames{{0, "person"}, {1, "car"}, {7, "traffic light"}, {8, "bus"}}));
-    EXPECT_EQ(overlay::NameOfClass(names, 3), "3");
 }
 
 // What a stream gives for a frame as soon as it has it.
@@ -241,12 +219,6 @@ TEST(TrackStream, RowsThatComeBefore) {
     EXPECT_FALSE(any.Take(0));
     EXPECT_EQ(Taken(any, 1), "1:1 0,0-1,1 1\n1:-1 0,0-1,1 1\n");
     EXPECT_EQ(Taken(any, 9), "2:1 2,0-3,1 1\n3:1 4,0-5,1 1\n4:1 6,0-7,1 1\n4:-1 0,0-1,1 1\n");
-    EXPECT_EQ(any.Waiting(), 1u);
-    any.Pause();
-    EXPECT_EQ(any.TakeNewest()->number, 8);
-    any.Feed("9,2,0,0,1,1\n12,2,0,0,1,1\n13,2,0,0,1,1\n");
-    EXPECT_EQ(any.Waiting(), 6u);
-    EXPECT_TRUE(any.TakeNewest()->number == 11 && any.Waiting() == 2);
 }
 
 // Boxes of a frame, and ids that gaps are filled for: those that are known go on when no more fit.

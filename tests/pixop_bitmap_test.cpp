@@ -85,24 +85,10 @@ TEST(Bitmaps, MatchTheReference) {
     }
     const TestBitmap tall(9, 40, random); // of more rows than become a mask at once
     CheckBitmap(tall, {1, -3, 19, 90}, 24, 90, 3);
+    EXPECT_EQ(WordWidth, 32);
     const TestBitmap large(32767, 2, random);
     CheckBitmap(large, {-5, 1, 40000, 5}, 30, 9, 3);
     CheckBitmap(large, {INT_MIN, INT_MIN, INT_MAX, INT_MAX}, 30, 9, 3);
-}
-
-TEST(Bitmaps, RefuseSidesOutsideTheFixedPointRange) {
-    std::mt19937 random(2);
-    const TestBitmap bitmap(32768, 1, random);
-    const OrnMinRenderRect rect = {0, 0, 8, 8};
-    for (const auto &side : {OrnMinRenderPoint{0, 1}, {1, 0}, {-3, 1}, {32768, 1}, {1, INT_MIN}})
-        EXPECT_TRUE(Draws(
-            8, 8, 3,
-            [&](auto *image) {
-                OrnMinRenderDrawBitmapYUV420SP(image, &rect, side.x, side.y, bitmap.words.data(),
-                                               kInk);
-            },
-            NoInk, NoInk));
-    EXPECT_EQ(WordWidth, 32);
 }
 
 } // namespace

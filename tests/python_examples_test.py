@@ -88,8 +88,6 @@ def main():
                           ("gstreamer_probe.py", ("no.cbf", "fakesrc"))):
         example(name, status=2)
         example(name, *missing, status=1)
-    example("pyav_boxes.py", "sans.cbf", "missing.mp4", "x.mp4", status=1)
-
 
 with tempfile.TemporaryDirectory() as folder:
     os.chdir(folder)

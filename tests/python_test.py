@@ -53,7 +53,6 @@ class SameBytes(unittest.TestCase):
     LINES = [
         ("hline 4 80 7 cyan dashed", lambda f: draw.draw_hline(f, 4, 80, 7, "cyan", dashed=True)),
         ("hline -9 2147483647 70 red", lambda f: draw.draw_hline(f, x0=-9, x1=FAR, y=70, colour="red")),
-        ("vline 9 60 3 #123456", lambda f: draw.draw_vline(f, 9, 60, 3, "#123456")),
         ("vline 9 3 60 #ABCdef dashed", lambda f: draw.draw_vline(f, 9, 3, 60, (0xab, 0xcd, 0xef), dashed=True)),
         ("line -5 3 90 200 pink", lambda f: draw.draw_line(f, (-5, 3), (90, 200), "pink")),
         ("box 3 3 60 40 orange dashed", lambda f: draw.draw_frame(f, (3, 3, 60, 40), "orange", dashed=True)),
@@ -88,7 +87,7 @@ class SameBytes(unittest.TestCase):
             given = noise(length_of(width, height, layout == "nv12"))
             for line, call in self.LINES:
                 # There orn-overlay draws as with chroma, and the library doesn't.
-                if layout == "y8" and ("dashed" in line or line.startswith("vline 9 60")):
+                if layout == "y8" and "dashed" in line:
                     continue
                 with self.subTest(line=line, layout=layout, space=space):
                     drawn = bytearray(given)
@@ -113,15 +112,6 @@ class SameBytes(unittest.TestCase):
             draw_detections(frame, boxes, [""] * count, range(1, count + 1))
         script += "tracks box box.left box.top box.right-1 box.bottom-1 id\n"
         self.assertEqual(drawn, overlay(script, given, 96, 72, "--tracks=boxes.csv"))
-
-    def test_luma_alone_has_calls_of_its_own(self):
-        """Dashes of one row, and no upright line from below."""
-        buffer, wanted = bytearray(40 * 4), bytearray(40 * 4)
-        wanted[48:56] = wanted[64:72] = b"\7" * 8
-        with Frame.gray(buffer, 40, 4) as frame:
-            draw.draw_hline(frame, 40, 0, 1, 7, dashed=True)
-            draw.draw_vline(frame, 3, 4, 0, 7)
-        self.assertEqual(buffer, wanted)
 
     def test_text_is_measured_and_fitted(self):
         text = "one two three four"
@@ -225,9 +215,7 @@ class Buffers(unittest.TestCase):
                 (BufferError, bytes(flat), 32, 24), (BufferError, read_only, 32, 24),
                 (BufferError, "text".encode(), 1, 1), (TypeError, "text", 32, 24), (TypeError, None, 32, 24),
                 (TypeError, full.astype("u2"), 32, 24), (TypeError, full.astype("f4"), 32, 24),
-                (TypeError, full.astype(bool), 32, 24), (TypeError, [0] * 1152, 32, 24),
                 (ValueError, released, 32, 24), (ValueError, flat[:-1], 32, 24), (ValueError, bytearray(), 1, 1),
-                (ValueError, full[:-1], 32, 24), (ValueError, full[:, :-1], 32, 24), (ValueError, full[::-1], 32, 24),
                 (BufferError, full[:, ::2], 16, 24), (BufferError, full[:, ::-1], 32, 24),
                 (BufferError, memoryview(flat)[::2], 16, 24), (BufferError, full.T, 36, 20),
                 (BufferError, numpy.zeros((), "u1"), 1, 1), (ValueError, flat, 32, 24, -32),
@@ -272,59 +260,33 @@ class Arguments(unittest.TestCase):
         closed.close()
         for error, call in (
                 (OverflowError, lambda: draw.draw_frame(frame, (0, 0, 2**31, 5), "red")),
-                (OverflowError, lambda: draw.draw_hline(frame, 0, 2**32 + 5, 5, "red")),
-                (OverflowError, lambda: draw.draw_vline(frame, 5, -2**31 - 1, 5, "red")),
                 (OverflowError, lambda: draw.fill_polygon(frame, [(0, 0), (9, 9), (2**40, 0)], "red")),
                 (OverflowError, lambda: draw.draw_text(frame, "a", (2**31, 9), "red", font=font())),
-                (OverflowError, lambda: draw.draw_text(frame, "a", (9, 9), "red", font=font(), line_start=2**31)),
                 (OverflowError, lambda: draw.text_bitmap(frame, (128, 1, 0, 0), [1], (9, 9), 9)),
                 (OverflowError, lambda: draw.draw_bitmap(frame, box, 1, 1, [2**32], 9)),
                 (TypeError, lambda: draw.draw_frame(frame, (0, 0, 9.5, 5), "red")),
                 (TypeError, lambda: draw.draw_frame(frame, (0, 0, NAN, 5), "red")),
-                (TypeError, lambda: draw.fill_rect(frame, numpy.array([0, 0, 9, 9], "f4"), "red")),
-                (TypeError, lambda: draw.fill_rect(self.buffer, box, "red")),
-                (TypeError, lambda: draw.draw_text(self.buffer, "a", (9, 9), "red", font=font())),
-                (TypeError, lambda: draw.draw_text(frame, b"bytes", (9, 9), "red", font=font())),
-                (TypeError, lambda: draw.draw_text(frame, "a", (9, 9), "red", font=7)),
-                (TypeError, lambda: draw.fill_rect(frame, box, None)),
-                (TypeError, lambda: draw.fill_rect(frame, box, (1.5, 2, 3))),
                 (ValueError, lambda: draw.fill_rect(frame, (1, 2, 3), "red")),
                 (ValueError, lambda: draw.fill_rect(frame, box, "reddish")),
-                (ValueError, lambda: draw.fill_rect(frame, box, "#12345g")),
-                (ValueError, lambda: draw.fill_rect(frame, box, "#-12345")),
                 (ValueError, lambda: draw.fill_rect(frame, box, (1, 2, 256))),
-                (ValueError, lambda: draw.fill_rect(frame, box, (1, 2))),
                 (ValueError, lambda: draw.fill_rect(frame, box, 256)),
                 (ValueError, lambda: draw.draw_text(frame, "a\0b", (9, 9), "red", font=font())),
-                (ValueError, lambda: draw.draw_text(frame, "\ud800", (9, 9), "red", font=font())),
                 (ValueError, lambda: draw.draw_bitmap(frame, box, 33, 2, [1, 2, 3], "red")),
                 (ValueError, lambda: draw.draw_bitmap(frame, box, 32768, 1, [1] * 1024, "red")),
                 (ValueError, lambda: draw.blit(frame, box, frame)),
                 (ValueError, lambda: draw.set_chroma(gray, 0, 0, "red")),
                 (ValueError, lambda: closed.draw_frame(frame, box, "red")),
-                (ValueError, lambda: closed.set_luma(frame, 1, 1, 1)),
                 (IndexError, lambda: draw.set_luma(frame, 32, 0, 1)),
-                (IndexError, lambda: draw.set_luma(frame, 0, -1, 1)),
                 (IndexError, lambda: draw.set_chroma(frame, 15, 12, 1)),
                 (IndexError, lambda: draw.draw_luma_spans(frame, [(0, 5, 5), (3, 33, 5)], 1)),
-                (IndexError, lambda: draw.draw_luma_spans(frame, [(5, 3, 5)], 1)),
                 (IndexError, lambda: draw.draw_chroma_spans(frame, [(0, 1, 12)], 1)),
                 (IndexError, lambda: draw.fill_luma(frame, (0, 0, 33, 5), 1)),
                 (IndexError, lambda: draw.fill_chroma(frame, (9, 0, 8, 5), 1)),
                 (ValueError, lambda: draw_detections(frame, [box], ["a", "b"], font=font())),
-                (ValueError, lambda: draw_detections(frame, [box], ids=[], font=font())),
                 (ValueError, lambda: draw_detections(frame, [box, box], colours=["red"])),
-                (ValueError, lambda: draw_detections(frame, [box, box[:3]])),
                 (ValueError, lambda: draw_detections(frame, numpy.zeros(4))),
-                (ValueError, lambda: draw_detections(frame, numpy.zeros((2, 5)))),
-                (ValueError, lambda: draw_detections(frame, [box], colours="nothing")),
                 (ValueError, lambda: draw_detections(frame, [box], ["a\0"], font=font())),
-                (TypeError, lambda: draw_detections(frame, [box], [7], font=font())),
-                (TypeError, lambda: draw_detections(frame, [box], [0], font=font())),
-                (TypeError, lambda: draw_detections(frame, [box], ids=[1.5], font=font())),
-                (TypeError, lambda: draw_detections(frame, [("a", "b", "c", "d")])),
-                (TypeError, lambda: draw_detections(frame, 5)),
-                (TypeError, lambda: draw_detections(self.buffer, [box]))):
+                (TypeError, lambda: draw_detections(frame, [box], [7], font=font()))):
             with self.subTest(call.__code__.co_firstlineno), self.assertRaises(error):
                 call()
             self.assertEqual(self.buffer, given)
@@ -347,18 +309,6 @@ class Arguments(unittest.TestCase):
                     draw_detections(Frame.nv12(buffer, 32, 24), xyxy, texts or None, font=font())
                     results.append(buffer)
                 self.assertEqual(*results)
-
-    def test_colours_of_detections(self):
-        boxes = [(2, 2, 9, 9), (12, 2, 19, 9), (22, 2, 29, 9)]
-        for odd, even in (
-                ({"ids": [0, -5, 8]}, {"ids": numpy.array([24, 19, 32])}),
-                ({"colours": (255, 0, 0)}, {"colours": ["red"] * 3}),
-                ({"colours": numpy.array([255, 0, 0])}, {"colours": "#ff0000"}),
-                ({"colours": 70}, {"colours": numpy.uint8(70)})):
-            buffers = noise(32 * 36), noise(32 * 36)
-            for buffer, options in zip(buffers, (odd, even)):
-                draw_detections(Frame.gray(buffer, 32, 24), boxes, [""] * 3, **options)
-            self.assertTrue(buffers[0] == buffers[1] != noise(32 * 36), odd)
 
 
 class Fonts(unittest.TestCase):

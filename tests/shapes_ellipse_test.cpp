@@ -45,55 +45,7 @@ TEST(EllipsePictures, Circle) {
         ".............\n");
 }
 
-TEST(EllipsePictures, NoBlockIsAnchoredOnRowZero) {
-    Frame frame(9, 9);
-    Ellipse(&frame.image, {0, 0, 8, 8});
-    EXPECT_EQ(frame.Picture(),
-        "......... #..##\n"
-        ".##...### #...#\n"
-        "###...### #...#\n"
-        "##.....## #...#\n"
-        "##......# ####.\n"
-        "##.....##\n"
-        "###....##\n"
-        "####.####\n"
-        ".#######.\n");
-}
-
-TEST(EllipsePictures, RoundedOutline) {
-    Frame frame(25, 19);
-    RoundBox(&frame.image, {2, 2, 22, 16}, {5, 4});
-    EXPECT_EQ(frame.Picture(),
-        "......................... .###.....##..\n"
-        "......................... ##.#####..##.\n"
-        "....#################.... #..........#.\n"
-        "...###################... .#.........#.\n"
-        "..####..............###.. .#.........#.\n"
-        "..###................###. .#.........#.\n"
-        "..##.................###. #..........#.\n"
-        "..##..................##. ##........##.\n"
-        "..##..................##. .#######.##..\n"
-        "..##..................##. .............\n"
-        "..##..................##.\n"
-        "..##..................##.\n"
-        "..##..................##.\n"
-        "..##.................###.\n"
-        "..###...............###..\n"
-        "...####...........#####..\n"
-        "....##################...\n"
-        "......##############.....\n"
-        ".........................\n");
-}
-
 // clang-format on
-
-TEST(EllipsePictures, GapsOfAnEccentricRingStayOpen) {
-    Frame frame(120, 130);
-    Ellipse(&frame.image, {50, 50, 58, 114});
-    for (int x = 0; x < 120; ++x)
-        EXPECT_EQ(frame.Y(x, 113), kPaper) << x;
-    EXPECT_EQ(frame.Y(54, 114), kInk.y);
-}
 
 // The rows that a shape fills in each plane.
 struct Row {
@@ -292,34 +244,6 @@ TEST(ShapeProperties, SwappedCornersMissingPlanesAndCutOuts) {
     }
 }
 
-TEST(ShapeProperties, FillsLieInsideTheirOutlinesAndMirror) {
-    ForAll({{2, 3, 8, 13, 20, 41, 58}, Range(2, 60), {1000, 1, 3, 8}}, [](const Ints &v) {
-        const int width = int(v[0]), height = int(v[1]), radius = int(v[2]);
-        const OrnMinRenderRect rect = {4, 4, 4 + width, 4 + height};
-        Frame outline(70, 70), fill(70, 70), ellipse(70, 70);
-        RoundBox(&outline.image, rect, {radius, radius});
-        RoundFill(&fill.image, rect, {radius, radius});
-        Ellipse(&ellipse.image, rect);
-        const bool even = width % 2 == 0 && height % 2 == 0;
-        ASSERT_TRUE(!even || radius < 1000 || outline == ellipse);
-        for (int y = 0; y < 70; ++y) {
-            const auto *row = &outline.Y(0, y);
-            const auto *first = static_cast<const uint8_t *>(memchr(row, kInk.y, 70));
-            const auto *last = static_cast<const uint8_t *>(memrchr(row, kInk.y, 70));
-            for (int x = 0; x < 70; ++x) {
-                // The stepping of the fill leaves very narrow boxes by a column.
-                const bool inside =
-                    2 * width < height || (first && row + x >= first && row + x <= last);
-                ASSERT_TRUE(inside || fill.Y(x, y) != kInk.y) << x << ' ' << y;
-            }
-            for (int x = 0; x < width && even && y <= height; ++x) {
-                ASSERT_EQ(fill.Y(4 + x, y), fill.Y(3 + width - x, y)) << x << ' ' << y;
-                ASSERT_EQ(fill.Y(4 + x, 4 + y), fill.Y(4 + x, 4 + height - y)) << x << ' ' << y;
-            }
-        }
-    });
-}
-
 // What the stepping leaves when one side is 0 or 1 must end and stay in its box.
 TEST(ShapeProperties, ThinAndExtremeShapesEnd) {
     const auto begin = std::chrono::steady_clock::now();
@@ -365,22 +289,6 @@ TEST(ShapeProperties, TallShapesAreComplete) {
         const bool wide = y > 50 && y < 4950; // chroma, rounded inward, begins a little later
         ASSERT_TRUE(!wide || disc.UV(16, y / 2)[0] == kInk.u) << y;
         ASSERT_TRUE(!wide || rounded.UV(16, y / 2)[0] == kInk.u) << y;
-    }
-}
-
-TEST(ShapeProperties, FullSizeEllipseIsClosed) {
-    Frame frame(1924, 1084);
-    Ellipse(&frame.image, {0, 2, 1920, 1080});
-    for (int y = 2; y <= 1081; ++y) {
-        const auto *row = &frame.Y(0, y);
-        ASSERT_NE(memchr(row, kInk.y, 962), nullptr) << y;
-        ASSERT_NE(memchr(row + 962, kInk.y, 962), nullptr) << y;
-    }
-    for (int x = 0; x <= 1921; ++x) {
-        int ink = 0;
-        for (int y = 0; y < 1084; ++y)
-            ink += frame.Y(x, y) == kInk.y;
-        ASSERT_GE(ink, 2) << x;
     }
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Fonts that lack a section, glyph records inside and outside the glyph data, and the glyph cache.
+// Glyph records inside and outside the glyph data, and the glyph cache.
 #include "fence.h"
-#include "font_exercise.h"
 #include "font_files.h"
 #include "text_font.h"
 
@@ -103,21 +102,6 @@ TEST(GlyphCache, KeepsOneEntryACodePoint) {
     OrnMinRenderSetFontDirection(font.get(), 7);
     EXPECT_EQ(font->glyphCount, 0u);
     EXPECT_NE(GetGlyph(font.get(), 65), nullptr);
-}
-
-TEST(HostileFonts, MissingSectionsStillLoad) {
-    const auto source = SmallFont("13", 8);
-    for (int missing = 0; missing < 3; ++missing) {
-        Bytes bytes = source.Bytes();
-        for (int i = 0; i < 4; ++i)
-            bytes[size_t(12 + 4 * missing + i)] = 0xFE; // an offset past the end
-        const FontPtr font = Load(bytes);
-        ASSERT_NE(font, nullptr);
-        EXPECT_EQ(missing == 2 ? (void *)font->index.words : (void *)font->huffLuts[missing],
-                  nullptr);
-        EXPECT_EQ(GetGlyph(font.get(), 'A') != nullptr, missing != 2);
-        ExerciseFont(bytes);
-    }
 }
 
 // As many as make a second way to them worth while, all in one chain.

@@ -36,19 +36,6 @@ TEST(GlyphDecoding, FollowsTheCodedRuns) {
     EXPECT_EQ(Words(SmallFont("13", 8, -1, 2)), W{}) << "a negative size is an empty glyph";
 }
 
-TEST(GlyphDecoding, MissingTablesLeaveBackground) {
-    FontFile noInk = SmallFont("13", 8);
-    noInk.tables[1].clear(); // its offset is now that of the index: 1 entry, of length 0
-    EXPECT_EQ(Words(noInk), (std::vector<uint32_t>{0, 0}));
-    FontFile noBackground = SmallFont("13", 8);
-    noBackground.tables[0] = Table({33});
-    EXPECT_EQ(Words(noBackground), (std::vector<uint32_t>{0, 0}));
-    FontFile largeSymbol = SmallFont("01", 8);
-    largeSymbol.tables[1] = Table({1, 4}, {1, 0x8000}); // code 1000 covers the rest
-    largeSymbol.glyphData[8] = 0x08;
-    EXPECT_EQ(Words(largeSymbol), (std::vector<uint32_t>{7, 7}));
-}
-
 // A walk that takes no bits is a run of 0, two in turn end the glyph. '?' is 1111, which no table
 // has a code for.
 TEST(GlyphDecoding, StuckWalksSwitchTheColour) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Huffman tables by themselves: over all short vectors of code lengths, walked with every input of
-// eight bits; their layout, and the limits of what they hold.
+// eight bits; and the limits of what they hold.
 #include "font_files.h"
 #include "frame.h"
 #include "text_huffman.h"
@@ -20,11 +20,6 @@ HuffLutPtr LoadTable(const Bytes &bytes) {
     HuffLutPtr table(LoadHuffTable(&reader, 0), free);
     fclose(reader.file);
     return table;
-}
-
-std::vector<int> Entry(const HuffLut *table, int index) {
-    const HuffLutEntry &entry = table[index / 16].entries[index % 16];
-    return {entry.bits, entry.value};
 }
 
 // Canonical codes as bit strings, by the rule that defines them; empty when a length is illegal.
@@ -111,19 +106,6 @@ TEST(HuffmanTables, AcceptExactlyPrefixFreeLengths) {
         check(lengths);
 }
 
-TEST(HuffmanTables, AreLaidOutInPreOrder) {
-    std::vector<int> lengths(17, 5);
-    lengths[0] = 1;
-    const HuffLutPtr table = LoadTable(Table(lengths));
-    const int offsets[] = {8, 23, 38, 53, 68, 83, 98, 113};
-    for (int i = 0; i < 8; ++i) {
-        EXPECT_EQ(Entry(table.get(), i), (std::vector<int>{1, 0}));
-        EXPECT_EQ(Entry(table.get(), 8 + i), (std::vector<int>{0xFFFF, offsets[i]}));
-        EXPECT_EQ(Entry(table.get(), 16 * (i + 1)), (std::vector<int>{1, 2 * i + 1}));
-        EXPECT_EQ(Entry(table.get(), 16 * (i + 1) + 15), (std::vector<int>{1, 2 * i + 2}));
-    }
-}
-
 // The codes under the first four bits 0000 take so many subtables that the child of 0001 lies just
 // within reach, at 32767 entries from its parent; a subtable more, and it is out of reach.
 TEST(HuffmanTables, ReachChildrenUpTo32767EntriesAway) {
@@ -140,16 +122,6 @@ TEST(HuffmanTables, ReachChildrenUpTo32767EntriesAway) {
             EXPECT_EQ(WalkHuffLut(table.get(), &reader), int(lengths.size()) - 2);
         }
     }
-}
-
-TEST(HuffmanTables, RefuseWhatIsNotThere) {
-    Bytes bytes = Table({1, 2, 2});
-    bytes.pop_back();
-    EXPECT_EQ(LoadTable(bytes), nullptr);
-    bytes = Table({1, 2, 2});
-    for (int i = 0; i < 4; ++i)
-        bytes[size_t(i)] = 0xFF; // 2^32 - 1 entries
-    EXPECT_EQ(LoadTable(bytes), nullptr);
 }
 
 } // namespace

@@ -51,14 +51,6 @@ TEST(FontIndex, DecodesItsRecords) {
     }
 }
 
-// A code that reaches past the record's bytes fills no slot; the next record is read.
-TEST(FontIndex, CodesPastARecordEndIt) {
-    const Bytes longCodes = Table({1, 3, 12}, {5, 0xFFFF, 9});
-    const FontPtr font = FontWithIndex(Index(6, longCodes, {{0, "0010 1001"}, {4, "0"}}));
-    EXPECT_EQ(font->index.words[1 + 2], 0u) << "12 bits of a code, of which the record has few";
-    EXPECT_EQ(font->index.words[1 + 4], 15u);
-}
-
 // A walk that takes no bits stores 0 from there to the end, whatever was there, and nothing
 // follows.
 TEST(FontIndex, StuckWalksClearTheRest) {
@@ -109,26 +101,6 @@ TEST(FontIndex, HostileCountsCostNeitherMemoryNorTime) {
     getrusage(RUSAGE_SELF, &after);
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 64 * 1024) << "kilobytes";
     EXPECT_LT(after.ru_utime.tv_sec - before.ru_utime.tv_sec, 3);
-}
-
-// Slots beyond Unicode go back in the glyph data, as all others do.
-TEST(FontIndex, FarSlotsGoBack) {
-    const uint32_t far = 0x110004;
-    const FontPtr font =
-        FontWithIndex(Index(far + 9, kDeltas, {{9, "10 10 10 110"}, {far, "111 01 110"}}));
-    ASSERT_NE(GetGlyph(font.get(), far), nullptr);
-    EXPECT_EQ(GetGlyph(font.get(), far)->record, font->glyphData + 5); // 21 - 16
-    EXPECT_EQ(GetGlyph(font.get(), far + 1)->record, font->glyphData + 10);
-}
-
-// Seven bytes into twelve, there is no room for a record's head.
-TEST(FontIndex, OffsetsOutsideTheDataAreMeasuredAsNothing) {
-    const FontPtr font = FontWithIndex(Index(200, kDeltas, {{'A', "10 110"}}), 12);
-    OrnMinRenderPoint pen = {3, 4};
-    OrnMinRenderRect rect = {};
-    OrnMinRenderGetTextRect(nullptr, font.get(), "AA", &pen, 0, &rect);
-    EXPECT_EQ(pen.x, 3);
-    EXPECT_EQ(rect.right, 3);
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 #include "frame.h"
 
 #include <algorithm>
-#include <climits>
 
 namespace {
 
@@ -239,41 +238,6 @@ TEST(Text, MeasuresByTheBoxesOfItsGlyphs) {
         OrnMinRenderGetTextRect(nullptr, font.get(), Utf8('A', length).c_str(), &pen, 0, &rect);
         EXPECT_EQ(pen.x, 6) << length;
     }
-}
-
-TEST(Text, PensAtTheLimitsSaturateAndPaintNothing) {
-    auto source = BlockFont();
-    source.glyphs['B'] = {4, 4, -90, -90, 32767, std::vector<uint8_t>(16, 1)};
-    source.glyphs['C'] = {4, 4, 90, 94, -32768, std::vector<uint8_t>(16, 1)};
-    source.lineHeight = INT_MIN;
-    const FontPtr font = Load(cbf::WriteFont(source).bytes);
-    for (const int direction : {0, 1, 2, 3})
-        for (const int x : {INT_MIN, -200, INT_MAX})
-            for (const int y : {INT_MIN, INT_MAX}) {
-                OrnMinRenderSetFontDirection(font.get(), direction);
-                Frame frame(40, 40), untouched(40, 40);
-                OrnMinRenderPoint pen = {x, y};
-                OrnMinRenderDrawOutlineTextY8(nullptr, &frame.image, font.get(), "BC\nBC", &pen, x,
-                                              1, 2);
-                OrnMinRenderRect rect;
-                OrnMinRenderGetTextRect(nullptr, font.get(), "BC\nBC", &pen, x, &rect);
-                EXPECT_TRUE(rect.left <= rect.right && rect.top <= rect.bottom);
-                EXPECT_TRUE(frame == untouched) << x << ' ' << y;
-            }
-}
-
-TEST(Text, MissingPlanesMoveThePen) {
-    const FontPtr font = Load(cbf::WriteFont(BlockFont()).bytes);
-    Frame chromaOnly(30, 30, 2);
-    OrnMinRenderPoint pen = {5, 20};
-    OrnMinRenderRect rect = {1, 2, 3, 4};
-    OrnMinRenderDrawTextY8(nullptr, &chromaOnly.image, font.get(), "A", &pen, 0, 9);
-    OrnMinRenderDrawOutlineTextY8(nullptr, &chromaOnly.image, font.get(), "A", &pen, 0, 9, 9);
-    EXPECT_EQ(pen.x, 17);
-    OrnMinRenderGetTextRect(nullptr, font.get(), "A", nullptr, 0, &rect);
-    EXPECT_EQ(Values(rect), (std::vector<int>{1, 2, 3, 4}));
-    OrnMinRenderGetTextRect(nullptr, nullptr, "A", &pen, 0, &rect);
-    EXPECT_EQ(Values(rect), (std::vector<int>{17, 20, 17, 20}));
 }
 
 // A rotated side of 123 or more makes the outline's box wrap: its fill alone is drawn.
