@@ -103,4 +103,14 @@ TEST(FontIndex, HostileCountsCostNeitherMemoryNorTime) {
     EXPECT_LT(after.ru_utime.tv_sec - before.ru_utime.tv_sec, 3);
 }
 
+// Seven bytes into twelve, there is no room for a record's head.
+TEST(FontIndex, OffsetsOutsideTheDataAreMeasuredAsNothing) {
+    const FontPtr font = FontWithIndex(Index(200, kDeltas, {{'A', "10 110"}}), 12);
+    OrnMinRenderPoint pen = {3, 4};
+    OrnMinRenderRect rect = {};
+    OrnMinRenderGetTextRect(nullptr, font.get(), "AA", &pen, 0, &rect);
+    EXPECT_EQ(pen.x, 3);
+    EXPECT_EQ(rect.right, 3);
+}
+
 } // namespace

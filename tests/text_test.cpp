@@ -240,6 +240,20 @@ TEST(Text, MeasuresByTheBoxesOfItsGlyphs) {
     }
 }
 
+TEST(Text, MissingPlanesMoveThePen) {
+    const FontPtr font = Load(cbf::WriteFont(BlockFont()).bytes);
+    Frame chromaOnly(30, 30, 2);
+    OrnMinRenderPoint pen = {5, 20};
+    OrnMinRenderRect rect = {1, 2, 3, 4};
+    OrnMinRenderDrawTextY8(nullptr, &chromaOnly.image, font.get(), "A", &pen, 0, 9);
+    OrnMinRenderDrawOutlineTextY8(nullptr, &chromaOnly.image, font.get(), "A", &pen, 0, 9, 9);
+    EXPECT_EQ(pen.x, 17);
+    OrnMinRenderGetTextRect(nullptr, font.get(), "A", nullptr, 0, &rect);
+    EXPECT_EQ(Values(rect), (std::vector<int>{1, 2, 3, 4}));
+    OrnMinRenderGetTextRect(nullptr, nullptr, "A", &pen, 0, &rect);
+    EXPECT_EQ(Values(rect), (std::vector<int>{17, 20, 17, 20}));
+}
+
 // A rotated side of 123 or more makes the outline's box wrap: its fill alone is drawn.
 TEST(Text, OutlinesOfVeryLargeGlyphsAreLeftOut) {
     for (const int width : {122, 123}) {
