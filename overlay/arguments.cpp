@@ -22,9 +22,10 @@ void AddPlace(std::string_view word, Axis axis, Overlay &overlay) {
     const auto &places = overlay.places;
     const auto sameAxis = [axis](const Place &other) { return other.axis == axis; };
     if (place.source == Source::Before && std::none_of(places.begin(), places.end(), sameAxis))
-        throw Failure("no coordinate before " + Quoted(word) + " to count from");
+        throw Failure(Quoted(word) + " counts from the coordinate before it, and there is none");
     if (place.source == Source::Box && !overlay.perBox)
-        throw PlacedFailure(Quoted(word) + " has a meaning in lines of 'tracks' only", word.data());
+        throw PlacedFailure(Quoted(word) + " works only in lines that begin with 'tracks'",
+                            word.data());
     overlay.places.push_back(place);
 }
 
@@ -97,8 +98,9 @@ void TakeColours(std::string_view &line, const Command &command, Overlay &overla
         if (paint.own == Own::Nothing)
             paint.rgb = ParseColour(word);
         else if (!overlay.perBox)
-            throw PlacedFailure(
-                "colour " + Quoted(word) + " has a meaning in lines of 'tracks' only", word.data());
+            throw PlacedFailure("colour " + Quoted(word) +
+                                    " works only in lines that begin with 'tracks'",
+                                word.data());
     }
 }
 

@@ -15,7 +15,7 @@ enum class Last { Nothing, Points, String, Bitmap, Picture };
 
 // What else sets a command apart.
 using Traits = unsigned;
-constexpr Traits kTracksOnly = 1;      // has a meaning in lines of tracks only
+constexpr Traits kTracksOnly = 1;      // works only in lines of tracks
 constexpr Traits kKeptInside = 2;      // its text is moved into the frame without being asked to
 constexpr Traits kLumaAlone = 4;       // chroma stays as it is
 constexpr Traits kBoxUnasked = 8;      // its first four places may be left out for the tracked box

@@ -48,7 +48,7 @@ int32_t TakeSide(std::string_view &content) {
 // programs and not by others.
 void TakeLastSpace(std::string_view &content) {
     if (content.substr(0, 1) == "#")
-        throw Failure("a comment stands where one white space must end its header");
+        throw Failure("its header must end with one white space, not with a comment");
     content.remove_prefix(std::min<size_t>(1, content.size()));
 }
 

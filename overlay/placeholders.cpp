@@ -80,7 +80,7 @@ const Placeholder &FindPlaceholder(std::string_view name, bool perBox) {
     if (found == std::end(kPlaceholders))
         throw Failure("unknown value " + shown + " in the text; a brace by itself is written {{");
     if (found->ofBox && !perBox)
-        throw Failure(shown + " has a meaning in lines of 'tracks' only");
+        throw Failure(shown + " works only in lines that begin with 'tracks'");
     return *found;
 }
 

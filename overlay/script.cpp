@@ -50,7 +50,7 @@ void RequireInputs(const Command &command, const ScriptInputs &inputs, const Ove
     if (overlay.perBox && !inputs.hasTracks)
         throw Failure("'tracks' needs tracked boxes: name their file by " + inputs.names.tracks);
     if ((command.traits & kTracksOnly) != 0 && !overlay.perBox)
-        throw Failure(Quoted(command.name) + " has a meaning in lines of 'tracks' only");
+        throw Failure(Quoted(command.name) + " works only in lines that begin with 'tracks'");
 }
 
 // Places that count from a text wait for one; without any, they would wait for ever.
@@ -59,7 +59,7 @@ void RequireTextBefore(const Overlay &overlay, const std::vector<Overlay> &befor
     const auto isText = [](const Overlay &other) { return other.font != nullptr; };
     if (std::any_of(overlay.places.begin(), overlay.places.end(), countsFromText) &&
         std::none_of(before.begin(), before.end(), isText))
-        throw Failure("no text in the lines before to count from");
+        throw Failure("text.left and the like count from a text before them, and there is none");
 }
 
 // Reads line after line; what a font line says holds for those after it.

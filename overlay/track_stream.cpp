@@ -71,8 +71,8 @@ void TrackStream::AddBoxes(const TrackLines::Line &line, std::vector<TrackedBox>
 
 void TrackStream::GoBack() {
     if (!anyOrder)
-        throw Failure("the row is late: rows have to be sorted by frame, and later ones than this "
-                      "have come already");
+        throw Failure("the row comes too late: rows must be sorted by frame, and a later frame "
+                      "has come already");
     frames.clear();
     waiting = 0;
     lastOfId.clear();

@@ -200,7 +200,7 @@ def test_control():
     for line, reason in ((5, "unknown command 'blob'"), (6, "there is no 'c'"), (7, "unknown command"),
                          (8, "expected a name"), (9, "expected a line"), (10, "unexpected 'b'"),
                          (11, "more than 65536 bytes"), (12, "more than 64 bytes"),
-                         (13, "stands in a script only"), (14, "'tracks' only")):
+                         (13, "stands in a script only"), (14, "begin with 'tracks'")):
         check(any(text.startswith(f"orn-overlay: lines:{line}:") and reason in text
                   for text in said.splitlines()), f"line {line}: no '{reason}': {said}")
 

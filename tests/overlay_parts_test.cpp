@@ -16,8 +16,8 @@ TEST(Parts, FramesOfScriptLines) {
 5-6-7 fill 0 0 1 1 red > s:1: bad number '6-7'
 5x fill 0 0 1 1 red > s:1: bad frames '5x': expected *, N, N-M, N- or tracks
 tracks fill 0 0 1 1 red > s:1: 'tracks' needs tracked boxes: name their file by tracks
-* trail 5 red > s:1: 'trail' has a meaning in lines of 'tracks' only
-* fill text.left 0 1 1 red > s:1: no text in the lines before to count from
+* trail 5 red > s:1: 'trail' works only in lines that begin with 'tracks'
+* fill text.left 0 1 1 red > s:1: text.left and the like count from a text before them, and there is none
 * > s:1: expected a command after the frames)");
     for (std::string line; std::getline(cases, line);) {
         overlay::Errors errors;

@@ -42,7 +42,7 @@ TEST(OverlayPictures, Pbm) {
         {"P4 8 2 \x20\x0A and more", "8x2 20000000 0a000000"},
         {"P4#c\n1#c\n1\t\x80", "1x1 80000000"},
         {"P4 40 1 \1\x82\3\x84\5", "40x1 01820384 05000000"},
-        {"P4 1 1#c\na", "a comment stands where one white space must end its header"}};
+        {"P4 1 1#c\na", "its header must end with one white space, not with a comment"}};
     for (const auto &[content, expected] : cases)
         EXPECT_EQ(Read(content), expected) << content;
     const std::pair<const char *, const char *> refusals[] = {

@@ -155,8 +155,8 @@ TEST(TrackStream, AFrameIsThereWhenALaterOneBegins) {
     EXPECT_TRUE(stream.Has(2) && !stream.Has(3));
     EXPECT_EQ(Taken(stream, 9), "0:1 0,0-1,1 1\n0:2 0,0-1,1 1\n");
     EXPECT_EQ(TextOf(stream.Feed("3,1,0,0,1,1\n5,1,0,0,blob,1\n5,1,0,0,1,1")),
-              "f:4: the row is late: rows have to be sorted by frame, and later ones than this "
-              "have come already\nf:5: bad width 'blob': expected a number\n");
+              "f:4: the row comes too late: rows must be sorted by frame, and a later frame has "
+              "come already\nf:5: bad width 'blob': expected a number\n");
     EXPECT_EQ(TextOf(stream.End()), "");
     EXPECT_TRUE(stream.Has(INT64_MAX / 2));
     EXPECT_EQ(Taken(stream, 9), "3:1 0,0-1,1 1\n4:1 0,0-1,1 1\n");
@@ -209,7 +209,7 @@ TEST(TrackStream, RowsThatComeBefore) {
     EXPECT_FALSE(sorted.Has(0));
     EXPECT_EQ(
         TextOf(sorted.Feed("5,1,0,0,1,1\n3,1,0,0,1,1\n5,0,0,0,1,1\n7,0,2,0,1,1\n")).substr(0, 20),
-        "f:2: the row is late");
+        "f:2: the row comes t");
     EXPECT_EQ(sorted.Waiting(), 4u); // one was made
     overlay::TrackStream any(settings, {}, "f", {100, 100, false, {}});
     any.AllowAnyOrder();

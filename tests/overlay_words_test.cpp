@@ -59,9 +59,9 @@ TEST(OverlayWords, Arguments) {
     ExpectAll(taken, "text 1 2 red \"\xC2\"=>!the string is not UTF-8");
     ExpectAll(taken, R"(# 1=>| # 1=>|	=>|fill 1 2 3=>!expected a number, found the end
 fill 1 2 +3 +4 #09afAF=>x0,1 y0,2 x0,3 y0,4 9afaf|vline 1 2 +3 red # c=>x0,1 y0,2 y0,3 ff0000
-hline 1 2 +3 red=>!:1: no coordinate before '+3'|fill +1 2 3 4 red=>!no coordinate before
+hline 1 2 +3 red=>!:1: '+3' counts from|fill +1 2 3 4 red=>!'+1' counts from
 roundfill 1 2 3 4 5 50% red #=>x0,1 y0,2 x0,3 y0,4 x0,5 y0.5,0 ff0000|fill 1 2 3 4=>!expected a colour
-fill box.left 2 3 4 red=>!:1:6: 'box.left' has a meaning in|fill 1 2 3 4 red #123456=>!unexpected '#12
+fill box.left 2 3 4 red=>!:1:6: 'box.left' works only in|fill 1 2 3 4 red #123456=>!unexpected '#12
 tracks trail 1 red=>x0,1 ff0000|tracks trail 65535 red=>x0,65535 ff0000|tracks trail 0 red=>!1 to 65535
 tracks trail 65536 red=>!bad number|fill 1 2 3 4 #g00000=>!bad colour|fill 1 2 3 4 id=>!:1:14: colour
 polyline red 1,2=>!expected at least 2 points, found 1|loop red 1,2 3,4 #5=>!at least 3 points, found 2
@@ -76,7 +76,7 @@ tracks mosaic 3%=>x0,0 y0,0 x0,0 y0,0 y0.03,0 0|tracks mosaic 1 2 3 4=>!found th
 picture 1 2 0 7 "null"=>!bad number '0'|picture 1 2 2 3 "null"=>!its 0 bytes are no whole frames of 6
 picture 1 2 5% 3 "null"=>!N% is for|picture 1 2 3 5% "null"=>!N% is for|fill 1 2 auto 3 red=>!bad x coord
 picture 1 2 auto 3 "null"=>!'auto' is for|picture 1 2 3 auto "null"=>!'auto' is for|ellipse thick=>!bad x
-text 1 2 red "ä\"\\{}"=>!:1:20: unknown value '{}' in the text|text 1 2 red "{id}"=>!'{id}' has a meaning
+text 1 2 red "ä\"\\{}"=>!:1:20: unknown value '{}' in the text|text 1 2 red "{id}"=>!'{id}' works only
 text 1 2 red "a{clock:%T%Qx}"=>!:1:16: the clock knows no '%Q'|text 1 2 red "{fps:}"=>!takes nothing
 text 1 2 red "{file}"=>!'{file}' needs a name|ellipse 1 2 3 4 red thick=>!expected a size
 box 1 2 3 4 red half=>!unexpected 'half'|box 1 2 3 4 red left=>!'left'|box 1 2 3 4 red inside=>!'inside'

@@ -59,7 +59,7 @@ void SetSize(FT_Face face, int pixelSize) {
     else
         error = FT_Set_Pixel_Sizes(face, 0, static_cast<FT_UInt>(pixelSize));
     if (error)
-        throw FontError("can't be had at this size");
+        throw FontError("can't be scaled to this size");
 }
 
 // ---- Glyphs ----

@@ -64,7 +64,7 @@ void TellOmissions(const std::vector<Input> &inputs, const MergedFont &merged) {
     for (size_t i = 0; i < inputs.size(); ++i)
         if (std::none_of(merged.origins.begin(), merged.origins.end(),
                          [&](const auto &entry) { return entry.second == i; }))
-            tool::Say("cbfconv", inputs[i].path + ": provides no character");
+            tool::Say("cbfconv", inputs[i].path + ": none of its characters are taken");
     if (const size_t count = CountWithoutOutline(merged.font))
         tool::Say("cbfconv", paths + ": " + std::to_string(count) +
                                  " glyphs are too large to be drawn with an outline");

@@ -278,8 +278,7 @@ void CheckVideoOptions(const CLI::App &app, const Options &options) {
                   "is for raw frames, not for a clip (-i)", !hasClip);
     CheckTogether(app, {"--encoder", "--encoder-options", "--keep-partial"},
                   "is for films, not for a picture", !isPicture);
-    CheckTogether(app, {"--sheet"}, "needs no --frame: it is one picture or the other",
-                  !options.frame);
+    CheckTogether(app, {"--sheet"}, "can't be used with --frame", !options.frame);
     if (hasClip && options.output.empty() && !options.check)
         throw CLI::RequiredError("-o");
 }
@@ -288,7 +287,7 @@ void CheckLiveOptions(const CLI::App &app, const Options &options) {
     CheckTogether(app, {"--tracks-format", "--classes", "--tracks-delay", "--latest"},
                   "is for tracked boxes (--tracks)", !options.tracksPath.empty());
     CheckTogether(app, {"--tracks-delay", "--max-gap"},
-                  "is not for --latest, which waits for nothing", !options.latestTracks);
+                  "can't be used with --latest, which waits for nothing", !options.latestTracks);
     CheckTogether(app, {"--watch"}, "needs a script to read again", !options.scriptPath.empty());
     const bool readsFrames = options.input.empty() || options.input == "-";
     const bool isTaken = !options.check && readsFrames;

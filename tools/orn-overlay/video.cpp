@@ -90,7 +90,7 @@ class FilmMaker {
 
     void TellEnd() {
         if (StopRequested())
-            tool::Say(kProgram, "note: interrupted: the film is as long as what was done");
+            tool::Say(kProgram, "note: interrupted: the film ends where the work was stopped");
         if (!clip.Damages().empty())
             tool::Say(kProgram, "note: " + clip.Damages());
         report.Finish(clip.Name());

@@ -203,7 +203,7 @@ std::string Clip::ReasonOfEnd(int result) const {
     if (result == AVERROR_EXIT)
         return tool::Format("nothing has come for %d seconds", static_cast<int>(kPatience));
     if (result == AVERROR_EOF)
-        return "it ends before its end: it has been cut short";
+        return "it has been cut short";
     char text[AV_ERROR_MAX_STRING_SIZE] = "";
     av_strerror(result, text, sizeof text);
     return text;
