@@ -83,17 +83,6 @@ namespace {
 
 const std::string kText = "!AB C\nAB \"#";
 
-cbf::Bytes Sample() {
-    std::mt19937 random(5);
-    cbf::Font source;
-    source.lineHeight = 12;
-    source.fallback = RandomGlyph(random, 9, 12);
-    for (uint32_t c = 32; c < 70; ++c)
-        source.glyphs[c] = RandomGlyph(random, 12, 14);
-    source.glyphs[0x110004] = source.glyphs[0x110009] = source.glyphs[40];
-    return cbf::WriteFont(source).bytes;
-}
-
 // Runs the call with its n-th step failing, n = 1, 2, ...; check sees every outcome. Ends after the
 // first run that no failure reached.
 template <class Call, class Check> void FailEachStep(int *countdown, Call call, Check check) {
@@ -131,7 +120,7 @@ TEST(ShortMemory, ContextsAreWholeOrNull) {
 }
 
 TEST(ShortMemory, FontsLoadWithoutWhatCouldNotBeHeld) {
-    const TempFile file(Sample());
+    const TempFile file(SampleFont());
     int missing = 0;
     FailEachStep(
         &fault.memory, [&] { return OrnMinRenderLoadCbfFont(file.path.c_str()); },
@@ -147,7 +136,7 @@ TEST(ShortMemory, FontsLoadWithoutWhatCouldNotBeHeld) {
 }
 
 TEST(ShortMemory, GlyphsThatCouldNotBeDecodedAreDecodedLater) {
-    const TempFile file(Sample());
+    const TempFile file(SampleFont());
     fault = Fault();
     Frame expected(90, 50);
     const FontPtr pristine(OrnMinRenderLoadCbfFont(file.path.c_str()));
@@ -192,7 +181,7 @@ TEST(ShortMemory, LargeCachesServeWithoutTheirSecondWay) {
 }
 
 TEST(ShortMemory, FittedTextIsWholeOrNull) {
-    const TempFile file(Sample());
+    const TempFile file(SampleFont());
     const FontPtr font(OrnMinRenderLoadCbfFont(file.path.c_str()));
     std::string text;
     for (int i = 0; i < 40; ++i)
@@ -207,7 +196,7 @@ TEST(ShortMemory, FittedTextIsWholeOrNull) {
 }
 
 TEST(BrokenFiles, LoadingFailsCleanlyAtEveryReadAndSeek) {
-    const TempFile file(Sample());
+    const TempFile file(SampleFont());
     int refused = 0;
     FailEachStep(
         &fault.file, [&] { return OrnMinRenderLoadCbfFont(file.path.c_str()); },
@@ -222,7 +211,7 @@ TEST(BrokenFiles, LoadingFailsCleanlyAtEveryReadAndSeek) {
 }
 
 TEST(Allocation, DrawingNeedsNone) {
-    const TempFile file(Sample());
+    const TempFile file(SampleFont());
     const FontPtr font(OrnMinRenderLoadCbfFont(file.path.c_str()));
     Frame frame(90, 50), source(90, 50);
     Draw(&frame, font.get(), true);

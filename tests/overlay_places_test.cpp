@@ -2,44 +2,27 @@
 // Coordinates, lengths and sizes as scripts write them.
 #include "overlay/messages.h"
 #include "overlay/place.h"
+#include "support/cases.h"
 
-#include <gtest/gtest.h>
 #include <sstream>
-
-namespace {
 
 using overlay::Axis;
 
-// What is told of a word that is refused.
-template <typename Parse> std::string Refusal(Parse parse) {
-    try {
-        parse();
-    } catch (const overlay::Failure &failure) {
-        return failure.what();
-    }
-    return "";
-}
-
-} // namespace
-
 // In a frame of 200 x 101, where the coordinate before is 7: a word, x and y. A '!' is a refusal.
 TEST(OverlayPlaces, Coordinates) {
-    std::istringstream cases(
-        "12 12 12  -5 -5 -5  -0 0 0  9-3+1 7 7  50% 100 51  0.25% 1 0  -0.25% 0 0  0.24% 0 0 "
-        "50%-8 92 43  50%-10%+1 81 41  1-50% -99 -49  left 0 !  left-3 -3 !  top ! 0  right 200 ! "
-        "right-20 180 !  right+10% 220 !  bottom ! 101  bottom-1 ! 100  center 100 50 "
-        "centre+1 101 51  text.left 11 !  text.center 22 34  text.right+4 38 !  text.top ! 22 "
-        "text.bottom-50% ! -3  box.left 50 !  box.centre 61 71  box.right-1% 71 !  box.bottom ! 82 "
-        "+80 87 87  +-80 -73 -73  +1%-1 8 7  2147483647+1 2147483647 2147483647 "
-        "-2147483648-1 -2147483648 -2147483648  2147483648 ! !  -2147483649 ! ! "
-        "1000000% 2000000 1010000  -1000000% -2000000 -1010000  1000001% ! !  - ! !  + ! !  ++5 ! "
-        "! "
-        "--5 ! !  5+ ! !  5- ! !  5--3 ! !  5+-3 ! !  5+left ! !  +left ! !  +top ! !  % ! !  +% ! "
-        "! "
-        "5+.5% ! !  5%% ! !  5%3 ! !  5x ! !  5.5 ! !  x ! !  left5 ! !  top5 ! !  left+ ! !  "
-        "right% ! ! "
-        "middle ! !  text ! !  text. ! !  text.5 ! !  text.-5 ! !  box.50% ! !  box.text.left ! ! "
-        "text.box.top ! !  box.+5 ! !  left.left ! !  nan% ! !  inf% ! !  /5 ! !  :5 ! !");
+    std::istringstream cases(R"(
+12 12 12  -5 -5 -5  -0 0 0  9-3+1 7 7  50% 100 51  0.25% 1 0  -0.25% 0 0  0.24% 0 0  50%-8 92 43
+50%-10%+1 81 41  1-50% -99 -49  left 0 !  left-3 -3 !  top ! 0  right 200 !  right-20 180 !
+right+10% 220 !  bottom ! 101  bottom-1 ! 100  center 100 50  centre+1 101 51  text.left 11 !
+text.center 22 34  text.right+4 38 !  text.top ! 22  text.bottom-50% ! -3  box.left 50 !
+box.centre 61 71  box.right-1% 71 !  box.bottom ! 82  +80 87 87  +-80 -73 -73  +1%-1 8 7
+2147483647+1 2147483647 2147483647  -2147483648-1 -2147483648 -2147483648  2147483648 ! !
+-2147483649 ! !  1000000% 2000000 1010000  -1000000% -2000000 -1010000  1000001% ! !  - ! !
++ ! !  ++5 ! !  --5 ! !  5+ ! !  5- ! !  5--3 ! !  5+-3 ! !  5+left ! !  +left ! !  +top ! !
+% ! !  +% ! !  5+.5% ! !  5%% ! !  5%3 ! !  5x ! !  5.5 ! !  x ! !  left5 ! !  top5 ! !
+left+ ! !  right% ! !  middle ! !  text ! !  text. ! !  text.5 ! !  text.-5 ! !  box.50% ! !
+box.text.left ! !  text.box.top ! !  box.+5 ! !  left.left ! !  nan% ! !  inf% ! !  /5 ! !
+:5 ! !)");
     const overlay::Surroundings all{{0, 0, 200, 101}, {{11, 22, 34, 47}}, {{50, 61, 73, 82}}};
     for (std::string word, expected; cases >> word;)
         for (const Axis axis : {Axis::X, Axis::Y}) {

@@ -6,10 +6,10 @@
 #include "overlay/font_set.h"
 #include "overlay/paragraph.h"
 #include "overlay/text_layout.h"
+#include "support/cases.h"
 
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <map>
 #include <sstream>
 
@@ -55,33 +55,21 @@ struct TextTest : testing::Test {
 
 using OverlayText = TextTest;
 
-template <typename Act> std::string Refusal(Act act) {
-    try {
-        act();
-    } catch (const overlay::Failure &failure) {
-        return failure.what();
-    }
-    return "";
-}
-
 } // namespace
 
 // In a frame of 100 x 60, "LA" lies in columns -3 to 7 of its pen and rows -7 to 3. A place, the
 // parts that are asked for, a shape (an 'i': inside), and the pen and the rectangle.
 TEST_F(OverlayText, Places) {
-    std::istringstream cases(
-        "50 30 -- p  50 30 47 23 57 33  50 30 -- o  50 30 47 23 57 33 "
-        "50 30 -- l  59 43 50 30 72 52  50 30 ss p  53 37 50 30 60 40 "
-        "50 30 mm p  48 32 45 25 55 35  50 30 ee p  43 27 40 20 50 30 "
-        "50 30 em l  37 32 28 19 50 41  left+3 top -- p  6 7 3 0 13 10 "
-        "center centre-1 -- p  48 31 45 24 55 34  right-8 bottom -- l  79 51 70 38 92 60 "
-        "right bottom so p  103 60 100 53 110 63  text.right text.bottom -- p  30 40 27 33 37 43 "
-        "text.center box.center -- p  18 7 15 0 25 10  box.left +9 -- p  5 9 2 2 12 12 "
-        "0 0 -- pi  3 7 0 0 10 10  2 8 -- pi  3 8 0 1 10 11  94 56 -- pi  93 56 90 49 100 59 "
-        "99 58 -- pi  93 57 90 50 100 60  0 99 -- oi  6 54 3 47 13 57  99 0 -- oi  90 10 87 3 97 "
-        "13 "
-        "2147483647 -2147483648 -- p  2147483647 -2147483648 2147483644 -2147483648 2147483647 "
-        "-2147483645");
+    std::istringstream cases(R"(
+50 30 -- p 50 30 47 23 57 33  50 30 -- o 50 30 47 23 57 33  50 30 -- l 59 43 50 30 72 52
+50 30 ss p 53 37 50 30 60 40  50 30 mm p 48 32 45 25 55 35  50 30 ee p 43 27 40 20 50 30
+50 30 em l 37 32 28 19 50 41  left+3 top -- p 6 7 3 0 13 10
+center centre-1 -- p 48 31 45 24 55 34  right-8 bottom -- l 79 51 70 38 92 60
+right bottom so p 103 60 100 53 110 63  text.right text.bottom -- p 30 40 27 33 37 43
+text.center box.center -- p 18 7 15 0 25 10  box.left +9 -- p 5 9 2 2 12 12
+0 0 -- pi 3 7 0 0 10 10  2 8 -- pi 3 8 0 1 10 11  94 56 -- pi 93 56 90 49 100 59
+99 58 -- pi 93 57 90 50 100 60  0 99 -- oi 6 54 3 47 13 57  99 0 -- oi 90 10 87 3 97 13
+2147483647 -2147483648 -- p 2147483647 -2147483648 2147483644 -2147483648 2147483647 -2147483645)");
     const std::map<char, std::optional<Edge>> parts{
         {'-', {}}, {'s', Edge::Start}, {'m', Edge::Middle}, {'e', Edge::End}, {'o', Edge::Origin}};
     const std::map<char, overlay::TextShape> shapes{

@@ -1,11 +1,23 @@
 // SPDX-License-Identifier: MIT
-// Tables of what a function makes of texts, several a line: "input=>result|input=>!what is wrong",
-// of which a part will do.
+// What functions make of texts, and what they refuse.
 #pragma once
 
 #include <gtest/gtest.h>
+#include <stdexcept>
+#include <string>
 #include <string_view>
 
+// What is told when something is refused, else nothing.
+template <typename Act> std::string Refusal(Act act) {
+    try {
+        act();
+    } catch (const std::runtime_error &error) {
+        return error.what();
+    }
+    return "";
+}
+
+// A table, several cases a line: "input=>result|input=>!what is wrong", of which a part will do.
 template <typename Function> void ExpectAll(Function function, std::string_view cases) {
     while (!cases.empty()) {
         const std::string_view one = cases.substr(0, cases.find_first_of("|\n"));

@@ -57,6 +57,18 @@ inline cbf::Glyph RandomGlyph(std::mt19937 &random, int maxSide, int maxBearing)
     return glyph;
 }
 
+// A file of random glyphs, two of them beyond Unicode.
+inline cbf::Bytes SampleFont() {
+    std::mt19937 random(5);
+    cbf::Font source;
+    source.lineHeight = 12;
+    source.fallback = RandomGlyph(random, 9, 12);
+    for (uint32_t c = 32; c < 70; ++c)
+        source.glyphs[c] = RandomGlyph(random, 12, 14);
+    source.glyphs[0x110004] = source.glyphs[0x110009] = source.glyphs[40];
+    return cbf::WriteFont(source).bytes;
+}
+
 // The sections of a file, placed one after the other.
 struct FontFile {
     uint32_t headerWord = 0x12345678;
