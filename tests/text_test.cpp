@@ -5,6 +5,7 @@
 #include "frame.h"
 
 #include <algorithm>
+#include <climits>
 
 namespace {
 
@@ -237,6 +238,33 @@ TEST(Text, MeasuresByTheBoxesOfItsGlyphs) {
         OrnMinRenderRect rect;
         OrnMinRenderGetTextRect(nullptr, font.get(), Utf8('A', length).c_str(), &pen, 0, &rect);
         EXPECT_EQ(pen.x, 6) << length;
+    }
+}
+
+// A pen stops at the limits of int32, and measuring moves it as drawing does.
+TEST(Text, PensStopAtTheLimits) {
+    auto source = BlockFont();
+    source.glyphs['B'] = {4, 4, -90, -90, 32767, std::vector<uint8_t>(16, 1)};
+    source.glyphs['C'] = {4, 4, 90, 94, -32768, std::vector<uint8_t>(16, 1)};
+    const Ints places = {INT_MIN,         INT_MIN + 60, INT_MIN + 0x500, -200,
+                         INT_MAX - 0x500, INT_MAX - 60, INT_MAX};
+    const char *const texts[] = {"A", "B", "C", "\n", "BC\nBC"};
+    for (const int lineHeight : {INT_MIN, INT_MAX}) {
+        source.lineHeight = lineHeight;
+        const FontPtr font = Load(cbf::WriteFont(source).bytes);
+        ForAll({Range(0, 3), places, places, Range(0, 4)}, [&](const Ints &v) {
+            OrnMinRenderSetFontDirection(font.get(), int(v[0]));
+            Frame frame(40, 40), untouched(40, 40);
+            OrnMinRenderPoint pen = {int(v[1]), int(v[2])}, measured = pen;
+            OrnMinRenderRect rect;
+            OrnMinRenderDrawOutlineTextY8(nullptr, &frame.image, font.get(), texts[v[3]], &pen,
+                                          pen.x, 1, 2);
+            OrnMinRenderGetTextRect(nullptr, font.get(), texts[v[3]], &measured, measured.x, &rect);
+            ExpectPoint(measured, pen);
+            ASSERT_TRUE(rect.left <= v[1] && v[1] <= rect.right && rect.top <= v[2] &&
+                        v[2] <= rect.bottom);
+            ASSERT_TRUE(frame == untouched);
+        });
     }
 }
 
