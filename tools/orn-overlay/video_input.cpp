@@ -8,6 +8,7 @@
 #include "common/text.h"
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <vector>
 
@@ -35,6 +36,24 @@ bool IsA(const AVFormatContext &format, const char *name) {
 
 int64_t Clamped(int64_t value, int64_t most) {
     return std::clamp(value, -most, most);
+}
+
+// FFmpeg takes some from the clip as they are, and no enumerator may have such a value.
+template <typename Enumerator>
+void KeepKnown(Enumerator &value, Enumerator unknown, Enumerator end) {
+    int number = 0;
+    static_assert(sizeof number == sizeof value);
+    std::memcpy(&number, &value, sizeof number);
+    if (number < 0 || number >= end)
+        value = unknown;
+}
+
+void KeepKnownColours(AVCodecParameters &video) {
+    KeepKnown(video.color_range, AVCOL_RANGE_UNSPECIFIED, AVCOL_RANGE_NB);
+    KeepKnown(video.color_space, AVCOL_SPC_UNSPECIFIED, AVCOL_SPC_NB);
+    KeepKnown(video.color_primaries, AVCOL_PRI_UNSPECIFIED, AVCOL_PRI_NB);
+    KeepKnown(video.color_trc, AVCOL_TRC_UNSPECIFIED, AVCOL_TRC_NB);
+    KeepKnown(video.chroma_location, AVCHROMA_LOC_UNSPECIFIED, AVCHROMA_LOC_NB);
 }
 
 } // namespace
@@ -97,6 +116,7 @@ void Clip::FindVideo() {
     video = format->streams[found];
     if (video->disposition & AV_DISPOSITION_ATTACHED_PIC)
         throw tool::Failure(tool::kBadData, name + ": has no video but its cover");
+    KeepKnownColours(*video->codecpar);
     OpenDecoder(decoder);
 }
 
