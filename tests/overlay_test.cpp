@@ -77,19 +77,6 @@ TEST(Overlay, FramesInAnyOrder) {
     }
 }
 
-// Frames, and what they mean, may become known after the script, and change.
-TEST(Overlay, TheShapeMayCome) {
-    Engine engine({});
-    engine.SetScript("* fill right-1 0 right 1 white", "script");
-    EXPECT_EQ(Drawn(engine, 0), std::vector<uint8_t>(kWidth * (kHeight + kHeight / 2)));
-    engine.SetFrames(kY8);
-    EXPECT_EQ(Drawn(engine, 0)[kWidth - 1], 254);
-    engine.SetFrames({8, kHeight, false, kLimited});
-    EXPECT_EQ(Drawn(engine, 0)[7], 235);
-    engine.SetScript("* fill 3 0 4 1 white", "script");
-    EXPECT_EQ(Drawn(engine, 0)[3], 235);
-}
-
 // Luma is the same with chroma and without, and from whichever corner or end a shape is told.
 TEST(Overlay, LumaIsOneWhateverTheLayoutAndTheOrder) {
     constexpr const char *shapes[][2] = {

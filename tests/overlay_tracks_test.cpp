@@ -174,15 +174,6 @@ TEST(TrackStream, JsonLinesAreWholeFramesAndYoloIsScaled) {
     EXPECT_EQ(Taken(yolo, 0), "0:-1 50,25-150,75 1 0\n");
 }
 
-TEST(TrackStream, GapsAreFilledInTime) {
-    TrackSettings settings;
-    settings.maxGap = 3;
-    overlay::TrackStream stream(settings, {}, "f", {100, 100, false, {}});
-    stream.Feed("1,1,0,0,1,1\n4,1,3,0,1,1\n9,1,0,0,1,1\n");
-    EXPECT_TRUE(stream.Has(4) && !stream.Has(5)); // frame 7 is complete, and 8 may fill from 5 on
-    EXPECT_EQ(Taken(stream, 9), "0:1 0,0-1,1 1\n1:1 1,0-2,1 1\n2:1 2,0-3,1 1\n3:1 3,0-4,1 1\n");
-}
-
 TEST(TrackStream, TheNewestIsWhatWasSaidLast) {
     overlay::TrackStream stream({}, {}, "f", {100, 100, false, {}});
     stream.Feed("1,1,0,0,1,1\n2,1,0,0,1,1\n5,1,7,0,1,1\n");

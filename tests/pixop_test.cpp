@@ -18,14 +18,6 @@ TEST(Spans, CountPointsAndLeaveEmptySpansAlone) {
     }
 }
 
-TEST(Spans, ChromaRunsOfEveryLengthPaintWholePairs) {
-    ForAll({Range(0, 8), Range(8, 60)}, [](const Ints &v) {
-        const OrnMinRenderScanline span = {{int(v[0]), 0}, {int(v[1]), 0}};
-        Check(120, 2, 2, {NoInk, [&](Int cx, Int) { return cx >= v[0] && cx < v[1]; }},
-              [&](Image i) { OrnMinRenderDrawScanlinesUV(i, &span, 2, kInk); });
-    });
-}
-
 // All that lie inside the frame. Empty ones paint nothing: rounded outward they would paint a
 // chroma sample that holds nothing of them.
 TEST(BuildingBlocks, FillRectanglesInsideTheFrame) {

@@ -43,8 +43,6 @@ TEST(Fitting, BreaksBeforeWordsThatOverflow) {
         EXPECT_EQ(fitted.get(), c.fitted) << testing::PrintToString(c.text) << " in " << c.width;
     }
     EXPECT_EQ(OrnMinRenderFixTextWidth(nullptr, font.get(), "", 9), nullptr);
-    EXPECT_EQ(OrnMinRenderFixTextWidth(nullptr, font.get(), nullptr, 9), nullptr);
-    EXPECT_EQ(OrnMinRenderFixTextWidth(nullptr, nullptr, "a", 9), nullptr);
 }
 
 } // namespace
