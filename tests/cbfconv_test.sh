@@ -90,12 +90,10 @@ while read -r status pattern arguments; do
     run "$status" "$(echo "$pattern" | tr _ ' ')" "$cbfconv" -o bad.cbf $arguments
 done <<END
 2 stands_after_the_last_font -s 16 $ttf tiny.hex -r 65
-2 runs_backwards -s 16 -r 9-3 $ttf
 2 --size:_expected_a_number_from_0_to_1000,_not_.0x10 -s 0x10 $ttf
 2 --size:_expected_a_number_from_0_to_1000,_not_.1001 -s 1001 $ttf
 2 --letter-spacing:_.*_not_.1e1 -s 16 --letter-spacing 1e1 $ttf
 2 font_is_required -s 16
-1 nowhere.ttf -s 16 nowhere.ttf
 1 text.txt:_is_not_a_font text.txt
 1 U+0057:_is_wider_or_higher_than_127_pixels -s 128 -r 0x57 $ttf
 1 none_of_the_characters -s 16 -r 0xE000 $ttf
@@ -106,7 +104,6 @@ done <<END
 1 latin1.txt:2:_is_not_UTF-8_at_offset_3 -s 16 -t latin1.txt $ttf
 1 wrapped.bdf:_has_none_of -r all wrapped.bdf
 2 only:_0_.Box_Thin.,_1_.Box_Thick. -s 20 --face 2 two.ttc
-2 has_no_face_.Fat. -s 20 --face Fat one.ttf
 2 only:_.Light.,_.Heavy. -s 20 --instance Bold var.ttf
 2 .wght=901.,_only_axes:_wght_from_100_to_900 -s 20 --instance wght=901 var.ttf
 2 no_variable_font -s 20 --instance Bold one.ttf

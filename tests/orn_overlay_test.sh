@@ -224,17 +224,6 @@ bytes $((4 * 64 * 24)) 000 >in
 input=in expect 0 'note.txt:2: .*text: e (U+0065)$' "$overlay" --size 64x24 --format y8 --font some.cbf note.txt
 [ "$(grep -c 'note.txt:1: .*: [0-3] (U+003[0-3])$' errors)$(wc -l <errors)" = 49 ] || fail "changing texts: $(cat errors)"
 
-# colour OPTIONS COLOUR YUV: what a fill leaves in a frame of 2 x 1 pixels.
-while IFS='=' read -r options colour expected; do
-    echo "* fill 0 0 2 1 $colour" >colour.txt
-    bytes 4 000 >in
-    input=in expect 0 '' "$overlay" --size 2x1 $options colour.txt
-    [ "$(od -An -tu1 output | tr -s ' ')" = " $expected" ] || fail "$options $colour: $(od -An -tu1 output)"
-done <<'TABLE'
---range limited=red=81 81 90 240
---range limited --matrix BT709=#ff0000=63 63 102 240
-TABLE
-
 # Rows of 5 luma pixels in 8 bytes, of which the padding passes; then with other padding, or none.
 echo '0 fill 4 0 5 1 white' >fill.txt
 printf 'abcdeABCfghijDEFuvuvuvGHabcdeABCfghijDEFuvuvuvGH' >in

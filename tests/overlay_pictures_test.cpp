@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Pictures of scripts: what PBM files mean, and how raw frames, bits and copies meet a frame.
-#include "overlay/engine.h"
+// Pictures of scripts: what PBM files mean, and how a picture with transparent parts meets a frame.
+#include "overlay/colour.h"
+#include "overlay/messages.h"
 #include "overlay/pbm.h"
+#include "overlay/still.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
+#include <random>
 #include <sstream>
 
 namespace {
@@ -62,26 +62,64 @@ TEST(OverlayPictures, Pbm) {
     }
 }
 
-// Three frames of two pixels, a bitmap and a part of the frame.
-TEST(OverlayPictures, InFrames) {
-    std::string folder = "/tmp/orn_overlay_XXXXXX";
-    ASSERT_NE(mkdtemp(folder.data()), nullptr);
-    std::ofstream(folder + "/three.raw") << "abcdef";
-    std::ofstream(folder + "/bits.pbm") << "P1 2 1 10";
-    overlay::Engine engine({});
-    const overlay::Errors errors = engine.SetScript("2- picture 1 1 2 1 \"three.raw\"\n"
-                                                    "* bitmap 0 2 4 3 white \"bits.pbm\"\n"
-                                                    "* copy 4 0 7 2 1 1",
-                                                    folder + "/script");
-    ASSERT_TRUE(errors.empty()) << errors[0].Message();
-    engine.SetFrames({8, 3, false, {}});
-    for (const auto &[number, expected] :
-         {std::pair(1, "........|....W...|WW......"), {3, "....cd..|.cd.W...|WW......"}}) {
-        std::string drawn(24, '.');
-        auto *bytes = reinterpret_cast<uint8_t *>(drawn.data());
-        engine.Draw({0, 8, 3, 8, bytes, 0, nullptr}, number, {number, 25});
-        std::replace(drawn.begin(), drawn.end(), char(254), 'W');
-        EXPECT_EQ(drawn.substr(0, 8) + "|" + drawn.substr(8, 8) + "|" + drawn.substr(16), expected);
+// Wherever it lies, odd corners and negative ones too: pixels that are at least half opaque, and
+// chroma of samples of which half the pixels or more are, in the mean of these pixels.
+TEST(OverlayPictures, Stills) {
+    constexpr int32_t kWidth = 13, kHeight = 9, kStride = 16;
+    constexpr size_t kLumaBytes = size_t{kStride} * kHeight;
+    std::mt19937 random(1);
+    for (int step = 0; step < 500; ++step) {
+        const auto within = [&random](int32_t least, int32_t count) {
+            return least + static_cast<int32_t>(random() % static_cast<uint32_t>(count));
+        };
+        overlay::Pixels pixels{within(1, 17), within(1, 12), {}};
+        constexpr uint8_t kAlphas[] = {0, 127, 128, 255};
+        const auto size = static_cast<size_t>(4 * pixels.width * pixels.height);
+        for (size_t i = 0; i < size; ++i)
+            pixels.rgba.push_back(i % 4 == 3 ? kAlphas[random() % 4]
+                                             : static_cast<uint8_t>(random()));
+        const overlay::ColourSpace colours{
+            step % 2 ? overlay::Range::Limited : overlay::Range::Full,
+            step % 3 ? overlay::Matrix::Bt601 : overlay::Matrix::Bt709};
+        overlay::Still still(pixels);
+        still.Mix(colours);
+        const int32_t left = within(-20, 36), top = within(-14, 26);
+        std::vector<uint8_t> bytes(kStride * (kHeight + 5), 7), expected = bytes;
+        OrnMinRenderImage image{0, kWidth, kHeight, kStride, bytes.data(), 0, nullptr};
+        if (step % 4)
+            image.uvPlane = bytes.data() + kLumaBytes;
+        still.Draw(image, {left, top});
+        const auto at = [&](int32_t x, int32_t y) {
+            return &pixels.rgba[static_cast<size_t>(4 * (y * pixels.width + x))];
+        };
+        for (int32_t y = 0; y < pixels.height; ++y)
+            for (int32_t x = 0; x < pixels.width; ++x) {
+                const uint8_t *p = at(x, y);
+                const int32_t toX = left + x, toY = top + y;
+                if (p[3] >= 128 && toX >= 0 && toX < kWidth && toY >= 0 && toY < kHeight)
+                    expected[static_cast<size_t>(toY * kStride + toX)] =
+                        overlay::ColourOf(uint32_t(p[0] << 16 | p[1] << 8 | p[2]), colours).y;
+            }
+        for (int32_t row = 0; row < (pixels.height + 1) / 2; ++row)
+            for (int32_t column = 0; column < (pixels.width + 1) / 2; ++column) {
+                uint32_t sums[3] = {}, count = 0, all = 0;
+                for (int32_t y = 2 * row; y < pixels.height && y < 2 * row + 2; ++y)
+                    for (int32_t x = 2 * column; x < pixels.width && x < 2 * column + 2; ++x, ++all)
+                        if (at(x, y)[3] >= 128 && ++count)
+                            for (size_t i = 0; i < 3; ++i)
+                                sums[i] += at(x, y)[i];
+                const int32_t toX = (left & ~1) + 2 * column, toY = (top & ~1) / 2 + row;
+                if (!image.uvPlane || 2 * count < all || toX < 0 || toX >= kWidth || toY < 0 ||
+                    toY >= (kHeight + 1) / 2)
+                    continue;
+                uint32_t rgb = 0;
+                for (const uint32_t sum : sums)
+                    rgb = rgb << 8 | (2 * sum + count) / (2 * count);
+                const OrnMinRenderColour colour = overlay::ColourOf(rgb, colours);
+                uint8_t *sample = &expected[kLumaBytes + static_cast<size_t>(toY * kStride + toX)];
+                sample[0] = colour.u;
+                sample[1] = colour.v;
+            }
+        ASSERT_EQ(bytes, expected) << "step " << step;
     }
-    std::filesystem::remove_all(folder);
 }

@@ -137,6 +137,29 @@ TEST(Overlay, PicturesFollowTheShape) {
     EXPECT_EQ(Drawn(engine, 0)[0], 'a');
 }
 
+TEST(Overlay, SizesOfPicturesFollowTheHeight) {
+    const Folder folder;
+    const std::string name = folder.path + "/white.png";
+    std::ofstream(name) << "white";
+    overlay::Settings settings;
+    settings.decodePicture = [](std::string_view, int32_t width, int32_t height) {
+        const auto bytes = static_cast<size_t>(4 * width * height);
+        return overlay::Pixels{width, height, std::vector<uint8_t>(bytes, 255)};
+    };
+    Engine engine(settings);
+    engine.SetScript("* picture 0 0 25% 1 \"" + name + "\"", "script");
+    for (const int32_t height : {4, 8, 1, 4}) {
+        EXPECT_EQ(Told(engine.SetFrames({kWidth, height, false, {}})), "");
+        const std::vector<uint8_t> bytes = Drawn(engine, 0);
+        const int32_t side = std::max(1, height / 4);
+        EXPECT_TRUE(bytes[0] && !bytes[static_cast<size_t>(side)]) << height;
+        EXPECT_TRUE(bytes[static_cast<size_t>(side - 1)]) << height;
+    }
+    std::remove(name.c_str());
+    EXPECT_NE(Told(engine.SetFrames({kWidth, 8, false, {}})), "");
+    EXPECT_FALSE(Drawn(engine, 0)[0]);
+}
+
 TEST(Overlay, ErrorsAreValuesAndChangeNothing) {
     Engine engine({{"font=", "tracks=", "first="}, true, {}});
     engine.SetScript("tracks fill box.left 0 +1 1 white", "right");

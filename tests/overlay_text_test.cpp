@@ -141,7 +141,10 @@ TEST_F(OverlayText, WhatTheFontLacks) {
         {"!A~ \n\u00a0\u2000\u200a\u3000\ufffd\u25a1", ""},
         {"\u00e9", one + "\u00e9 (U+00E9)"},
         {"\t", one + "U+0009"},
-        {"\x7f", one + "U+007F"},
+        {"\x1f\x7f\u009f\u00a1\u1fff\u206f\u2070\ud7ff",
+         "the font lacks 8 characters of the text: U+001F, U+007F, U+009F, \u00a1 (U+00A1), \u1fff "
+         "(U+1FFF), U+206F, \u2070 (U+2070), \ud7ff (U+D7FF)"},
+        {"\u200b\xED\xA0\x80", "the font lacks 2 characters of the text: U+200B, U+D800"},
         {"\u4e2d", one + "\u4e2d (U+4E2D)"},
         {"\U0001F600", one + "U+1F600"},
         {"\xF8\x88\x80\x80\x80", one + "U+200000"},
@@ -164,6 +167,11 @@ TEST_F(OverlayText, WhatTheFontLacks) {
         EXPECT_EQ(told("A"), one + "A (U+0041)") << other;
         EXPECT_EQ(told({other}), one + other + (other == '!' ? " (U+0021)" : " (U+007E)"));
         blocks.glyphs[uint32_t(other)] = blocks.glyphs['B'];
+    }
+    for (const auto change : {&cbf::Glyph::bearingX, &cbf::Glyph::bearingY, &cbf::Glyph::advance}) {
+        blocks.glyphs[0xE9] = missing;
+        blocks.glyphs[0xE9].*change += 1;
+        EXPECT_EQ(told("\u00e9"), "");
     }
     for (size_t pixel = 0; pixel < 4; ++pixel) {
         blocks.glyphs[0xE9] = missing;
@@ -220,7 +228,8 @@ TEST_F(OverlayText, SetsOfFonts) {
     // A name, a size, the frame's height, and the file that is taken, an N for those of near.
     std::istringstream cases(
         "set - 1080 N18  set 1 1080 N008  set 10 1080 N008  set 11 1080 N12 "
-        "set 99999 1080 N99999  set 50% 20 N008  set 50% 21 N12 "
+        "set 99999 1080 N99999  set 50% 20 N008  set 50% 21 N12  set 62.5% 24 N12 "
+        "set 62.6% 24 N18  set 100000 1 N99999 "
         "set 10%+5 100 N12  set-x - 1080 Nx-24  ./set - 1080 ./set "
         "other 7 1080 far/orn-min-render/fonts/other-24.cbf "
         "file - 1080 file  .cbf - 1080 .cbf  set-u - 1 Nu-22  set-v - 1 Nv-26");

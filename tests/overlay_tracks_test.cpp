@@ -50,9 +50,7 @@ frame,id,x,y,w,h|1,3,2,4,10,20 > 0:3 2,4-12,24 1|
 0,3,2,4,10,20 > f:1: bad frame '0': the first one is 1, unless first frame is given|
 1,1.5,2,4,10,20|1,1,2,4,-1,20 > f:1: bad id '1.5': expected a whole number|f:2: bad width '-1': expected 0 or more|
 1,1,inf,4,1,20|1,1,nan,4,1,2|1,1,1e308,3,1e308,5 > f:1: bad left 'inf': expected a number|f:2: bad left 'nan'
-{"frame": 1, "boxes": [{"box": [1, 2, 3]}]}|{"frame": 1, > f:1: bad "box": expected four numbers|f:2: the line is no JSON from byte 13 on|
 {"frame": 1, "boxes": [{"box": [3, 2, 1, 4]}]} > f:1: bad right '1': it lies left of the left edge|
-[{"image_id": 1}, 7] > f: result 1: expected an object with "bbox"|f: result 2: expected an object with "image_id"|
 [1 > f: result 1: expected an object with "image_id"|f: the file is no JSON from byte 3 on|
 1,1,1e12,-1e12,0,0 > 0:1 1e+12,-1e+12-1e+12,-1e+12 1|
 1,1,1000000000001,0,0,0 > f:1: bad left '1000000000001': expected a number from -1e12 to 1e12|
@@ -70,7 +68,6 @@ frame,x1,left,top,w,bottom,|1,9,2,3,4,5,0.5,8,8 > 0:-1 2,3-6,5 1|
 frame,left,top,right,w,bottom,h|1,2,3,10,99,20,99|1,2,3,,4,,5 > 0:-1 2,3-10,20 1|0:-1 2,3-6,8 1|
 frame,left,top,w,h,id,score|1,2,3,4,5|1,2,3,4,5,0,0.5 > 0:-1 2,3-6,8 1|0:0 2,3-6,8 0.5|
 frame,left,top,w,h,class,cls|1,2,3,4,5,7,8|1,2,3,4,5,,7 > 0:-1 2,3-6,8 1 bus|0:-1 2,3-6,8 1 bus|
-frame,left,top,w,h|,2,3,4,5|1,2,3,4 > f:2: bad frame '': expected a number|f:3: bad height '': expected
 frame_no,a,top,w,h > f:1: the first row has to name the columns frame, left, top, right or width, and bottom
 frame_no,left,top,w,a > f:1: the first row
 class,frame,x1,y1,w,h| a	,1,2,3,4,5|"a,b" ,1,2,3,4,5 > 0:-1 2,3-6,8 1 a|0:-1 2,3-6,8 1 a,b|
@@ -123,19 +120,6 @@ TEST(Tracks, SettingsHold) {
         EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), lines) << told;
         EXPECT_EQ(told.find("too many errors") != told.npos, lines > 20);
     }
-}
-
-TEST(Tracks, FilesOfYoloAreOfOneFrameEach) {
-    Errors errors;
-    const auto parsed = overlay::ParseTracks(
-        {{"0 0.5 0.5 1 1\n", "one", 3}, {"0 0.5 0.5 1 1 0.25 9", "other", 7}}, {}, {}, errors);
-    EXPECT_TRUE(parsed.inShares && errors.empty());
-    EXPECT_EQ(TextOf(parsed.boxes.at(0)) + TextOf(parsed.boxes.at(1)),
-              "2:-1 0,0-1,1 1 0\n6:9 0,0-1,1 0.25 0\n");
-    overlay::ParseTracks({{"0 0 0 1\n0 0 0 1 1 1 1 1", "wrong", 3}}, {}, {}, errors);
-    EXPECT_EQ(TextOf(errors), "wrong:1: expected class x y width height and perhaps confidence and "
-                              "id, found 4 values\nwrong:2: expected class x y width height and "
-                              "perhaps confidence and id, found 8 values\n");
 }
 
 // What a stream gives for a frame as soon as it has it.
