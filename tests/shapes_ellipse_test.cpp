@@ -269,14 +269,22 @@ TEST(ShapeProperties, ThinAndExtremeShapesEnd) {
                 ASSERT_TRUE((width != 1 && height >= 2) || disc.Y(x, y) == kPaper);
             }
     });
-    Frame frame(16, 16);
-    const Ints limits = {INT_MIN, -1, 3, INT_MAX};
-    ForAll({limits, limits, radii}, [&](const Ints &v) {
-        const int a = int(v[0]), b = int(v[1]);
-        for (const ShapeCall draw : kShapes)
-            draw(&frame.image, {{a, b, b, a}, {int(v[2]), int(v[2])}});
-    });
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
+}
+
+// Of 65,536 pixels, and of one more, which is not drawn.
+TEST(ShapeProperties, LargestCurves) {
+    constexpr int kHalf = 32768;
+    for (const int more : {0, 1}) {
+        const int end = 30 + kHalf + more;
+        Frame frames[] = {{60, 60}, {60, 60}, {60, 60}, {60, 60}};
+        Disc(&frames[0].image, {30 - kHalf, 0, end, 60});
+        Disc(&frames[1].image, {30 - kHalf, 6, 30 + kHalf, 6 + 2 * kHalf + more});
+        RoundFill(&frames[2].image, {-99999, 0, 99999, 60}, {kHalf + more, 20});
+        RoundFill(&frames[3].image, {0, -99999, 60, 99999}, {20, kHalf + more});
+        for (Frame &frame : frames)
+            EXPECT_EQ(frame.Y(30, 30) == kInk.y, more == 0) << &frame - frames;
+    }
 }
 
 TEST(ShapeProperties, TallShapesAreComplete) {
