@@ -93,8 +93,6 @@ done <<END
 2 --size:_expected_a_number_from_0_to_1000,_not_.0x10 -s 0x10 $ttf
 2 --size:_expected_a_number_from_0_to_1000,_not_.1001 -s 1001 $ttf
 2 --letter-spacing:_.*_not_.1e1 -s 16 --letter-spacing 1e1 $ttf
-2 font_is_required -s 16
-1 text.txt:_is_not_a_font text.txt
 1 U+0057:_is_wider_or_higher_than_127_pixels -s 128 -r 0x57 $ttf
 1 none_of_the_characters -s 16 -r 0xE000 $ttf
 1 wrapped.bdf:_U+0041:_reaches_further_than_125 -r 65 wrapped.bdf

@@ -36,6 +36,16 @@ TEST(Blit, MatchesTheReferenceInSmallWorlds) {
     });
 }
 
+TEST(Blit, CopiesRowsWithoutGaps) {
+    std::mt19937 random(3);
+    Frame source(8, 6, 3, 0), drawn(8, 6, 3, 0);
+    source.Randomise(random);
+    OrnMinRenderBltYUV420SP(&drawn.image, {0, 0, 8, 6}, &source.image, {0, 0});
+    EXPECT_EQ(memcmp(drawn.image.yPlane, source.image.yPlane, 48), 0);
+    EXPECT_EQ(memcmp(drawn.image.uvPlane, source.image.uvPlane, 24), 0);
+    EXPECT_EQ(drawn.Y(8, 5), kPaper);
+}
+
 TEST(Blit, SkipsMissingPlanesAndTakesExtremes) {
     Frame source(6, 6, 1), drawn(6, 6), expected(6, 6);
     memset(source.image.yPlane, 9, 6);

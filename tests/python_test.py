@@ -262,7 +262,6 @@ class Arguments(unittest.TestCase):
                 (OverflowError, lambda: draw.draw_frame(frame, (0, 0, 2**31, 5), "red")),
                 (OverflowError, lambda: draw.fill_polygon(frame, [(0, 0), (9, 9), (2**40, 0)], "red")),
                 (OverflowError, lambda: draw.draw_text(frame, "a", (2**31, 9), "red", font=font())),
-                (OverflowError, lambda: draw.text_bitmap(frame, (128, 1, 0, 0), [1], (9, 9), 9)),
                 (OverflowError, lambda: draw.draw_bitmap(frame, box, 1, 1, [2**32], 9)),
                 (TypeError, lambda: draw.draw_frame(frame, (0, 0, 9.5, 5), "red")),
                 (TypeError, lambda: draw.draw_frame(frame, (0, 0, NAN, 5), "red")),
@@ -272,20 +271,16 @@ class Arguments(unittest.TestCase):
                 (ValueError, lambda: draw.fill_rect(frame, box, 256)),
                 (ValueError, lambda: draw.draw_text(frame, "a\0b", (9, 9), "red", font=font())),
                 (ValueError, lambda: draw.draw_bitmap(frame, box, 33, 2, [1, 2, 3], "red")),
-                (ValueError, lambda: draw.draw_bitmap(frame, box, 32768, 1, [1] * 1024, "red")),
                 (ValueError, lambda: draw.blit(frame, box, frame)),
                 (ValueError, lambda: draw.set_chroma(gray, 0, 0, "red")),
                 (ValueError, lambda: closed.draw_frame(frame, box, "red")),
                 (IndexError, lambda: draw.set_luma(frame, 32, 0, 1)),
                 (IndexError, lambda: draw.set_chroma(frame, 15, 12, 1)),
-                (IndexError, lambda: draw.draw_luma_spans(frame, [(0, 5, 5), (3, 33, 5)], 1)),
                 (IndexError, lambda: draw.draw_chroma_spans(frame, [(0, 1, 12)], 1)),
                 (IndexError, lambda: draw.fill_luma(frame, (0, 0, 33, 5), 1)),
-                (IndexError, lambda: draw.fill_chroma(frame, (9, 0, 8, 5), 1)),
                 (ValueError, lambda: draw_detections(frame, [box], ["a", "b"], font=font())),
                 (ValueError, lambda: draw_detections(frame, [box, box], colours=["red"])),
                 (ValueError, lambda: draw_detections(frame, numpy.zeros(4))),
-                (ValueError, lambda: draw_detections(frame, [box], ["a\0"], font=font())),
                 (TypeError, lambda: draw_detections(frame, [box], [7], font=font()))):
             with self.subTest(call.__code__.co_firstlineno), self.assertRaises(error):
                 call()
