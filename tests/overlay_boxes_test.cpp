@@ -87,6 +87,19 @@ TEST(Boxes, TrailsEndWhereTheTrackDoes) {
     EXPECT_EQ(TextOf(Tracks().Trail(BoxesOf("5 1 7")[0], 9)), "7 ");
 }
 
+TEST(Boxes, RepeatsAreTold) {
+    const char *const cases[][2] = {
+        {"", ""},
+        {"1 1 0 2 1 0 1 2 0 1 -1 0 1 -1 0", ""},
+        {"1 1 0 5 0 0 5 0 0", "frame 7 has two boxes of id 0"},
+        {"1 1 0 1 1 0 1 1 0 2 1 0", "frame 3 has two boxes of id 1, and there is 1 more like this"},
+        {"1 1 0 1 1 0 2 1 0 2 1 0 2 3 0 2 3 0",
+         "frame 3 has two boxes of id 1, and there are 2 more like this"},
+    };
+    for (const auto &[rows, told] : cases)
+        EXPECT_EQ(Tracks(BoxesOf(rows)).Repeats(2), told);
+}
+
 TEST(Boxes, ComeWithFrames) {
     LiveBoxes boxes;
     const auto shown = [&boxes](int64_t frame) {

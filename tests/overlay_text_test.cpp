@@ -333,6 +333,11 @@ TEST_F(OverlayText, NamedLines) {
     EXPECT_TRUE(dark > black && white > dark);
     EXPECT_EQ(told(engine.Control("clear b", "input", 7)), "");
     EXPECT_EQ(shown(), Row({dark, white, white, white}));
+    const auto named = [&](size_t bytes) {
+        return told(engine.Control("set " + std::string(bytes, 'n') + " 0 blob", "input", 8));
+    };
+    EXPECT_EQ(named(64), "input:8: unknown command 'blob'|");
+    EXPECT_EQ(named(65), "input:8:5: the name has more than 64 bytes|");
     EXPECT_EQ(shown(), Row({dark, white, white, white}));
     engine.Control("set b * text 0 9 white \"{frame}y\"", "input", 9);
     shown();

@@ -57,6 +57,9 @@ frame,id,x,y,w,h|1,3,2,4,10,20 > 0:3 2,4-12,24 1|
 4294967295,-4294967295,0,0,0,0 > 4294967294:-4294967295 0,0-0,0 1|
 1,1,0,0,1,1,1,7|1,1,0,0,1,1,1,0|1,1,0,0,1,1,1,7,1,1,1 > 0:1 0,0-1,1 1 bus|0:1 0,0-1,1 1 0|0:1 0,0-1,1 1|
 1,1,0,0,1,1,|1,1,0,0,1,1,2e12 > f:1: bad confidence '': expected a number|f:2: bad confidence '2000000000000'
+1,1,0,0,1|1,1,0,0,1,1,high > f:1: expected frame,id,left,top,width,height and perhaps confidence, found 5 values|f:2: bad confidence 'high'
+1 7 -2 2 2 0 0.5 3 9 > f:1: expected frame class x y width height and perhaps confidence and id, found 9
+7 0 -2.5 1 1 > f:1: bad y '-2.5': expected a part of 1, the frame's width or height, not pixels|
 1 > f:1: expected frame class x y width height and perhaps confidence and id, found 1 value|
 7 -2 2 2 0|1 7 0 0 1 1|1 7 0 0 1 1 1 0 > 0:-1 -3,2--1,2 1 bus|0:-1 -0.5,-0.5-0.5,0.5 1 bus|0:0 -0.5,
 {"frame":1,"boxes":[{"box":[0,1,0,1],"id":null}]}|{"frame":1e999} > 0:-1 0,1-0,1 1|f:2: the line holds a
@@ -120,6 +123,19 @@ TEST(Tracks, SettingsHold) {
         EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), lines) << told;
         EXPECT_EQ(told.find("too many errors") != told.npos, lines > 20);
     }
+}
+
+TEST(Tracks, FilesOfYoloAreOfOneFrameEach) {
+    Errors errors;
+    const auto parsed = overlay::ParseTracks(
+        {{"0 0.5 0.5 1 1\n", "one", 3}, {"0 0.5 0.5 1 1 0.25 9", "other", 7}}, {}, {}, errors);
+    EXPECT_TRUE(parsed.inShares && errors.empty());
+    EXPECT_EQ(TextOf(parsed.boxes.at(0)) + TextOf(parsed.boxes.at(1)),
+              "2:-1 0,0-1,1 1 0\n6:9 0,0-1,1 0.25 0\n");
+    overlay::ParseTracks({{"0 0 0 1\n0 0 0 1 1 1 1 1", "wrong", 3}}, {}, {}, errors);
+    EXPECT_EQ(TextOf(errors), "wrong:1: expected class x y width height and perhaps confidence and "
+                              "id, found 4 values\nwrong:2: expected class x y width height and "
+                              "perhaps confidence and id, found 8 values\n");
 }
 
 // What a stream gives for a frame as soon as it has it.
@@ -194,6 +210,12 @@ TEST(TrackStream, RowsThatComeBefore) {
     EXPECT_FALSE(any.Take(0));
     EXPECT_EQ(Taken(any, 1), "1:1 0,0-1,1 1\n1:-1 0,0-1,1 1\n");
     EXPECT_EQ(Taken(any, 9), "2:1 2,0-3,1 1\n3:1 4,0-5,1 1\n4:1 6,0-7,1 1\n4:-1 0,0-1,1 1\n");
+    EXPECT_EQ(any.Waiting(), 1u);
+    any.Pause();
+    EXPECT_EQ(any.TakeNewest()->number, 8);
+    any.Feed("9,2,0,0,1,1\n12,2,0,0,1,1\n13,2,0,0,1,1\n");
+    EXPECT_EQ(any.Waiting(), 6u);
+    EXPECT_TRUE(any.TakeNewest()->number == 11 && any.Waiting() == 2);
 }
 
 // Boxes of a frame, and ids that gaps are filled for: those that are known go on when no more fit.

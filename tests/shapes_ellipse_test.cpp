@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Ellipses and rounded rectangles by literal pictures, and by properties that hold for all of them.
+// Ellipses and rounded rectangles by a naive reference, and by properties that hold for all of
+// them.
 #include "frame.h"
 
 #include <chrono>
@@ -22,30 +23,6 @@ void RoundBox(const OrnMinRenderImage *image, OrnMinRenderRect rect, OrnMinRende
 void RoundFill(const OrnMinRenderImage *image, OrnMinRenderRect rect, OrnMinRenderPoint radii) {
     OrnMinRenderFillRoundRectYUV420SP(Context(), image, &rect, &radii, kInk);
 }
-
-// ---- Literal pictures: luma, and chroma beside it ----
-
-// clang-format off
-TEST(EllipsePictures, Circle) {
-    Frame frame(13, 13);
-    Ellipse(&frame.image, {2, 2, 10, 10});
-    EXPECT_EQ(frame.Picture(),
-        "............. .####..\n"
-        "............. ##..##.\n"
-        "....######... #....#.\n"
-        "...########.. #....#.\n"
-        "..###...###.. ##...#.\n"
-        "..##.....###. .####..\n"
-        "..##......##. .......\n"
-        "..##.....###.\n"
-        "..###....###.\n"
-        "..####.####..\n"
-        "...#######...\n"
-        ".....####....\n"
-        ".............\n");
-}
-
-// clang-format on
 
 // The rows that a shape fills in each plane.
 struct Row {
