@@ -195,7 +195,6 @@ done <<'TABLE'
 --fps 2 --utc --start 2024-02-29T23:59:59.5Z=* text 3 20 white "{clock:%F %T.%3N} {fps}"=0 text 3 20 white "2024-02-29 23:59:59.500 0.0"|1 text 3 20 white "2024-03-01 00:00:00.000 2.0"|2 text 3 20 white "2024-03-01 00:00:00.500 2.0"
 =* text 3 20 white "{file:braces.txt}"=* text 3 20 white "{{id}"
 --tracks tracks.csv=tracks fill box.left box.top box.right box.bottom white=0 fill 10 4 15 7 white|1 fill 60 2 80 7 white
---tracks tracks.csv=* fill 0 0 1 1 red=* fill 0 0 1 1 red|0 box 10 4 14 6 #2fe0c0|0 label 10 4 black #2fe0c0 bottom "7"|1 box 60 2 79 6 #35c4ff|1 label 60 2 black #35c4ff bottom "2"
 --tracks gap.csv --max-gap 2 --min-confidence 0.5=tracks fill box.left box.top box.right box.bottom white=0 fill 8 4 12 8 white|0 fill 40 2 44 6 white|2 fill 50 2 54 6 white
 --tracks gap.csv --max-gap 2=tracks trail 1 white thick 3=1 line 15 9 10 8 white thick 3|2 line 20 10 15 9 white thick 3
 --tracks gap.csv=tracks label box.left box.top white red fixed bottom "{id}"=0 label 8 4 white red bottom "1"|0 label 4 4 white red bottom "3"|0 label 40 2 white red bottom "4"|2 label 16 6 white red bottom "1"|2 label 50 2 white red bottom "5"
