@@ -17,7 +17,6 @@ using overlay::FrameShape;
 
 constexpr int32_t kWidth = 16;
 constexpr int32_t kHeight = 12; // dashes begin at 8
-constexpr overlay::ColourSpace kLimited{overlay::Range::Limited, overlay::Matrix::Bt709};
 const FrameShape kY8{kWidth, kHeight, false, {}};
 
 // The bytes of one frame that was zero: luma, then chroma of the same stride.
