@@ -97,7 +97,7 @@ TEST(OverlayLabels, KeepTheirPlaces) {
     EXPECT_EQ(Chosen(places, 6, {kBox}, {}), kBelow);
     EXPECT_EQ(Chosen(places, 6, {kBox}, {}), kBelow);
     EXPECT_EQ(Chosen(places, 56, {kBox}, {}), kBelow);
-    EXPECT_EQ(Chosen(places, 110, {kBox}, {}), kAbove);
+    EXPECT_EQ(Chosen(places, 107, {kBox}, {}), kAbove);
     EXPECT_EQ(Chosen(places, 111, {kBox}, blocked), kBelow);
     EXPECT_EQ(Chosen(places, 110, {kBox}, {}), kAbove);
     EXPECT_EQ(Chosen(places, 111, {kBox}, blocked), kBelow);

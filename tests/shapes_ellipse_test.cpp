@@ -39,7 +39,7 @@ void ExpectRows(Frame *frame, const std::vector<Row> &luma, const std::vector<Ro
     EXPECT_EQ(frame->Picture(), expected.Picture());
 }
 
-TEST(EllipsePictures, Fills) {
+TEST(Ellipses, Fills) {
     // clang-format off
     Frame circle(24, 24), wide(34, 24), narrow(310, 312), rounded(34, 28);
     Disc(&circle.image, {10, 10, 18, 18});
@@ -63,7 +63,7 @@ TEST(EllipsePictures, Fills) {
     // clang-format on
 }
 
-TEST(EllipsePictures, SquareCorners) {
+TEST(Ellipses, SquareCorners) {
     for (const OrnMinRenderPoint radii : {OrnMinRenderPoint{0, 0}, {0, 5}, {5, -1}}) {
         const auto ring = [](Int x, Int y) {
             const bool inside = x >= 5 && x <= 14 && y >= 4 && y <= 11;
