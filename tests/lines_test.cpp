@@ -111,6 +111,8 @@ TEST(ClipLine, CutsExactlyAndTruncatesTowardZero) {
         {{INT_MAX, 1 - INT_MAX}, {1 - INT_MAX, INT_MAX}, 99, 99, true, {1, 0}, {0, 1}},
         {{INT_MAX, INT_MIN}, {INT_MIN, INT_MAX}, 99, 99, false, {}, {}},
         {{0, 0}, {0, 0}, -1, 5, false, {}, {}},
+        {{0, -3}, {0, 9}, 0, 5, true, {0, 0}, {0, 5}},
+        {{-3, 0}, {9, 0}, 5, 0, true, {0, 0}, {5, 0}},
     };
     for (const Case &c : cases) {
         OrnMinRenderPoint p0 = c.p0, p1 = c.p1;

@@ -67,6 +67,8 @@ TEST_F(MissingArguments, PicturesDoNothing) {
     for (auto *draw :
          {OrnMinRenderDrawBitmapYUV420SP, OrnMinRenderDrawBitmapSemiTransparentYUV420SP})
         WithoutEach(draw, image, &rect, 8, 2, bits, kInk);
+    OrnMinRenderDrawBitmapYUV420SP(image, &rect, 0, 2, bits, kInk);
+    OrnMinRenderDrawBitmapYUV420SP(image, &rect, 8, 0, bits, kInk);
     EXPECT_TRUE(frame == untouched);
 }
 
@@ -75,9 +77,11 @@ TEST_F(MissingArguments, TextDoesNothing) {
     auto *font = owner.get();
     const OrnMinRenderGlyphBox box = {8, 2, 0, 2};
     OrnMinRenderGlyph glyph = {};
+    glyph.record = reinterpret_cast<const uint8_t *>(bits);
     WithoutEach(OrnMinRenderTextBitmap, &box, bits, 2, image, pen, 7);
     WithoutEach(OrnMinRenderTextRenderCacheGlyph, font, &glyph);
-    OrnMinRenderTextRenderCacheGlyph(font, &glyph); // without a record
+    glyph.record = nullptr;
+    OrnMinRenderTextRenderCacheGlyph(font, &glyph);
     WithoutEach(OrnMinRenderDrawTextY8, none, image, font, "A", pen, 0, 7);
     WithoutEach(OrnMinRenderDrawOutlineTextY8, none, image, font, "A", pen, 0, 7, 8);
     WithoutEach(OrnMinRenderGetTextRect, none, font, "A", pen, 0, &rect);

@@ -83,8 +83,8 @@ TEST(Bitmaps, MatchTheReference) {
         if (HasFatalFailure())
             return;
     }
-    const TestBitmap tall(9, 40, random); // of more rows than become a mask at once
-    CheckBitmap(tall, {1, -3, 19, 90}, 24, 90, 3);
+    const TestBitmap tall(9, 40, random); // of more rows and samples than become a mask at once
+    CheckBitmap(tall, {1, -3, 1619, 90}, 1600, 90, 3);
     EXPECT_EQ(WordWidth, 32);
     const TestBitmap large(32767, 2, random);
     CheckBitmap(large, {-5, 1, 40000, 5}, 30, 9, 3);

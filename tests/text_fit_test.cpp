@@ -13,7 +13,7 @@ cbf::Font LetterFont() {
     font.fallback = {5, 1, 0, 1, 6, {1, 1, 1, 1, 1}};
     font.glyphs[' '].advance = 4;
     font.glyphs['\t'].advance = 9;
-    font.glyphs['z'].advance = 0;
+    font.glyphs['z'] = {5, 1, 0, 1, -6, {1, 1, 1, 1, 1}}; // back over the letter before it
     return font;
 }
 
@@ -32,7 +32,7 @@ TEST(Fitting, BreaksBeforeWordsThatOverflow) {
         {"ab    ", 20, "ab   \n-  "},             {"\x80", 20, ""},
         {"ab\xE2\x82", 20, "ab"},                 {"ab\xC0\x80" "cd", 99, "ab"},
         {"ab\xC0\xA0" "cd", 20, "ab\xC0\xA0\n- cd"}, {"a", -1, "\n- a"},
-        {"\n\n", -1, "\n- \n\n- \n\n- "},
+        {"\n\n", -1, "\n- \n\n- \n\n- "},        {"azb cd", 25, "azb \n- cd"},
         // clang-format on
     };
     const FontPtr font = Load(cbf::WriteFont(LetterFont()).bytes);

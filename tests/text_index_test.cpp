@@ -19,7 +19,7 @@ const Bytes kDeltas = Table({2, 2, 2, 3, 3}, {0, 5, 7, 0xFFFF, 0xFFF0});
 FontPtr FontWithIndex(const Bytes &index, uint32_t dataBytes = 64) {
     FontFile file;
     file.index = index;
-    file.glyphData.assign(dataBytes, 0);
+    file.glyphData.assign(dataBytes, 1);
     return Load(file.Bytes());
 }
 
@@ -68,8 +68,12 @@ TEST(FontIndex, StuckWalksClearTheRest) {
         EXPECT_EQ(std::vector<uint32_t>(font->index.words + 1, font->index.words + 7), c.words);
     }
     const uint32_t far = 0x110004;
-    const FontPtr font = FontWithIndex(Index(
-        far + 9, gap, {{far + 5, "01 100"}, {far, "01 01 01 100"}, {far + 2, "11"}, {9, "01"}}));
+    const FontPtr font = FontWithIndex(Index(far + 9, gap,
+                                             {{far + 5, "01 100"},
+                                              {far + 1, "00 100"}, // a later one counts
+                                              {far, "01 01 01 100"},
+                                              {far + 2, "11"},
+                                              {9, "01"}}));
     const uint32_t offsets[] = {5, 10, 0, 0, 0, 0};
     for (uint32_t i = 0; i < std::size(offsets); ++i)
         EXPECT_EQ(GetGlyph(font.get(), far + i)->record, font->glyphData + offsets[i]) << i;
@@ -103,9 +107,9 @@ TEST(FontIndex, HostileCountsCostNeitherMemoryNorTime) {
     EXPECT_LT(after.ru_utime.tv_sec - before.ru_utime.tv_sec, 3);
 }
 
-// Seven bytes into twelve, there is no room for a record's head.
+// Five bytes into twelve, there is no room for a record's head.
 TEST(FontIndex, OffsetsOutsideTheDataAreMeasuredAsNothing) {
-    const FontPtr font = FontWithIndex(Index(200, kDeltas, {{'A', "10 110"}}), 12);
+    const FontPtr font = FontWithIndex(Index(200, kDeltas, {{'A', "01 110"}}), 12);
     OrnMinRenderPoint pen = {3, 4};
     OrnMinRenderRect rect = {};
     OrnMinRenderGetTextRect(nullptr, font.get(), "AA", &pen, 0, &rect);

@@ -216,7 +216,8 @@ TEST(Text, MeasuresByTheBoxesOfItsGlyphs) {
         {0, "A\nA", {10, 13, 17, 36}, {17, 36}}, {1, "A\nA", {-6, 12, 17, 26}, {-6, 17}},
         {2, "A\nA", {3, 5, 26, 20},   {26, 5}},  {3, "A\nA", {4, 4, 10, 27},   {5, 4}},
         // What ends the text: bad lead bytes, sequences cut short, an overlong 0.
-        {0, "A\x80" "A", {10, 13, 16, 20}, {16, 20}}, {0, "A\xFE" "A", {10, 13, 16, 20}, {16, 20}},
+        {0, "A\x80" "AAAAA", {10, 13, 16, 20}, {16, 20}},
+        {0, "A\xFE" "AAAAA", {10, 13, 16, 20}, {16, 20}},
         {0, "A\xC3",     {10, 13, 16, 20}, {16, 20}}, {0, "A\xE2\x82", {10, 13, 16, 20}, {16, 20}},
         {0, "\xC0\x80" "A", {10, 20, 10, 20}, {10, 20}},
         {0, "\xC1\x01",     {10, 13, 16, 20}, {16, 20}}, // six bits of a continuation count
@@ -249,6 +250,7 @@ TEST(Text, PensStopAtTheLimits) {
     const Ints places = {INT_MIN,         INT_MIN + 60, INT_MIN + 0x500, -200,
                          INT_MAX - 0x500, INT_MAX - 60, INT_MAX};
     const char *const texts[] = {"A", "B", "C", "\n", "BC\nBC"};
+    const Int advances[] = {6, 32767, -32768};
     for (const int lineHeight : {INT_MIN, INT_MAX}) {
         source.lineHeight = lineHeight;
         const FontPtr font = Load(cbf::WriteFont(source).bytes);
@@ -261,6 +263,8 @@ TEST(Text, PensStopAtTheLimits) {
                                           pen.x, 1, 2);
             OrnMinRenderGetTextRect(nullptr, font.get(), texts[v[3]], &measured, measured.x, &rect);
             ExpectPoint(measured, pen);
+            if (v[0] == 0 && v[3] <= 2)
+                ASSERT_EQ(pen.x, std::clamp(v[1] + advances[v[3]], Int{INT_MIN}, Int{INT_MAX}));
             ASSERT_TRUE(rect.left <= v[1] && v[1] <= rect.right && rect.top <= v[2] &&
                         v[2] <= rect.bottom);
             ASSERT_TRUE(frame == untouched);
