@@ -41,7 +41,7 @@ void ExpectRows(Frame *frame, const std::vector<Row> &luma, const std::vector<Ro
 
 TEST(Ellipses, Fills) {
     // clang-format off
-    Frame circle(24, 24), wide(34, 24), narrow(310, 312), rounded(34, 28);
+    Frame circle(24, 24), wide(34, 24), narrow(310, 312), rounded(34, 28), tall(60, 90);
     Disc(&circle.image, {10, 10, 18, 18});
     ExpectRows(&circle, {{11, 12, 15}, {12, 11, 16}, {13, 10, 17}, {14, 10, 17}, {15, 10, 17},
                          {16, 11, 16}, {17, 12, 15}},
@@ -61,6 +61,8 @@ TEST(Ellipses, Fills) {
     ExpectRows(&rounded, rows, {{6, 6, 13}, {7, 5, 14}, {8, 5, 14}, {9, 5, 14}, {10, 5, 14},
                                 {11, 6, 13}});
     // clang-format on
+    Disc(&tall.image, {5, 5, 52, 79}); // its arcs meet 31 rows above the centre, at (28, 42)
+    EXPECT_EQ(tall.Y(15, 11), kPaper);
 }
 
 TEST(Ellipses, SquareCorners) {

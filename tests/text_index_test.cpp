@@ -16,10 +16,10 @@ using cbf::Bytes;
 // Deltas 0: "00", 5: "01", 7: "10", end mark: "110", -16: "111".
 const Bytes kDeltas = Table({2, 2, 2, 3, 3}, {0, 5, 7, 0xFFFF, 0xFFF0});
 
-FontPtr FontWithIndex(const Bytes &index, uint32_t dataBytes = 64) {
+FontPtr FontWithIndex(const Bytes &index) {
     FontFile file;
     file.index = index;
-    file.glyphData.assign(dataBytes, 1);
+    file.glyphData.assign(64, 1);
     return Load(file.Bytes());
 }
 
@@ -105,16 +105,6 @@ TEST(FontIndex, HostileCountsCostNeitherMemoryNorTime) {
     getrusage(RUSAGE_SELF, &after);
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 64 * 1024) << "kilobytes";
     EXPECT_LT(after.ru_utime.tv_sec - before.ru_utime.tv_sec, 3);
-}
-
-// Five bytes into twelve, there is no room for a record's head.
-TEST(FontIndex, OffsetsOutsideTheDataAreMeasuredAsNothing) {
-    const FontPtr font = FontWithIndex(Index(200, kDeltas, {{'A', "01 110"}}), 12);
-    OrnMinRenderPoint pen = {3, 4};
-    OrnMinRenderRect rect = {};
-    OrnMinRenderGetTextRect(nullptr, font.get(), "AA", &pen, 0, &rect);
-    EXPECT_EQ(pen.x, 3);
-    EXPECT_EQ(rect.right, 3);
 }
 
 } // namespace
