@@ -2,13 +2,8 @@
 // Pixel writers, span painters and the building blocks of rectangles, which trust what they are
 // given.
 #include "axis_aligned.h"
-#include "min_render.h"
 
 namespace {
-
-TEST(Context, HasTheSizeThatItWasMadeWith) {
-    EXPECT_EQ(Context()->size, 24u);
-}
 
 TEST(Spans, CountPointsAndLeaveEmptySpansAlone) {
     const OrnMinRenderScanline spans[] = {{{1, 2}, {3, 2}}, {{2, 0}, {2, 0}}, {{0, 3}, {4, 3}}};

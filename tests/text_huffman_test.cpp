@@ -5,16 +5,16 @@
 #include "frame.h"
 #include "text_huffman.h"
 
+#include <bitset>
 #include <cstdlib>
 
 using namespace orn;
 
 namespace {
 
-using cbf::Bytes;
 using HuffLutPtr = std::unique_ptr<HuffLut, decltype(&free)>;
 
-HuffLutPtr LoadTable(const Bytes &bytes) {
+HuffLutPtr LoadTable(const cbf::Bytes &bytes) {
     FontReader reader = {fmemopen(const_cast<uint8_t *>(bytes.data()), bytes.size(), "rb"),
                          bytes.size(), 0};
     HuffLutPtr table(LoadHuffTable(&reader, 0), free);
@@ -32,10 +32,7 @@ std::vector<std::string> CodeStrings(const std::vector<int> &lengths) {
             return {};
         code = (code + 1) << ((length - previous) & 31);
         previous = length;
-        std::string bits;
-        for (int i = length - 1; i >= 0; --i)
-            bits += code >> i & 1 ? '1' : '0';
-        codes.push_back(bits);
+        codes.push_back(std::bitset<32>(code).to_string().substr(32 - size_t(length)));
     }
     return codes;
 }
@@ -74,9 +71,7 @@ void CheckTable(const std::vector<int> &lengths) {
         ASSERT_EQ(reader.position, codes[i].size());
     }
     for (int input = 0; legal && input < 256; ++input) {
-        std::string bits;
-        for (int i = 7; i >= 0; --i)
-            bits += input >> i & 1 ? '1' : '0';
+        const std::string bits = std::bitset<8>(unsigned(input)).to_string();
         const auto byte = static_cast<uint8_t>(input);
         BitReader reader = {&byte, 1, 0};
         const int symbol = WalkHuffLut(table.get(), &reader);

@@ -11,12 +11,10 @@ using namespace orn;
 
 namespace {
 
-using cbf::Bytes;
-
 // Deltas 0: "00", 5: "01", 7: "10", end mark: "110", -16: "111".
-const Bytes kDeltas = Table({2, 2, 2, 3, 3}, {0, 5, 7, 0xFFFF, 0xFFF0});
+const cbf::Bytes kDeltas = Table({2, 2, 2, 3, 3}, {0, 5, 7, 0xFFFF, 0xFFF0});
 
-FontPtr FontWithIndex(const Bytes &index) {
+FontPtr FontWithIndex(const cbf::Bytes &index) {
     FontFile file;
     file.index = index;
     file.glyphData.assign(64, 1);
@@ -54,7 +52,7 @@ TEST(FontIndex, DecodesItsRecords) {
 // A walk that takes no bits stores 0 from there to the end, whatever was there, and nothing
 // follows.
 TEST(FontIndex, StuckWalksClearTheRest) {
-    const Bytes gap = Table({2, 2, 3}, {7, 5, 0xFFFF}); // 5: "01", end mark: "100"; none: "11"
+    const cbf::Bytes gap = Table({2, 2, 3}, {7, 5, 0xFFFF}); // 5: "01", end mark: "100"; none: "11"
     const struct {
         std::vector<IndexRecord> records;
         std::vector<uint32_t> words;

@@ -76,8 +76,7 @@ def main(path, faces):
     if len(faces) == 1:
         font = write_face(tables(faces[0]), 0)
     else:
-        at, parts = 12 + 4 * len(faces), []
-        offsets = []
+        at, parts, offsets = 12 + 4 * len(faces), [], []
         for face in faces:
             offsets.append(at)
             parts.append(write_face(tables(face), at))
