@@ -14,14 +14,14 @@ TEST(Extremes, CostNoTimeAndStayInside) {
     const auto begin = std::chrono::steady_clock::now();
     const Ints limits = {INT_MIN, INT_MIN + 1, -65536, -1, 0, 9, 65536, INT_MAX - 1, INT_MAX};
     Frame frame(16, 16);
-    OrnMinRenderImage empty = frame.image;
-    empty.width = empty.height = INT_MIN;
+    OrnMinRenderImage empty[] = {frame.image, frame.image};
+    empty[0].width = empty[1].height = INT_MIN;
     ForAll({limits, limits, limits, limits}, [&](const Ints &v) {
         const int a = int(v[0]), b = int(v[1]), c = int(v[2]), d = int(v[3]);
         const OrnMinRenderRect rect = {a, b, c, d};
         const OrnMinRenderPoint points[] = {{a, b}, {c, d}, {b, c}};
         OrnMinRenderDrawLineYUV420SP(nullptr, &frame.image, {a, b}, {c, d}, kInk, 0);
-        OrnMinRenderDrawLineYUV420SP(nullptr, &empty, {a, b}, {c, d}, kInk, 0);
+        OrnMinRenderDrawLineYUV420SP(nullptr, &empty[a < 0], {a, b}, {c, d}, kInk, 0);
         OrnMinRenderDrawFrameYUV420SP(Context(), &frame.image, &rect, kInk, 1);
         OrnMinRenderFillRectYUV420SP(Context(), &frame.image, &rect, kInk);
         OrnMinRenderFillPolygonYUV420SP(Context(), &frame.image, points, 3, kInk);
