@@ -291,7 +291,8 @@ TEST_F(OverlayText, Drawn) {
          "* label 32 29 white red \"A\"|* fill 32 29 40 47 blue"},
         {"* mask 0 0 1 1", "* mask 0 0 1 1|tracks box box.left box.top box.right-1 box.bottom-1 id|"
                            "tracks label box.left box.top black id avoid bottom \"{id}\""},
-        {"* outlined 0 0 white red inside \"A\"", "* outlined 3 10 white red \"A\""},
+        {"* outlined 0 0 white red inside \"A\"|* label -9 30 white red \"A\"",
+         "* outlined 3 10 white red \"A\"|* label 0 30 white red \"A\""},
         {"* outlined 9 20 white red \"A\"",
          "* outlined 9 20 red red \"A\"|* text 9 20 white \"A\""},
     };

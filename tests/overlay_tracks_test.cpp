@@ -128,10 +128,10 @@ TEST(Tracks, SettingsHold) {
 TEST(Tracks, FilesOfYoloAreOfOneFrameEach) {
     Errors errors;
     const auto parsed = overlay::ParseTracks(
-        {{"0 0.5 0.5 1 1\n", "one", 3}, {"0 0.5 0.5 1 1 0.25 9", "other", 7}}, {}, {}, errors);
+        {{"0 0.5 0.5 1 1 0.75\n", "one", 3}, {"0 0.5 0.5 1 1 0.25 9", "other", 7}}, {}, {}, errors);
     EXPECT_TRUE(parsed.inShares && errors.empty());
     EXPECT_EQ(TextOf(parsed.boxes.at(0)) + TextOf(parsed.boxes.at(1)),
-              "2:-1 0,0-1,1 1 0\n6:9 0,0-1,1 0.25 0\n");
+              "2:-1 0,0-1,1 0.75 0\n6:9 0,0-1,1 0.25 0\n");
     overlay::ParseTracks({{"0 0 0 1\n0 0 0 1 1 1 1 1", "wrong", 3}}, {}, {}, errors);
     EXPECT_EQ(TextOf(errors), "wrong:1: expected class x y width height and perhaps confidence and "
                               "id, found 4 values\nwrong:2: expected class x y width height and "
