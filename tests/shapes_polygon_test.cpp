@@ -94,18 +94,18 @@ TEST(Polygons, DrawWithFewerThan4096CrossingsAPlane) {
     int few = 0;
     for (int i = 0; i < 2000; ++i) {
         const int top = i % 3 ? 0 : 1500, shift = i % 2;
-        std::vector<OrnMinRenderPoint> points(50 + random() % 30), list(4096);
+        std::vector<OrnMinRenderPoint> points(20 + random() % 60), list(4096);
         for (auto &p : points) {
-            const int far = top + ((&p - &points[0]) % 2 ? 9999 : -9999); // to and fro
-            p = {int(random() % 90), i % 16 ? top + int(random() % 40 * 7) - 30 : far};
+            const int n = int(&p - &points[0]), toAndFro = n % 2 ? 9999 : -9999;
+            const int y = i % 16 == 14 ? 110 * n : i % 16 ? int(random() % 40 * 7) - 30 : toAndFro;
+            p = {int(random() % 90), top + y};
         }
         OrnMinRenderImage image = {};
         image.width = 90 << shift;
         size_t crossings = 0;
-        int rows = 0;
-        for (; crossings < 4080 && rows < 2000; ++rows)
-            crossings += RowCrossings(points, rows).size();
-        image.height = rows << shift;
+        for (; crossings < 4080 + size_t(i % 16) && image.height < 3600; ++image.height)
+            crossings += RowCrossings(points, image.height).size();
+        image.height <<= shift;
         few += crossings < 4096;
         for (auto &p : points)
             p.y *= 1 << shift;
