@@ -40,7 +40,7 @@ cat >wrong.txt <<'SCRIPT'
 5 blob
 * text 1 2 red "no end
 * line 1 2 3 99999999999 red
-* box 1 2 3 4 red dotted
+font xsans.cbf"
 * box 1 2 right- 4 red
 
 * picture 0 0 3 3 "wrong.txt"

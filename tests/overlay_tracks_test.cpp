@@ -63,7 +63,7 @@ frame,id,x,y,w,h|1,3,2,4,10,20 > 0:3 2,4-12,24 1|
 1 > f:1: expected frame class x y width height and perhaps confidence and id, found 1 value|
 7 -2 2 2 0|1 7 0 0 1 1|1 7 0 0 1 1 1 0 > 0:-1 -3,2--1,2 1 bus|0:-1 -0.5,-0.5-0.5,0.5 1 bus|0:0 -0.5,
 {"frame":1,"boxes":[{"box":[0,1,0,1],"id":null}]}|{"frame":1e999} > 0:-1 0,1-0,1 1|f:2: the line holds a
-{"frame":1,"boxes":{}}|{"frame":1,"boxes":[{"box":[0,2,0,1]}]} > f:1: bad "boxes": expected an array|f:2: bad bot
+{"frame":1,"boxes":{}}|{"frame":1,"boxes":[{"box":[0,1,2]}]}|{"frame":1,"boxes":[{"box":[0,2,0,1]}]} > f:1: bad "boxes": expected an array|f:2: bad "box": expected four numbers|f:3: bad bot
 {"frame":1,"boxes":[{"box":[0,0,0,0],"class":"\u0000"}]} > f:1: the name of the class is not UTF-8|
 [{"image_id":1,"bbox":[0,0,1,1],"track_id":3,"more":{"a":[1,{}]}},[[1]]] > 0:3 0,0-1,1 1|f: result 2: expected
 FRAME_ID,X1,Y_MIN,XMAX,BBOX_HEIGHT|1,2,3,4,5 > 0:-1 2,3-4,8 1|
