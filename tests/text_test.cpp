@@ -288,7 +288,7 @@ TEST(Text, MissingPlanesMoveThePen) {
 
 // A rotated side of 123 or more makes the outline's box wrap: its fill alone is drawn.
 TEST(Text, OutlinesOfVeryLargeGlyphsAreLeftOut) {
-    for (const int width : {122, 123}) {
+    for (const int width : {122, 123, 127}) {
         cbf::Font source = BlockFont();
         source.glyphs['A'] = {width, 1, 0, 1, 6, std::vector<uint8_t>(size_t(width), 1)};
         const FontPtr font = Load(cbf::WriteFont(source).bytes);
