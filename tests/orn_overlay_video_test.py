@@ -1,7 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""orn-overlay on videos: orn_overlay_video_test.py CBFCONV ORN_OVERLAY. Takes ffmpeg, which makes
-the clips and reads the films."""
+"""orn-overlay on videos, with ffmpeg: orn_overlay_video_test.py CBFCONV ORN_OVERLAY"""
 import concurrent.futures
 import json
 import os
@@ -204,7 +203,7 @@ def check_interrupts(script):
             process.stdin.flush()
             time.sleep(1.5)
             process.send_signal(signal.SIGINT)
-            process.wait()
+            process.wait(50)
         check(process.returncode == (0 if keeps else -signal.SIGINT), f"SIGINT: {process.returncode}")
         check(bool(keeps) == pathlib.Path(film).exists(), f"SIGINT: {film}")
     check(len(times(film)) > 10, "SIGINT: the film that is kept lacks frames")
@@ -223,6 +222,7 @@ def check_network(script):
 
 
 def main():
+    signal.signal(signal.SIGINT, signal.default_int_handler)  # a shell's background jobs ignore it
     run(cbfconv, "-s", 16, "-o", "sans.cbf", FONT)
     pathlib.Path("titles.srt").write_text("1\n00:00:00,100 --> 00:00:00,900\nHello\n")
     pathlib.Path("chapters.txt").write_text(
