@@ -17,8 +17,7 @@ os.chdir(folder.name)
 
 
 def chunk(kind, content):
-    return struct.pack(">I", len(content)) + kind + content + struct.pack(
-        ">I", zlib.crc32(kind + content))
+    return struct.pack(">I", len(content)) + kind + content + struct.pack(">I", zlib.crc32(kind + content))
 
 
 def png(name, rows, size=None):
@@ -83,6 +82,7 @@ pathlib.Path("wrong.png").write_bytes(logo[:-20] + bytes([logo[-20] ^ 1]) + logo
 pathlib.Path("text.png").write_text("P6 1 1")
 png("huge.png", [[RED]], (60000, 60000))
 png("wide.png", [[RED] * 3000])
+same("* picture 2 2 9 auto \"wide.png\"", "* picture 2 2 9 1 \"wide.png\"")
 for arguments, reason in [
         ("9 9 \"cut.jpg\"", "cut.jpg: is damaged"), ("9 9 \"cut.png\"", "cut.png: is damaged"),
         ("9 9 \"wrong.png\"", "wrong.png: is damaged"), ("9 9 \"huge.png\"", "more than 8192 x 4320"),
