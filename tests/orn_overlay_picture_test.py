@@ -49,20 +49,20 @@ def same(script, other, *options, height=HEIGHT):
 # Transparent pixels are of a colour that is nowhere to be seen.
 RED, BLUE, NONE = (200, 30, 10, 255), (10, 20, 220, 128), (0, 255, 0, 127)
 png("parts.png", [[RED, RED, NONE, NONE], [RED, RED, NONE, BLUE], [BLUE, NONE, NONE, NONE]])
-png("half.png", [[(*RED[:3], 200)] * 8 + [NONE[:3] + (0,)] * 8] * 8)
+PURPLE, ORANGE = (255, 30, 120), (255, 120, 0)
 png("dot.PNG", [[RED]])
 for options in ["--format", "y8"], ["--range", "limited"], ["--matrix", "bt709"]:
     same("* picture right-15 bottom-1 auto 9 \"dot.PNG\"", "* fill 8 12 17 13 #c81e0a", *options)
     same("* picture -2 -6 8 8 \"dot.PNG\"", "* fill 0 0 6 2 #c81e0a", *options)
     # Half of what is scaled is transparent, to the pixel; its colours stay.
-    for size in "16 auto", "8 4":
-        middle = 1 if size == "8 4" else 0
+    for size, end, colour in ("16 auto", 10, PURPLE), ("8 4", 6, PURPLE), ("8 8", 6, ORANGE), ("16 4", 10, ORANGE):
+        png("half.png", [[(*colour, 200)] * 8 + [NONE[:3] + (0,)] * 8] * 8)
         drawn = draw(f"* picture 2 2 {size} \"half.png\"", *options)
-        red = draw("* fill 2 2 6 6 #c81e0a", *options)
-        for x in range(2 + middle, 6 - middle):
-            if abs(drawn[3 * WIDTH + x] - red[3 * WIDTH + 3]) > 2:
+        fill = draw("* fill 2 2 6 6 #{:02x}{:02x}{:02x}".format(*colour), *options)
+        for x in range(2, end):
+            if abs(drawn[3 * WIDTH + x] - fill[3 * WIDTH + 3]) > 2:
                 failures.append(f"{options}: {size}: column {x} is {drawn[3 * WIDTH + x]}")
-        if drawn[3 * WIDTH + 12:4 * WIDTH] != bytes([50]) * (WIDTH - 12):
+        if drawn[3 * WIDTH + end:4 * WIDTH] != bytes([50]) * (WIDTH - end):
             failures.append(f"{options}: {size}: what is transparent is drawn")
 for size, height, pixels in [
         ("25% auto", 12, "3 auto"), ("25% auto", 40, "10 auto"), ("auto 50%", 12, "auto 6"),
