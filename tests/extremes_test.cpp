@@ -15,7 +15,7 @@ TEST(Extremes, CostNoTimeAndStayInside) {
     const Ints limits = {INT_MIN, INT_MIN + 1, -65536, -1, 0, 9, 65536, INT_MAX - 1, INT_MAX};
     Frame frame(16, 16);
     OrnMinRenderImage empty[] = {frame.image, frame.image};
-    empty[0].width = empty[1].height = INT_MIN;
+    empty[0].width = empty[1].height = INT_MIN; // one is too narrow, one too low
     ForAll({limits, limits, limits, limits}, [&](const Ints &v) {
         const int a = int(v[0]), b = int(v[1]), c = int(v[2]), d = int(v[3]);
         const OrnMinRenderRect rect = {a, b, c, d};
